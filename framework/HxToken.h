@@ -1,0 +1,43 @@
+#pragma once
+// HxToken: the name of an XML element or attribute.
+
+#include <string>
+#include <string_view>
+
+/// An XML element or attribute name, held as text and compared by its text.
+///
+/// A namespaced token is the namespace URI immediately followed by the local name,
+/// for example "http://example.org/namespace/sm#time". The namespace part runs up to and
+/// including the last '#'; a token without '#' has no namespace. The XML writer turns such a
+/// token into a prefixed name with an xmlns declaration, and the reader rebuilds the full text
+/// from the namespace URI and local name it meets, so tokens survive a round trip.
+class HxToken {
+ public:
+  HxToken() = default;
+  HxToken(const char* text) : text_(text ? text : "") {}  // NOLINT: implicit by design
+  explicit HxToken(std::string text) : text_(std::move(text)) {}
+
+  /// Appends text; this is how a namespaced token is formed from a namespace token.
+  HxToken& operator+=(const std::string& text) {
+    text_ += text;
+    return *this;
+  }
+
+  /// The full text of the token.
+  const std::string& token() const { return text_; }
+  operator const std::string&() const { return text_; }  // NOLINT: implicit by design
+
+  /// The namespace URI part (up to and including the last '#'), empty when there is none.
+  std::string_view namespaceUri() const;
+  /// The local name (after the last '#'), or the whole text when there is no namespace.
+  std::string_view localName() const;
+
+  bool operator==(const HxToken& other) const { return text_ == other.text_; }
+  bool operator==(const std::string& other) const { return text_ == other; }
+  bool operator!=(const HxToken& other) const { return text_ != other.text_; }
+  bool operator!=(const std::string& other) const { return text_ != other; }
+  bool operator<(const HxToken& other) const { return text_ < other.text_; }
+
+ private:
+  std::string text_;
+};

@@ -1,0 +1,70 @@
+#pragma once
+// HxXmlBaseVariableCompoundType: base of the polymorphic (owning, creator-based) vectors.
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "framework/HxXmlObject.h"
+
+/// Base of the polymorphic vectors: a map from element token to creator function, and a list
+/// of libraries that a configuration says it needs.
+///
+/// Libraries: the toolkit's modules are linked into the program, not loaded at run time, so
+/// `processLibraries` loads no code. A module announces itself with `registerLibrary(name)`
+/// (for example at load time); `processLibraries` checks every listed library against those
+/// names, reports each one that is not present (type 4) and returns false if any is missing.
+/// Loading code named by a configuration file is deliberately not supported.
+///
+/// The library list is written as an "addLibraries" element in the same form as a vector of
+/// strings (a "count" attribute and one "group" element of quoted names).
+class HxXmlBaseVariableCompoundType : public HxXmlObject {
+ public:
+  using Creator = HxXmlObject* (*)();
+  using CreatorMap = std::map<HxToken, Creator>;
+
+  HxXmlBaseVariableCompoundType();
+  /// Copies the library list; the creator map is the copy's own, built on first use.
+  HxXmlBaseVariableCompoundType(const HxXmlBaseVariableCompoundType& other);
+  HxXmlBaseVariableCompoundType& operator=(const HxXmlBaseVariableCompoundType& other);
+  ~HxXmlBaseVariableCompoundType() override;
+
+  void xmlInit() override;
+  /// Reads every child element through `readValueFromToken`, keeping the reader in step after
+  /// each. Returns false when the base read or any child's `readValueFromToken` fails.
+  HxBoolean read(HxXmlReader& reader) override;
+  /// Writes the library list when it is not empty.
+  HxBoolean write(HxXmlWriter& writer) const override;
+  /// A complex type admitting every registered element (and the library list) in any order.
+  void writeSchema(HxXmlSchema& schema) const override;
+
+  /// Registers the concrete vector's creators (called on first use of the creator map).
+  virtual void registerComponentCreators() = 0;
+  virtual void registerComponentCreator(const HxToken& token, Creator creator);
+  /// A new object from the registered creator, owned by the caller, or null.
+  virtual HxXmlObject* newObjectFromToken(const HxToken& token) const;
+  virtual const std::vector<std::string>& addLibraries() const;
+  virtual void setAddLibraries(const std::vector<std::string>& libraries);
+  virtual const CreatorMap& creatorMap() const;
+  /// Reads the child element named `token`; the reader is on its start.
+  virtual HxBoolean readValueFromToken(const HxToken& token, HxXmlReader& reader) = 0;
+  /// Checks the listed libraries against the registered ones (see class comment).
+  virtual HxBoolean processLibraries();
+
+  /// Announces a linked-in library by name.
+  static void registerLibrary(const std::string& name);
+  static bool isLibraryRegistered(const std::string& name);
+
+  /// Equal when the library lists are equal.
+  bool operator==(const HxXmlBaseVariableCompoundType& other) const { return libraries_ == other.libraries_; }
+
+ protected:
+  /// Reads the library list from the "addLibraries" element the reader is on.
+  HxBoolean readLibraryList(HxXmlReader& reader);
+
+ private:
+  void ensureCreators() const;
+  std::vector<std::string> libraries_;
+  mutable CreatorMap creators_;
+  mutable bool creatorsReady_ = false;
+};

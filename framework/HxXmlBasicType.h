@@ -1,0 +1,65 @@
+#pragma once
+// HxXmlBasicType<T>: serialisable scalar (string, double, unsigned int, bool).
+
+#include <string>
+
+#include "framework/HxXmlObject.h"
+
+/// A serialisable scalar. Instantiated for std::string, double, unsigned int and bool.
+///
+/// Written as the text of its element, as an attribute value, or as one scalar of a group in
+/// data mode. Doubles use the shortest text that reads back exactly (HxDOUBLE2STRING, "inf",
+/// "-inf", "nan"); bools "true"/"false" (read also "1"/"0"); unsigned ints decimal. A text that
+/// does not parse is reported (type 4, with file and line) and makes `read` return false,
+/// leaving the value unchanged.
+template <class T>
+class HxXmlBasicType : public HxXmlObject {
+ public:
+  using ValueType = T;
+
+  HxXmlBasicType() : value_() {}
+  HxXmlBasicType(const T& value) : value_(value) {}  // NOLINT: implicit by design
+  HxXmlBasicType(const HxXmlBasicType&) = default;
+  HxXmlBasicType& operator=(const HxXmlBasicType&) = default;
+  HxXmlBasicType& operator=(const T& value) {
+    value_ = value;
+    return *this;
+  }
+  ~HxXmlBasicType() override = default;
+
+  const T& value() const { return value_; }
+  T& value() { return value_; }
+  void setValue(const T& value) { value_ = value; }
+  operator const T&() const { return value_; }  // NOLINT: implicit by design
+
+  HxXmlObject* clone() const override { return new HxXmlBasicType(*this); }
+  HxXmlObject* newObject() const override { return new HxXmlBasicType(); }
+  const HxToken& token() const override { return classToken(); }
+  static const HxToken& classToken();
+  static HxXmlObject* creator() { return new HxXmlBasicType(); }
+  static HxXmlBasicType nullObject() { return HxXmlBasicType(); }
+
+  HxBoolean read(HxXmlReader& reader) override;
+  HxBoolean readAttribute(HxXmlReader& reader) override;
+  HxBoolean write(HxXmlWriter& writer) const override;
+  void writeSchema(HxXmlSchema& schema) const override;
+  HxBoolean isBasicType() const override { return true; }
+  HxBoolean equality(const HxXmlObject* other) const override;
+
+  /// Values equal (two NaNs count as equal, so a NaN survives a round-trip comparison).
+  bool operator==(const HxXmlBasicType& other) const;
+  bool operator!=(const HxXmlBasicType& other) const { return !(*this == other); }
+
+  /// Parses `text` into the value; false (value unchanged) when it does not parse.
+  HxBoolean fromText(const std::string& text);
+  /// Text form of the value.
+  std::string toText() const;
+
+ private:
+  T value_;
+};
+
+extern template class HxXmlBasicType<std::string>;
+extern template class HxXmlBasicType<double>;
+extern template class HxXmlBasicType<unsigned int>;
+extern template class HxXmlBasicType<bool>;

@@ -1,0 +1,112 @@
+#pragma once
+// HxXmlReader: pull reader over libxml2's xmlTextReader.
+
+#include <memory>
+#include <string>
+
+#include "framework/HxToken.h"
+#include "framework/HxTypes.h"
+
+class HxXmlObject;
+
+/// Makes objects from element tokens; a reader may carry one for polymorphic containers that
+/// meet a token they have no creator for.
+class HxXmlObjectFactory {
+ public:
+  virtual ~HxXmlObjectFactory();
+  /// A new object for the token, owned by the caller, or null.
+  virtual HxXmlObject* newObjectFromToken(const HxToken& token) const = 0;
+};
+
+/// Pull reader over libxml2's xmlTextReader, from a file or from text in memory.
+///
+/// Node kinds: 1 element start, 2 element end, 3 empty element (`<a/>`: start and end in one),
+/// 4 character data, 0 end of document, -1 error. `next` skips comments, processing
+/// instructions and whitespace-only text.
+///
+/// Positioning contract for `HxXmlObject::read`: the reader is on the object's element start
+/// (kind 1 or 3); on return it is on the last node of that element (its end, or the empty
+/// element itself). `readChild` enforces this after any child's read.
+///
+/// Safety: the network is never used, external entities are never loaded, entities are never
+/// expanded, libxml2's default size and depth limits are kept, and a document type declaration
+/// or entity reference ends reading with an error. A malformed document makes `next` return -1;
+/// `readObject` then returns false and prints a message naming file and line. Nothing throws.
+class HxXmlReader {
+ public:
+  enum NodeKind { Error = -1, EndOfDocument = 0, StartElement = 1, EndElement = 2, EmptyElement = 3, Text = 4 };
+
+  HxXmlReader();
+  ~HxXmlReader();
+  HxXmlReader(const HxXmlReader&) = delete;
+  HxXmlReader& operator=(const HxXmlReader&) = delete;
+
+  /// Opens a file. Returns false (and prints a message) when it cannot be opened.
+  HxBoolean openFile(const std::string& path);
+  /// Reads from text in memory; `name` is reported as the file name in messages.
+  HxBoolean openMemory(const std::string& text, const std::string& name = "<memory>");
+
+  /// Advances to the next node and returns its kind.
+  int next();
+  /// Kind of the current node.
+  int nodeKind() const;
+  /// Depth of the current node (the root element is at depth 0).
+  int depth() const;
+  /// Name of the current element as a token ("namespaceURI" + "localName").
+  const HxToken& name() const;
+  /// Text of the current character-data node.
+  const std::string& text() const;
+
+  /// Number of attributes of the current element (namespace declarations excluded).
+  int attributeCount() const;
+  /// Name of the i-th attribute as a token, value as text (empty for a bad index).
+  const HxToken& attributeName(int index) const;
+  const char* attributeValue(int index) const;
+  /// Selects the attribute that `currentAttributeValue` (and HxXmlObject::readAttribute) reads.
+  void setCurrentAttribute(int index);
+  const char* currentAttributeValue() const;
+
+  /// Data mode (1 on, 0 off): the current character data is split into scalars, separated by
+  /// whitespace; a scalar in double quotes may hold blanks, with \" and \\ escaped.
+  void setDataMode(int on);
+  int dataMode() const;
+  /// In data mode: moves to the next scalar and returns true, or, when none is left, moves to
+  /// the end of the element that holds the data, switches data mode off and returns false.
+  HxBoolean nextScalar();
+  /// The current scalar in data mode.
+  const std::string& scalar() const;
+
+  /// On an element start: collects its character data into `out` and leaves the reader on the
+  /// element's end (or on the empty element). Returns false, after skipping it, when the
+  /// element holds child elements.
+  HxBoolean readText(std::string& out);
+  /// On an element start: moves to its end without reading it (no-op on an empty element).
+  HxBoolean skipElement();
+  /// Reads a child object from the element start the reader is on, then makes sure the reader
+  /// is on that element's end whatever the child's read did. Returns the child's result.
+  HxBoolean readChild(HxXmlObject& child);
+  /// Moves forward until the reader is on the end of the element that started at `depth`
+  /// (no-op when it already is).
+  HxBoolean skipToEndOf(int depth);
+
+  /// Reads a whole document into `root`: moves to the first element, reads it with
+  /// `root.read`, then checks the rest of the document. Returns false, with a message naming
+  /// file and line, on any parse error or when `root.read` fails.
+  HxBoolean readObject(HxXmlObject& root);
+
+  /// Name of the file (or memory document) being read.
+  const char* fileName() const;
+  /// Line number of the current node (0 when unknown).
+  int lineNumber() const;
+  /// Whether a parse error occurred, and its message ("file:line: text").
+  HxBoolean hasError() const;
+  const std::string& errorMessage() const;
+
+  /// Optional object factory (may be null); not owned.
+  const HxXmlObjectFactory* objectFactory() const;
+  void setObjectFactory(const HxXmlObjectFactory* factory);
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+};

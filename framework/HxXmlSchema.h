@@ -1,0 +1,57 @@
+#pragma once
+// HxXmlSchema: writes an XML Schema (XSD) describing objects' elements.
+
+#include <ostream>
+#include <string>
+
+#include "framework/HxToken.h"
+#include "framework/HxTypes.h"
+
+class HxXmlObject;
+
+/// Writes an XML Schema document describing the element of one root object and, through the
+/// objects' `writeSchema`, everything beneath it.
+///
+/// The target namespace is that of the root token. Elements of the target namespace are
+/// declared qualified, elements without a namespace (the framework's own, such as "group",
+/// "element", "first") unqualified, and elements of any other namespace are admitted by a
+/// wildcard. Child elements of a compound may come in any order (they are read by token), so
+/// they are declared in a repeated choice.
+class HxXmlSchema {
+ public:
+  explicit HxXmlSchema(std::ostream& stream);
+
+  /// Writes the whole schema document for `root` held in an element named `rootToken`.
+  HxBoolean writeDocument(const HxXmlObject& root, const HxToken& rootToken);
+
+  // Building blocks for HxXmlObject::writeSchema implementations. Each object describes the
+  // content of the element that its parent declared.
+  void beginComplexType(bool mixed = false);
+  void endComplexType();
+  /// A choice of child elements repeated any number of times.
+  void beginChoice(bool repeated = true);
+  void endChoice();
+  void beginSequence();
+  void endSequence();
+  /// Declares a child element holding `content` (described by its writeSchema).
+  void element(const HxToken& token, const HxXmlObject& content, int minOccurs = 0, int maxOccurs = 1);
+  /// Declares a child element with simple content of an XSD built-in type ("xs:double").
+  void simpleElement(const HxToken& token, const std::string& xsdType, int minOccurs = 0, int maxOccurs = 1);
+  /// Declares an attribute of an XSD built-in type.
+  void attribute(const HxToken& token, const std::string& xsdType);
+  /// Simple content of an XSD built-in type, for scalars (writes an xs:simpleType).
+  void simpleContent(const std::string& xsdType);
+  /// Simple content restricted to the given names, for enumerations.
+  void enumerationContent(const std::string* names, int count);
+  /// Any content (used where nothing more precise is known).
+  void anyContent();
+
+  std::ostream& stream() { return stream_; }
+
+ private:
+  void indent();
+  void declareName(const HxToken& token);
+  std::ostream& stream_;
+  std::string targetNamespace_;
+  int level_ = 0;
+};
