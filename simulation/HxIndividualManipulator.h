@@ -62,8 +62,8 @@ class HxJointDrive {
 /// The queries are const and do not allocate.
 class HxIndividualManipulator {
  public:
-  /// No links, joints or end effectors; a kinematics that answers identity placements, zero
-  /// motions and a zero centre of mass.
+  /// No links, joints or end effectors, and no kinematics: every kinematic query answers the
+  /// identity placement, zero motion or zero vector (and the kinematics reports false).
   HxIndividualManipulator();
   /// As above, with the given kinematics (null selects the default one).
   explicit HxIndividualManipulator(std::shared_ptr<const HxManipulatorKinematics> kinematics);

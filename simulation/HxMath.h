@@ -70,8 +70,9 @@ class HxOrientation {
 
   /// Rotation angle (radians, in [0, pi]) and unit axis of the rotation that takes this
   /// orientation to `other`, expressed in the world frame: other = R(axis, angle) * this.
-  /// q and -q are the same orientation and give angle 0. When the angle is 0 (or the
-  /// quaternions are degenerate) the axis is (1, 0, 0).
+  /// q and -q are the same orientation and give angle 0. When the rotation is below rounding
+  /// level (about 1e-15 rad) or a quaternion is zero or not finite, the angle is 0 and the axis
+  /// (1, 0, 0). The inputs need not be exactly of unit length.
   void angleAxisBetween(const HxOrientation& other, double& angle, HxVector& axis) const;
 
   /// Hamilton product: the rotation `other` followed by this one.
