@@ -1,0 +1,115 @@
+#pragma once
+// HxDataCaptureType: abstract base of the captured quantities.
+
+#include <string>
+
+#include "analysis/xml/HxXmlVectorType.h"
+#include "framework/HxToken.h"
+#include "framework/HxTypes.h"
+#include "framework/HxXmlBasicType.h"
+#include "framework/HxXmlCompoundType.h"
+
+class HxSystemSimulation;
+
+/// One quantity that is recorded from a running simulation (a joint position, an end-effector
+/// placement, a force, a power...).
+///
+/// A concrete data capture type knows its XML token, a description, its number of columns
+/// (`dataSize`), a label per column, the level at which it is captured (`type`: 0 manipulator,
+/// 1 link/joint, 2 end effector) and how to read its values out of an `HxSystemSimulation`
+/// into its own buffer (`captureData`). Columns may be switched off one by one with
+/// `disableFlags`; a switched-off column stays in the buffer but is left out of storage and
+/// output by the caller.
+///
+/// Serialised members: "disableFlags" and "dataLabels". The capture buffer is copied and
+/// compared but never serialised.
+///
+/// Several concrete types keep history between samples, so one object serves exactly one
+/// manipulator, link or end effector, and must be captured from one thread at a time.
+class HxDataCaptureType : public HxXmlCompoundType {
+ public:
+  using FlagVector = HxXmlVectorType<HxXmlBasicType<bool> >;
+  using LabelVector = HxXmlVectorType<HxXmlBasicType<std::string> >;
+  using DataVector = HxXmlVectorType<HxXmlBasicType<double> >;
+
+  /// Empty flags, labels and buffer; concrete constructors size the labels and the buffer.
+  HxDataCaptureType();
+  HxDataCaptureType(const HxDataCaptureType& other);
+  HxDataCaptureType& operator=(const HxDataCaptureType& other);
+  ~HxDataCaptureType() override;
+
+  /// Registers "disableFlags" and then "dataLabels".
+  void registerComponents() override;
+
+  /// One flag per column; true switches the column off. May be shorter or longer than
+  /// `dataSize()`: columns without a flag are on, flags beyond the last column are ignored.
+  virtual const FlagVector& disableFlags() const;
+  /// Replaces the whole flag vector.
+  virtual void setDisableFlags(const FlagVector& flags);
+  /// Label of column `index`; the empty string when `index` is not below the number of labels.
+  virtual const std::string& label(const HxU32& index) const;
+  /// Human-readable name of the quantity.
+  virtual const std::string& description() const = 0;
+  /// Reads the quantity for manipulator `manipulatorIndex` (and, for link and end-effector
+  /// level types, joint or end effector `elementIndex` of it) from `simulation` into the
+  /// buffer. The buffer is first reset to `dataSize()` zeros. Returns false, leaving the
+  /// buffer as it stands (zeros or the columns filled so far), when an index is out of range
+  /// or the simulation does not provide the quantity; prints nothing.
+  virtual HxBoolean captureData(const HxSystemSimulation& simulation, const HxU32& manipulatorIndex,
+                                const HxU32& elementIndex) const = 0;
+  /// Number of columns.
+  virtual HxU32 dataSize() const = 0;
+  /// Number of columns that are not switched off by `disableFlags`.
+  virtual HxU32 activeDataSize() const;
+  /// Level code: 0 manipulator, 1 link/joint, 2 end effector.
+  virtual HxU32 type() const = 0;
+  /// The whole capture buffer, all `dataSize()` columns, switched-off ones included.
+  virtual const DataVector& data() const;
+
+  /// Equal when the flags, the labels and the buffers are equal (checked in that order).
+  bool operator==(const HxDataCaptureType& other) const;
+  bool operator!=(const HxDataCaptureType& other) const { return !(*this == other); }
+
+ protected:
+  /// Sizes the labels and the buffer for `count` columns and sets the labels, in column order.
+  void initializeColumns(HxU32 count, const char* const* labels);
+  /// Sets the buffer to `dataSize()` zeros, in place: once the buffer has that size this
+  /// allocates nothing.
+  void resetData() const;
+  /// Column `index` of the buffer, for the concrete `captureData`.
+  double& column(HxU32 index) const { return m_data[index].value(); }
+
+  FlagVector m_disableFlags;
+  LabelVector m_dataLabels;
+  /// Written by the const `captureData`.
+  mutable DataVector m_data;
+  /// Returned by `label` for an index past the last label; always empty.
+  std::string m_emptyLabel;
+};
+
+/// Declares, inside a concrete data capture type, the members that every one of them has:
+/// construction and copy, the serialisable-object hooks (`classToken`, `creator`, `clone`,
+/// `newObject`, `equality`, `token`), the class-wide constants `m_theDescription` and
+/// `m_theDataSize`, and the overrides of `description`, `dataSize`, `type` and `captureData`.
+/// `equality` is false for null or for an object of another class, else `operator==`.
+#define HX_DATA_CAPTURE_TYPE_MEMBERS(ClassName)                                                    \
+ public:                                                                                          \
+  ClassName();                                                                                    \
+  ClassName(const ClassName& other);                                                              \
+  ClassName& operator=(const ClassName& other);                                                   \
+  ~ClassName() override;                                                                          \
+  static const HxToken& classToken();                                                             \
+  static HxXmlObject* creator();                                                                  \
+  HxXmlObject* clone() const override;                                                            \
+  HxXmlObject* newObject() const override;                                                        \
+  HxBoolean equality(const HxXmlObject* other) const override;                                    \
+  const HxToken& token() const override;                                                          \
+  const std::string& description() const override;                                               \
+  HxU32 dataSize() const override;                                                                \
+  HxU32 type() const override;                                                                    \
+  HxBoolean captureData(const HxSystemSimulation& simulation, const HxU32& manipulatorIndex,       \
+                        const HxU32& elementIndex) const override;                                \
+  /** The description, built at load time. */                                                     \
+  static const std::string m_theDescription;                                                      \
+  /** The number of columns. */                                                                   \
+  static const HxU32 m_theDataSize

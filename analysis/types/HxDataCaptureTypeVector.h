@@ -1,0 +1,54 @@
+#pragma once
+// HxDataCaptureTypeVector: an owning list of data capture types of any kind.
+
+#include "analysis/types/HxDataCaptureType.h"
+#include "analysis/xml/HxXmlVariableVectorType.h"
+#include "framework/HxToken.h"
+#include "framework/HxTypes.h"
+
+/// An owning, serialisable list of data capture types, written as "dataCaptureTypeVector"
+/// with each element under its own token.
+///
+/// Reading creates an element for each of 18 registered tokens. The tokens of
+/// HxControlInputDataCaptureType, HxControlOutputJointPositionDataCaptureType and
+/// HxControlOutputActualJointVelocityDataCaptureType are deliberately not registered: an
+/// element with one of them is reported as not registered and ends the read with false. Those
+/// three types can still be added in code.
+///
+///     HxDataCaptureTypeVector types;
+///     types.pushBack(HxJointPositionDataCaptureType());
+///     HxU32 index = 0;
+///     if (HxDataCaptureType* found = types.findDataCaptureByToken(
+///             HxJointPositionDataCaptureType::classToken(), &index)) { ... }
+class HxDataCaptureTypeVector : public HxXmlVariableVectorType<HxDataCaptureType> {
+ public:
+  HxDataCaptureTypeVector();
+  HxDataCaptureTypeVector(const HxDataCaptureTypeVector& other);
+  HxDataCaptureTypeVector& operator=(const HxDataCaptureTypeVector& other);
+  ~HxDataCaptureTypeVector() override;
+
+  static const HxToken& classToken();
+  static HxXmlObject* creator();
+  /// A static empty vector.
+  static const HxDataCaptureTypeVector& nullObject();
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object that is not an HxDataCaptureTypeVector; else the
+  /// element-wise comparison.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  const HxToken& token() const override;
+
+  /// The vector has no members of its own to register.
+  void registerComponents();
+  /// Registers the creators of the 18 types that can be read from XML, in a fixed order.
+  void registerComponentCreators() override;
+
+  /// A new data capture type for `token`, owned by the caller; null when the token has no
+  /// creator here.
+  HxDataCaptureType* newDataCaptureByToken(const HxToken& token) const;
+  /// The first element (from 0 upward) whose token is `token`, owned by the vector; its
+  /// position is stored in `*index` when `index` is not null. Null, with `*index` untouched,
+  /// when no element has that token.
+  HxDataCaptureType* findDataCaptureByToken(const HxToken& token, HxU32* index) const;
+};

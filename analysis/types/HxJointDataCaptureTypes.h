@@ -1,0 +1,77 @@
+#pragma once
+// The joint-space quantities: link-level data capture types of one column each.
+//
+// `captureData(simulation, manipulatorIndex, elementIndex)` reads joint `elementIndex` of
+// manipulator `manipulatorIndex`; it returns false, with the column at 0.0, when an index is
+// out of range or (for the types that need them) the dynamics are off.
+
+#include "analysis/types/HxDataCaptureType.h"
+
+/// Joint position: the dynamics' active state, or the control output when the dynamics are
+/// off.
+class HxJointPositionDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointPositionDataCaptureType);
+};
+
+/// Joint velocity. With dynamics: the active state's joint velocity. Without: the control
+/// output's joint velocity when the control-output time has not advanced since the previous
+/// sample (the first sample included), else the finite difference of the control output's
+/// joint position over the time step. Keeps the previous time and position between samples,
+/// so one object serves one joint.
+class HxJointVelocityDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointVelocityDataCaptureType);
+
+ private:
+  /// Control-output time of the previous sample; starts so high that the first sample never
+  /// counts as a time step.
+  mutable double m_previousTime = 1e300;
+  /// Joint position of the previous sample.
+  mutable double m_previousPosition = 0.0;
+};
+
+/// Joint acceleration from the dynamic simulator; needs dynamics.
+class HxJointAccelerationDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointAccelerationDataCaptureType);
+};
+
+/// Joint torque computed by the dynamic simulator; needs dynamics.
+class HxJointTorqueDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointTorqueDataCaptureType);
+};
+
+/// Control input value of the joint; needs dynamics. Not created from XML by
+/// HxDataCaptureTypeVector.
+class HxControlInputDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlInputDataCaptureType);
+};
+
+/// Joint torque applied by the control system; needs dynamics.
+class HxControlTorqueDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlTorqueDataCaptureType);
+};
+
+/// Joint position of the control output, on either path. Not created from XML by
+/// HxDataCaptureTypeVector.
+class HxControlOutputJointPositionDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlOutputJointPositionDataCaptureType);
+};
+
+/// Joint velocity of the control output, on either path.
+class HxControlOutputJointVelocityDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlOutputJointVelocityDataCaptureType);
+};
+
+/// The control output's actual joint velocity: the finite difference of its joint position
+/// over the control-output time step (at the first sample, over the time since 0). Always
+/// returns false, also after writing the velocity into its buffer: callers see the column as
+/// not captured while `data()` holds the value. Keeps the previous time and position between
+/// samples, so one object serves one joint. Not created from XML by HxDataCaptureTypeVector.
+class HxControlOutputActualJointVelocityDataCaptureType : public HxDataCaptureType {
+  HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlOutputActualJointVelocityDataCaptureType);
+
+ private:
+  /// Control-output time of the previous sample.
+  mutable double m_previousTime = 0.0;
+  /// Joint position of the previous sample.
+  mutable double m_previousPosition = 0.0;
+};
