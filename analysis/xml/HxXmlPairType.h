@@ -1,0 +1,198 @@
+#pragma once
+// HxXmlPairType<A, B>: serialisable pair of two objects held by value.
+
+#include <string>
+#include <typeinfo>
+#include <utility>
+
+#include "framework/HxPrint.h"
+#include "framework/HxToken.h"
+#include "framework/HxTypes.h"
+#include "framework/HxXmlObject.h"
+#include "framework/HxXmlObjectVisitor.h"
+#include "framework/HxXmlReader.h"
+#include "framework/HxXmlSchema.h"
+#include "framework/HxXmlTokens.h"
+#include "framework/HxXmlWriter.h"
+
+/// A serialisable pair of two objects held by value, written as a "first" and a "second"
+/// child element:
+///
+///     <p><first>...</first><second>...</second></p>
+///
+/// Both members are HxXmlObjects with a default constructor, copy, assignment, `operator==`,
+/// `read` and `write`. Reading takes the two children in any order; any other child is
+/// reported (type 4, two messages naming file, line and the element met), skipped, and makes
+/// `read` return false after the rest has been read.
+template <class FirstType, class SecondType>
+class HxXmlPairType : public HxXmlObject {
+ public:
+  using PairType = std::pair<FirstType, SecondType>;
+
+  /// Both members default.
+  HxXmlPairType() = default;
+  HxXmlPairType(const FirstType& first, const SecondType& second) : pair_(first, second) {}
+  HxXmlPairType(const HxXmlPairType&) = default;
+  HxXmlPairType(HxXmlPairType&&) = default;
+  HxXmlPairType& operator=(const HxXmlPairType&) = default;
+  HxXmlPairType& operator=(HxXmlPairType&&) = default;
+  ~HxXmlPairType() override = default;
+
+  /// Hands the pair to `visitor->visit(this)`.
+  void accept(HxXmlObjectVisitor* visitor) const override;
+  /// A new heap copy, owned by the caller.
+  HxXmlObject* clone() const override { return new HxXmlPairType(*this); }
+  /// Reads the members from the "first" and "second" children (each member is `xmlInit`-ed
+  /// before it reads). Returns false when the reader is not on an element start or when an
+  /// unexpected child was met (reported).
+  HxBoolean read(HxXmlReader& reader) override;
+  /// Writes the two children. Returns whether the writer was good before the pair was written.
+  HxBoolean write(HxXmlWriter& writer) const override;
+  /// A complex type admitting the "first" and "second" children.
+  void writeSchema(HxXmlSchema& schema) const override;
+  /// True when `other` is a pair of the same type that compares equal; false for null or for
+  /// another class.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  /// A new default pair, owned by the caller.
+  HxXmlObject* newObject() const override { return new HxXmlPairType(); }
+  /// The class token, `HxXml::HxPairTypeToken`.
+  const HxToken& token() const override { return classToken(); }
+
+  virtual const FirstType& first() const { return pair_.first; }
+  virtual FirstType& first() { return pair_.first; }
+  virtual void setFirst(const FirstType& first) { pair_.first = first; }
+  virtual const SecondType& second() const { return pair_.second; }
+  virtual SecondType& second() { return pair_.second; }
+  virtual void setSecond(const SecondType& second) { pair_.second = second; }
+  /// Assigns both members.
+  virtual void set(const FirstType& first, const SecondType& second) {
+    pair_.first = first;
+    pair_.second = second;
+  }
+  /// The underlying standard pair.
+  virtual const PairType& pairContainer() const { return pair_; }
+  virtual PairType& pairContainer() { return pair_; }
+
+  /// Both members equal.
+  bool operator==(const HxXmlPairType& other) const {
+    return pair_.first == other.pair_.first && pair_.second == other.pair_.second;
+  }
+  bool operator!=(const HxXmlPairType& other) const { return !(*this == other); }
+
+  /// `HxXml::HxPairTypeToken`, the class token of every pair.
+  static const HxToken& classToken() { return HxXml::HxPairTypeToken; }
+  /// A default pair.
+  static HxXmlPairType nullObject() { return HxXmlPairType(); }
+
+ private:
+  PairType pair_;
+};
+
+// ---------------------------------------------------------------------------------------------
+
+template <class FirstType, class SecondType>
+void HxXmlPairType<FirstType, SecondType>::accept(HxXmlObjectVisitor* visitor) const {
+  visitor->visit(this);
+}
+
+template <class FirstType, class SecondType>
+HxBoolean HxXmlPairType<FirstType, SecondType>::read(HxXmlReader& reader) {
+  HxBoolean result = HxXmlObject::read(reader);
+  if (!result) {
+    return false;
+  }
+  if (reader.nodeKind() == HxXmlReader::EmptyElement) {
+    return true;
+  }
+
+  const int depth = reader.depth();
+  int kind = reader.next();
+  while (kind == HxXmlReader::StartElement || kind == HxXmlReader::EmptyElement) {
+    if (reader.name() == HxXml::HxFirstToken) {
+      pair_.first.xmlInit();
+      reader.readChild(pair_.first);
+    } else if (reader.name() == HxXml::HxSecondToken) {
+      pair_.second.xmlInit();
+      reader.readChild(pair_.second);
+    } else {
+      // Report the stray child, skip it and read on.
+      const char* fileName = reader.fileName();
+      Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
+          << "HxXmlPairType Error: file not valid.\n\tFormat not correct.\n\tFile: "
+          << (fileName != nullptr ? fileName : "") << "\n\tLine: " << reader.lineNumber();
+      Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
+          << "\tExpected " << HxXml::HxFirstToken.token() << " or " << HxXml::HxSecondToken.token()
+          << " but received " << reader.name().token() << ".";
+      result = false;
+      reader.skipElement();
+    }
+    kind = reader.next();
+  }
+  // Anything else (stray text) ends the pair; leave the reader on this element's end.
+  if (kind != HxXmlReader::Error && kind != HxXmlReader::EndOfDocument) {
+    reader.skipToEndOf(depth);
+  }
+  return result;
+}
+
+template <class FirstType, class SecondType>
+HxBoolean HxXmlPairType<FirstType, SecondType>::write(HxXmlWriter& writer) const {
+  const HxBoolean result = HxXmlObject::write(writer);
+  writer.startElement(HxXml::HxFirstToken);
+  pair_.first.write(writer);
+  writer.endElement();
+  writer.startElement(HxXml::HxSecondToken);
+  pair_.second.write(writer);
+  writer.endElement();
+  return result;
+}
+
+template <class FirstType, class SecondType>
+void HxXmlPairType<FirstType, SecondType>::writeSchema(HxXmlSchema& schema) const {
+  schema.beginComplexType();
+  schema.beginChoice(true);
+  schema.element(HxXml::HxFirstToken, pair_.first, 0, 1);
+  schema.element(HxXml::HxSecondToken, pair_.second, 0, 1);
+  schema.endChoice();
+  schema.endComplexType();
+}
+
+template <class FirstType, class SecondType>
+HxBoolean HxXmlPairType<FirstType, SecondType>::equality(const HxXmlObject* other) const {
+  const auto* pair = dynamic_cast<const HxXmlPairType*>(other);
+  return pair != nullptr && *this == *pair;
+}
+
+// ---------------------------------------------------------------------------------------------
+
+/// Visits a pair: describes it (pointer type name, then its token), and when the entry hook and
+/// the depth gate allow, visits the first member under "first" and the second under "second";
+/// then calls the exit hook.
+template <class FirstType, class SecondType>
+void HxXmlObjectVisitor::visit(const HxXmlPairType<FirstType, SecondType>* pair) {
+  setCurrentObject(pair);
+  descriptions().clear();
+  descriptions().push_back(typeid(pair).name());
+  descriptions().push_back(currentToken().token());
+  if (enter(pair) && canDescend()) {
+    beginDescent();
+    const HxXmlObject* first = &pair->first();
+    if (first != nullptr) {
+      setCurrentToken(HxXml::HxFirstToken);
+      first->accept(this);
+    } else {
+      Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
+          << "Visitor: HxXmlPairType first is non-HxXmlObject\n";
+    }
+    const HxXmlObject* second = &pair->second();
+    if (second != nullptr) {
+      setCurrentToken(HxXml::HxSecondToken);
+      second->accept(this);
+    } else {
+      Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
+          << "Visitor: HxXmlPairType second is non-HxXmlObject\n";
+    }
+    endDescent();
+  }
+  exit(pair);
+}
