@@ -1,0 +1,137 @@
+#include "simulation/mujoco/HxMujocoKinematics.h"
+
+#include <utility>
+
+#include "simulation/HxEndEffectorPlacement.h"
+#include "simulation/HxManipulatorActiveState.h"
+
+HxMujocoKinematics::HxMujocoKinematics(HxMujocoModelPtr model, std::shared_ptr<const HxMujocoManipulatorLayout> layout)
+    : model_(std::move(model)), layout_(std::move(layout)), scratch_(mj_makeData(model_.get())) {
+  mj_resetData(model_.get(), scratch_);
+}
+
+HxMujocoKinematics::~HxMujocoKinematics() { mj_deleteData(scratch_); }
+
+bool HxMujocoKinematics::evaluate(const HxManipulatorActiveState& state, Stage stage) const {
+  const mjModel* m = model_.get();
+  mjData* d = scratch_;
+  const HxMujocoManipulatorLayout& layout = *layout_;
+  const std::size_t n = layout.joints.size();
+
+  // Positions: joints, and the base when it is free.
+  const auto& position = state.positionState();
+  if (position.jointPositions().size() != n) return false;
+  for (std::size_t j = 0; j < n; ++j) d->qpos[layout.qposAddresses[j]] = position.jointPositions()[j];
+  double baseQuat[4] = {1.0, 0.0, 0.0, 0.0};
+  if (layout.freeJoint >= 0) {
+    const HxCoordSystemXform& base = position.coordSystemXform();
+    double* q = d->qpos + layout.freeQposAddress;
+    for (int i = 0; i < 3; ++i) q[i] = base.translation()[i];
+    for (int i = 0; i < 4; ++i) baseQuat[i] = base.orientation()[i];
+    mju_normalize4(baseQuat);
+    for (int i = 0; i < 4; ++i) q[3 + i] = baseQuat[i];
+  }
+  mj_kinematics(m, d);
+  mj_comPos(m, d);
+  if (stage == Stage::Position) return true;
+
+  // Velocities: a free joint holds the linear part in the world frame and the angular part in
+  // the body frame.
+  const auto& velocity = state.velocityState();
+  if (velocity.jointVelocities().size() != n) return false;
+  for (std::size_t j = 0; j < n; ++j) d->qvel[layout.dofAddresses[j]] = velocity.jointVelocities()[j];
+  if (layout.freeJoint >= 0) {
+    double* v = d->qvel + layout.freeDofAddress;
+    const HxGeneralMotion& base = velocity.baseVelocity();
+    const double angular[3] = {base[3], base[4], base[5]};
+    double inverse[4];
+    mju_negQuat(inverse, baseQuat);
+    for (int i = 0; i < 3; ++i) v[i] = base[i];
+    mju_rotVecQuat(v + 3, angular, inverse);
+  }
+  mj_comVel(m, d);
+  if (stage == Stage::Velocity) return true;
+
+  // Accelerations, in the same split as the velocities.
+  const auto& acceleration = state.accelerationState();
+  if (acceleration.jointAccelerations().size() != n) return false;
+  for (std::size_t j = 0; j < n; ++j) d->qacc[layout.dofAddresses[j]] = acceleration.jointAccelerations()[j];
+  if (layout.freeJoint >= 0) {
+    double* a = d->qacc + layout.freeDofAddress;
+    const HxGeneralMotion& base = acceleration.baseAcceleration();
+    const double angular[3] = {base[3], base[4], base[5]};
+    double inverse[4];
+    mju_negQuat(inverse, baseQuat);
+    for (int i = 0; i < 3; ++i) a[i] = base[i];
+    mju_rotVecQuat(a + 3, angular, inverse);
+  }
+  mj_rnePostConstraint(m, d);
+  return true;
+}
+
+HxEndEffectorPlacement HxMujocoKinematics::placementIn(const mjModel* m, const mjData* d,
+                                                       const HxMujocoEndEffectorLayout& e) {
+  (void)m;
+  const double* pos = nullptr;
+  double quat[4];
+  if (e.objectType == mjOBJ_SITE) {
+    pos = d->site_xpos + 3 * e.objectId;
+    mju_mat2Quat(quat, d->site_xmat + 9 * e.objectId);
+  } else {
+    pos = d->xpos + 3 * e.objectId;
+    mju_copy4(quat, d->xquat + 4 * e.objectId);
+  }
+  return HxEndEffectorPlacement(HxVector(pos[0], pos[1], pos[2]), HxOrientation(quat[0], quat[1], quat[2], quat[3]));
+}
+
+HxGeneralMotion HxMujocoKinematics::velocityIn(const mjModel* m, const mjData* d, int objectType, int objectId) {
+  // MuJoCo gives (angular, linear) of the object's origin in world orientation.
+  double res[6];
+  mj_objectVelocity(m, d, objectType, objectId, res, 0);
+  return HxGeneralMotion(res[3], res[4], res[5], res[0], res[1], res[2]);
+}
+
+HxGeneralMotion HxMujocoKinematics::accelerationIn(const mjModel* m, const mjData* d, int objectType, int objectId) {
+  // The engine's accelerations carry -gravity (the world body accelerates upward), as an
+  // accelerometer would see them; adding gravity back gives the kinematic acceleration.
+  double res[6];
+  mj_objectAcceleration(m, d, objectType, objectId, res, 0);
+  const bool gravityOn = (m->opt.disableflags & mjDSBL_GRAVITY) == 0;
+  const double g[3] = {gravityOn ? m->opt.gravity[0] : 0.0, gravityOn ? m->opt.gravity[1] : 0.0,
+                       gravityOn ? m->opt.gravity[2] : 0.0};
+  return HxGeneralMotion(res[3] + g[0], res[4] + g[1], res[5] + g[2], res[0], res[1], res[2]);
+}
+
+HxBoolean HxMujocoKinematics::endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
+                                                   HxEndEffectorPlacement& out) const {
+  out = HxEndEffectorPlacement();
+  if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Position)) return false;
+  out = placementIn(model_.get(), scratch_, layout_->endEffectors[endEffector]);
+  return true;
+}
+
+HxBoolean HxMujocoKinematics::endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
+                                                  HxGeneralMotion& out) const {
+  out = HxGeneralMotion();
+  if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Velocity)) return false;
+  const HxMujocoEndEffectorLayout& e = layout_->endEffectors[endEffector];
+  out = velocityIn(model_.get(), scratch_, e.objectType, e.objectId);
+  return true;
+}
+
+HxBoolean HxMujocoKinematics::endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
+                                                      HxGeneralMotion& out) const {
+  out = HxGeneralMotion();
+  if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Acceleration)) return false;
+  const HxMujocoEndEffectorLayout& e = layout_->endEffectors[endEffector];
+  out = accelerationIn(model_.get(), scratch_, e.objectType, e.objectId);
+  return true;
+}
+
+HxBoolean HxMujocoKinematics::centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const {
+  out = HxVector();
+  if (!evaluate(state, Stage::Position)) return false;
+  const double* com = scratch_->subtree_com + 3 * layout_->rootBody;
+  out = HxVector(com[0], com[1], com[2]);
+  return true;
+}

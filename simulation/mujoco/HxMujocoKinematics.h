@@ -1,0 +1,60 @@
+#pragma once
+// HxMujocoKinematics: the kinematics of one manipulator, answered by MuJoCo on scratch engine
+// data. Internal to simulation/mujoco.
+
+#include <memory>
+
+#include <mujoco/mujoco.h>
+
+#include "simulation/HxManipulatorKinematics.h"
+#include "simulation/mujoco/HxMujocoLayout.h"
+
+class HxPositionState;
+class HxVelocityState;
+class HxAccelerationState;
+
+/// Answers end-effector placement, velocity, acceleration and centre of mass of one
+/// manipulator for any active state: the state is written into a scratch mjData of its own
+/// (made at set-up) and MuJoCo evaluates it (mj_kinematics, mj_comPos, mj_comVel,
+/// mj_rnePostConstraint, mj_objectVelocity, mj_objectAcceleration). The other manipulators in
+/// the scratch data stay at the model's reference configuration; they do not influence the
+/// result because trees are independent.
+///
+/// Results are in the world frame; motions are of the end-effector frame origin, linear then
+/// angular. Accelerations are kinematic (gravity removed). A fixed base takes its placement
+/// from the model; a free base takes it from the state. Queries do not allocate; they are not
+/// thread-safe (one scratch per object).
+class HxMujocoKinematics : public HxManipulatorKinematics {
+ public:
+  HxMujocoKinematics(HxMujocoModelPtr model, std::shared_ptr<const HxMujocoManipulatorLayout> layout);
+  ~HxMujocoKinematics() override;
+  HxMujocoKinematics(const HxMujocoKinematics&) = delete;
+  HxMujocoKinematics& operator=(const HxMujocoKinematics&) = delete;
+
+  HxBoolean endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
+                                 HxEndEffectorPlacement& out) const override;
+  HxBoolean endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
+                                HxGeneralMotion& out) const override;
+  HxBoolean endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
+                                    HxGeneralMotion& out) const override;
+  HxBoolean centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const override;
+
+  // Helpers shared with the engine, reading evaluated data `d` of the same model.
+
+  /// World placement of end effector `e` in evaluated data `d` (after mj_kinematics).
+  static HxEndEffectorPlacement placementIn(const mjModel* m, const mjData* d, const HxMujocoEndEffectorLayout& e);
+  /// Velocity of end effector `e` in `d` (after mj_comVel): linear, angular, world frame.
+  static HxGeneralMotion velocityIn(const mjModel* m, const mjData* d, int objectType, int objectId);
+  /// Kinematic acceleration of an object in `d` (after mj_rnePostConstraint), gravity removed.
+  static HxGeneralMotion accelerationIn(const mjModel* m, const mjData* d, int objectType, int objectId);
+
+ private:
+  enum class Stage { Position, Velocity, Acceleration };
+  /// Writes the state into the scratch data and evaluates it up to `stage`; false when the
+  /// state's sizes do not match the manipulator.
+  bool evaluate(const HxManipulatorActiveState& state, Stage stage) const;
+
+  HxMujocoModelPtr model_;
+  std::shared_ptr<const HxMujocoManipulatorLayout> layout_;
+  mjData* scratch_ = nullptr;
+};

@@ -1,0 +1,118 @@
+#pragma once
+// HxMujocoSimulation: a multi-manipulator simulation run by the MuJoCo physics engine, with a
+// path-following controller, behind the HxSystemSimulation interface.
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "framework/HxTypes.h"
+#include "simulation/HxEndEffectorPlacement.h"
+#include "simulation/HxSystemSimulation.h"
+
+struct mjModel_;
+
+/// A MuJoCo model (MJCF or URDF) seen as a system of manipulators, stepped by the engine and
+/// driven by a path-following controller. After every step all the queries of
+/// HxSystemSimulation answer from the engine's state, refreshed in place without allocating.
+///
+///     HxMujocoSimulation sim;
+///     if (!sim.loadFile("examples/models/two_arms_table.xml")) return 1;  // message printed
+///     while (!sim.allPathsCompleted() && sim.time() < 20.0) {
+///       sim.step();
+///       capture.captureData(sim);
+///       recorder.saveCapturedData(sim.time(), sim.pathPointIndex(0), capture);
+///     }
+///
+/// Model conventions (end effectors, DC motors, path points, initial state), the controller
+/// and the frames and units of every quantity are described in simulation/mujoco/README.md.
+/// Not thread-safe: step and read on one thread.
+class HxMujocoSimulation : public HxSystemSimulation {
+ public:
+  /// How the state advances.
+  enum class Mode {
+    Dynamic,    ///< the engine integrates the dynamics; the controller acts through the actuators
+    Kinematic,  ///< the state follows the control output; kinematics only
+  };
+
+  /// An empty simulation (no model, no manipulators).
+  HxMujocoSimulation();
+  ~HxMujocoSimulation() override;
+
+  /// Loads and compiles a model file (MJCF or URDF, by its content) and sets the system up in
+  /// `mode` at its initial state. On failure returns false, prints an error message
+  /// ("cannot load model '<file>': <engine message>"), keeps lastError() and leaves the
+  /// simulation empty.
+  HxBoolean loadFile(const std::string& fileName, Mode mode = Mode::Dynamic);
+  /// As loadFile, from model text (MJCF or URDF). The model cannot refer to other files.
+  /// Failure message: "cannot load model text: <engine message>".
+  HxBoolean loadString(const std::string& modelText, Mode mode = Mode::Dynamic);
+  /// True when a model is loaded.
+  HxBoolean isLoaded() const;
+  /// Message of the last failed load or step; empty after a success.
+  const std::string& lastError() const;
+
+  /// Switches between dynamic and kinematic stepping; the control output restarts from the
+  /// current state. False when no model is loaded.
+  HxBoolean setMode(Mode mode);
+  Mode mode() const;
+
+  /// Advances by one engine timestep and refreshes every query. Returns false when no model
+  /// is loaded or the engine reported an unstable state (the state was reset by the engine;
+  /// a warning is printed).
+  HxBoolean step();
+  /// Back to the initial state and the first path point of every manipulator.
+  void reset();
+  /// Simulation time, seconds.
+  double time() const;
+  /// Engine timestep, seconds (the model's option).
+  double timestep() const;
+
+  // Names.
+
+  /// Name of manipulator m (its root body); empty when m is out of range.
+  const std::string& manipulatorName(HxU32 m) const;
+  /// Name of end effector e of manipulator m (site or body name without its prefix); empty
+  /// when out of range.
+  const std::string& endEffectorName(HxU32 m, HxU32 e) const;
+
+  // Path following.
+
+  /// Replaces the path points of manipulator m (world placements of its controlled end
+  /// effector) and restarts at the first. False when m is out of range.
+  HxBoolean setPathPoints(HxU32 m, const std::vector<HxEndEffectorPlacement>& points);
+  /// The path points of manipulator m (empty when m is out of range).
+  const std::vector<HxEndEffectorPlacement>& pathPoints(HxU32 m) const;
+  /// Index of the path point manipulator m is heading for or holding (0 when it has none or m
+  /// is out of range).
+  HxU32 pathPointIndex(HxU32 m) const;
+  /// True when manipulator m has reached its last path point (false without path points).
+  HxBoolean pathCompleted(HxU32 m) const;
+  /// True when every manipulator with path points has completed its path.
+  HxBoolean allPathsCompleted() const;
+  /// Selects the end effector of manipulator m that follows the path (default 0). False when
+  /// out of range.
+  HxBoolean setControlledEndEffector(HxU32 m, HxU32 e);
+  /// Tolerances within which a path point counts as reached: distance (m) and rotation angle
+  /// (rad; ignored for a point end effector). Defaults 0.001 and 0.001.
+  void setReachTolerances(double translation, double orientation);
+  /// Time (s) a reached path point is held before the next one is taken (default 0: the next
+  /// step heads for the next point).
+  void setDwellTime(double seconds);
+
+  // Event thresholds.
+
+  /// Smallest singular value of an end-effector Jacobian below which the singularity flag is
+  /// raised (default 0.001).
+  void setSingularityThreshold(double threshold);
+  double singularityThreshold() const;
+
+ private:
+  struct Impl;
+  std::unique_ptr<Impl> impl_;
+  /// Takes ownership of a compiled model (null: the load failed with `message`) and sets the
+  /// system up.
+  HxBoolean adopt(mjModel_* model, const std::string& failurePrefix, const char* message, Mode mode);
+  /// Refreshes every query from the engine data, in place.
+  void refresh();
+};
