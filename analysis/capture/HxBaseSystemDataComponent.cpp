@@ -1,0 +1,24 @@
+#include "analysis/capture/HxBaseSystemDataComponent.h"
+
+namespace {
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+}  // namespace
+
+HxBaseSystemDataComponent::HxBaseSystemDataComponent() = default;
+
+HxBaseSystemDataComponent::HxBaseSystemDataComponent(const HxBaseSystemDataComponent& other)
+    : HxXmlCompoundType(other) {}
+
+HxBaseSystemDataComponent& HxBaseSystemDataComponent::operator=(const HxBaseSystemDataComponent& other) {
+  HxXmlCompoundType::operator=(other);
+  return *this;
+}
+
+HxBaseSystemDataComponent::~HxBaseSystemDataComponent() = default;
+
+HxBoolean HxBaseSystemDataComponent::write(HxXmlWriter& writer) const { return HxXmlCompoundType::write(writer); }
+
+HxBoolean HxBaseSystemDataComponent::read(HxXmlReader& reader) { return HxXmlCompoundType::read(reader); }
+
+void HxBaseSystemDataComponent::xmlInit() { HxXmlCompoundType::xmlInit(); }

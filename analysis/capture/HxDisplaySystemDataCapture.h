@@ -1,0 +1,72 @@
+#pragma once
+// HxDisplaySystemDataCapture: description of one live plot of captured data.
+
+#include <string>
+#include <vector>
+
+#include "analysis/capture/HxSystemDataCapture.h"
+#include "framework/HxXmlBasicType.h"
+#include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlEnumType.h"
+
+/// Describes one live plot for a host that displays a simulation while it runs: a title, the
+/// capture configurations drawn against the left and the right axis, and the kind of plot
+/// (0 "scrollingCurve", 1 "barChart"). It only holds and serialises the description. Written
+/// as "displaySystemDataCapture" with the children "title", "leftSystemDataCapture",
+/// "rightSystemDataCapture" and "plotType" (by name).
+class HxDisplaySystemDataCapture : public HxXmlCompoundType {
+ public:
+  /// Plot type values.
+  enum PlotType : unsigned int { ScrollingCurve = 0, BarChart = 1 };
+
+  /// Empty title, two empty configurations, plot type 0 ("scrollingCurve").
+  HxDisplaySystemDataCapture();
+  HxDisplaySystemDataCapture(const HxDisplaySystemDataCapture& other);
+  HxDisplaySystemDataCapture& operator=(const HxDisplaySystemDataCapture& other);
+  ~HxDisplaySystemDataCapture() override;
+
+  /// Calls `registerEnumerations()`, then registers the title, the left and the right
+  /// configuration and the plot type, in this order.
+  void registerComponents() override;
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object of another class, else `operator==`.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  /// "displaySystemDataCapture".
+  const HxToken& token() const override;
+  static const HxToken& classToken();
+  static HxXmlObject* creator();
+  static HxDisplaySystemDataCapture nullObject();
+
+  /// Compares the compound base, then the four fields in order.
+  bool operator==(const HxDisplaySystemDataCapture& other) const;
+  bool operator!=(const HxDisplaySystemDataCapture& other) const { return !(*this == other); }
+
+  virtual const std::string& title() const;
+  virtual void setTitle(const std::string& title);
+  virtual const HxSystemDataCapture& leftSystemDataCapture() const;
+  virtual HxSystemDataCapture& leftSystemDataCapture();
+  virtual void setLeftSystemDataCapture(const HxSystemDataCapture& capture);
+  virtual const HxSystemDataCapture& rightSystemDataCapture() const;
+  virtual HxSystemDataCapture& rightSystemDataCapture();
+  virtual void setRightSystemDataCapture(const HxSystemDataCapture& capture);
+  virtual unsigned int plotType() const;
+  /// Sets the plot type by number, without a range check.
+  virtual void setPlotType(unsigned int plotType);
+  /// Sets the plot type by name; false (value unchanged) for a name that is not a plot type.
+  virtual HxBoolean setPlotType(const std::string& name);
+  /// Gives the plot-type field its names: 0 "scrollingCurve", then 1 "barChart".
+  virtual void registerEnumerations();
+
+  /// Number of plot types: 2.
+  static unsigned int numPlotTypes();
+  /// The plot-type names in value order: "scrollingCurve", "barChart".
+  static const std::vector<std::string>& plotTypeTokens();
+
+ private:
+  HxXmlBasicType<std::string> m_title;
+  HxSystemDataCapture m_leftSystemDataCapture;
+  HxSystemDataCapture m_rightSystemDataCapture;
+  HxXmlEnumType<unsigned int> m_plotType;
+};

@@ -1,0 +1,77 @@
+#pragma once
+// HxLinkDataCapture: the link-level quantities captured for one link of a manipulator.
+
+#include <string>
+
+#include "analysis/types/HxDataCaptureTypeVector.h"
+#include "analysis/xml/HxXmlVectorType.h"
+#include "framework/HxTypes.h"
+#include "framework/HxXmlBasicType.h"
+#include "framework/HxXmlCompoundType.h"
+
+class HxSystemSimulation;
+
+/// The quantities captured for one link of a manipulator, keyed by the link's identifier.
+///
+/// Holds only link-level data capture types (level 1), at most one per token when filled by
+/// the add operations. Written as "linkDataCapture" with the children "linkIdentification" and
+/// "dataCaptureTypeVector". Reports failure by result only; prints nothing.
+class HxLinkDataCapture : public HxXmlCompoundType {
+ public:
+  using Flags = HxXmlVectorType<HxXmlBasicType<bool>>;
+
+  /// Empty identifier, no types.
+  HxLinkDataCapture();
+  HxLinkDataCapture(const HxLinkDataCapture& other);
+  HxLinkDataCapture& operator=(const HxLinkDataCapture& other);
+  ~HxLinkDataCapture() override;
+
+  /// Registers "linkIdentification", then "dataCaptureTypeVector".
+  void registerComponents() override;
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object of another class, else `operator==`.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  const HxToken& token() const override;
+  /// "linkDataCapture".
+  static const HxToken& classToken();
+  static HxXmlObject* creator();
+  static HxLinkDataCapture nullObject();
+
+  /// Compares the compound base, the identifier and the type vector, in that order.
+  bool operator==(const HxLinkDataCapture& other) const;
+  bool operator!=(const HxLinkDataCapture& other) const { return !(*this == other); }
+
+  virtual void setLinkIdentifier(const std::string& identifier);
+  virtual const HxDataCaptureTypeVector& dataCaptureVector() const;
+  /// Captures every type for this link of manipulator `manipulatorIndex`: the link is looked
+  /// up once by identifier in the simulation's manipulator, then each type captures with the
+  /// link's index. True for an empty vector; false when the manipulator or the link is unknown
+  /// (no type is then called) or when any type fails (every type is still called).
+  virtual HxBoolean captureData(const HxSystemSimulation& simulation, unsigned int const& manipulatorIndex) const;
+  /// The type with that token, or null.
+  virtual const HxDataCaptureType* dataCaptureType(const HxToken& token) const;
+  /// Adds a type by token: true and unchanged when already present; false for an unknown
+  /// token or a type that is not link-level.
+  virtual HxBoolean addDataCaptureType(const HxToken& token);
+  /// Removes the type with that token; false when absent.
+  virtual HxBoolean removeDataCaptureType(const HxToken& token);
+  virtual HxBoolean isDataCaptureTypeIncluded(const HxToken& token) const;
+  virtual unsigned int numDataCaptureTypes() const;
+  /// Replaces the disable flags of the type with that token; false when absent.
+  virtual HxBoolean setDisableFlags(const HxToken& token, const Flags& flags);
+  virtual void removeAllDataCaptureTypes();
+
+  const std::string& linkIdentifier() const;
+
+  /// Every available link-level type, built once on first use (not thread-safe).
+  static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
+
+ private:
+  HxXmlBasicType<std::string> m_linkIdentifier;
+  HxDataCaptureTypeVector m_dataCaptureVector;
+
+  static HxDataCaptureTypeVector m_theAvailableDataCaptureTypeVector;
+  static HxBoolean m_theAvailableTypesReady;
+};

@@ -1,0 +1,204 @@
+#pragma once
+// HxSystemDataCapture: the capture configuration of a whole simulated system.
+
+#include <string>
+#include <vector>
+
+#include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/capture/HxManipulatorDataCapture.h"
+#include "analysis/xml/HxXmlVectorType.h"
+#include "framework/HxTypes.h"
+#include "framework/HxXmlBasicType.h"
+
+class HxIndividualManipulator;
+class HxSystemDataStorage;
+class HxSystemSimulation;
+
+/// The capture configuration of one simulated multi-manipulator system: which quantities are
+/// captured for which manipulator, link and end effector (component kind 0).
+///
+/// Usage:
+///
+///     HxSystemDataCapture capture;
+///     capture.addManipulatorDataCaptureType(1, HxSimAnalysis::HxBasePositionDataCaptureTypeToken);
+///     capture.addLinkDataCaptureType(1, HxSimAnalysis::HxJointPositionDataCaptureTypeToken,
+///                                    simulation.manipulators()[1]);
+///     capture.addEndEffectorDataCaptureType(1, HxSimAnalysis::HxEndEffectorPlacementDataCaptureTypeToken, 1u);
+///     HxSystemDataStorage record;
+///     capture.allocateStorage(record);          // once, after configuring
+///     // per sample:
+///     capture.captureData(simulation);          // the types read the simulation
+///     record.setTime(t);
+///     capture.storeData(record);                // active values into the record
+///
+/// Keyed operations name a manipulator by its index in the simulated system (m); the record is
+/// indexed by the manipulator capture's position in the list instead. The lookup by m takes
+/// the last matching entry (below the system level the first match wins). The element size
+/// counts every column, disabled ones included; the record is sized by active columns only.
+/// Reports failure by result only; prints nothing.
+class HxSystemDataCapture : public HxBaseSystemDataComponent {
+ public:
+  using Flags = HxXmlVectorType<HxXmlBasicType<bool>>;
+  using Values = HxXmlVectorType<HxXmlBasicType<double>>;
+  using ManipulatorDataCaptureVector = HxXmlVectorType<HxManipulatorDataCapture>;
+
+  /// Empty label, no manipulator captures, element size 0.
+  HxSystemDataCapture();
+  /// Copies the label, the manipulator captures and the element size; the copy starts with
+  /// its own empty scratch buffer.
+  HxSystemDataCapture(const HxSystemDataCapture& other);
+  /// As the copy constructor; the target keeps its scratch buffer.
+  HxSystemDataCapture& operator=(const HxSystemDataCapture& other);
+  ~HxSystemDataCapture() override;
+
+  /// Registers "systemDataCaptureLabel", then "manipulatorDataCaptureVector".
+  void registerComponents() override;
+  /// The base write.
+  HxBoolean write(HxXmlWriter& writer) const override;
+  /// The base read, then `computeElementSize()`; returns the base read's result.
+  HxBoolean read(HxXmlReader& reader) override;
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object of another class, else `operator==`.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  /// "generalCapture".
+  const HxToken& token() const override;
+  static const HxToken& classToken();
+  /// A new default configuration, for registration in `HxSystemDataVector`.
+  static HxXmlObject* creator();
+  static HxSystemDataCapture nullObject();
+
+  /// Compares the base, the label and the manipulator captures (not the element size).
+  bool operator==(const HxSystemDataCapture& other) const;
+  bool operator!=(const HxSystemDataCapture& other) const { return !(*this == other); }
+
+  /// 0: a capture configuration.
+  unsigned int type() const override;
+  /// The column labels: "Time", "Point Path Index", then "Manip[m]:" prefixed labels in flat
+  /// order (see the source for the rule). Sized by element size plus 2, so disabled columns
+  /// leave empty strings at the end. Reuses the caller's strings.
+  void getStringElements(std::vector<std::string>& labels) const override;
+
+  virtual const std::string& label() const;
+  virtual void setLabel(const std::string& label);
+  virtual const ManipulatorDataCaptureVector& manipulatorDataCaptureVector() const;
+
+  /// Makes every configured type read the simulation (every manipulator capture is called even
+  /// after a failure). True when all succeeded, and for an empty configuration.
+  virtual HxBoolean captureData(const HxSystemSimulation& simulation) const;
+
+  /// Adds a manipulator-level type for manipulator m, creating its capture when needed (only
+  /// if the type is accepted). False, nothing changed, for an unknown or wrong-level token.
+  virtual HxBoolean addManipulatorDataCaptureType(unsigned int const& m, const HxToken& token);
+  /// Adds a link-level type to every link of `manipulator`, for manipulator m.
+  virtual HxBoolean addLinkDataCaptureType(unsigned int const& m, const HxToken& token,
+                                           const HxIndividualManipulator& manipulator);
+  /// Adds a link-level type to one link of manipulator m.
+  virtual HxBoolean addLinkDataCaptureType(unsigned int const& m, const std::string& link, const HxToken& token);
+  /// Adds an end-effector-level type to end effectors 0 .. numEndEffectors-1 of manipulator m.
+  virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, const HxToken& token,
+                                                  unsigned int const& numEndEffectors);
+  /// As above with copies of `type` (replacing types of its token).
+  virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, const HxDataCaptureType& type,
+                                                  unsigned int const& numEndEffectors);
+  /// Adds a copy of `type` to end effector e of manipulator m.
+  virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
+                                                  const HxDataCaptureType& type);
+  /// Adds a type by token to end effector e of manipulator m.
+  virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
+                                                  const HxToken& token);
+
+  /// Removes a manipulator-level type of manipulator m (see the source for pruning).
+  virtual HxBoolean removeManipulatorDataCaptureType(unsigned int const& m, const HxToken& token);
+  /// Removes a link-level type from every link capture of manipulator m.
+  virtual HxBoolean removeLinkDataCaptureType(unsigned int const& m, const HxToken& token);
+  /// Removes a link-level type from one link capture of manipulator m.
+  virtual HxBoolean removeLinkDataCaptureType(unsigned int const& m, const std::string& link, const HxToken& token);
+  /// Removes an end-effector-level type from every end-effector capture of manipulator m.
+  virtual HxBoolean removeEndEffectorDataCaptureType(unsigned int const& m, const HxToken& token);
+  /// Removes an end-effector-level type from end effector e of manipulator m.
+  virtual HxBoolean removeEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
+                                                     const HxToken& token);
+
+  /// Appends a copy (no check for an entry of the same index); recomputes the element size.
+  /// Always true.
+  virtual HxBoolean addManipulatorDataCapture(const HxManipulatorDataCapture& capture);
+  /// The (last) capture of manipulator m, or null.
+  virtual const HxManipulatorDataCapture* manipulatorDataCapture(unsigned int const& m) const;
+  /// Erases the (last) capture of manipulator m; false when there is none.
+  virtual HxBoolean removeManipulatorDataCapture(unsigned int const& m);
+
+  /// Whether manipulator m captures the token at manipulator level / at that link / at that
+  /// end effector; false when m (or the link or end effector) is not captured.
+  virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, const HxToken& token) const;
+  virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, const std::string& link,
+                                              const HxToken& token) const;
+  virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, unsigned int const& e,
+                                              const HxToken& token) const;
+
+  /// Number of types of manipulator m at manipulator level / at that link / at that end
+  /// effector; 0 when not captured.
+  virtual unsigned int numDataCaptureTypes(unsigned int const& m) const;
+  virtual unsigned int numDataCaptureTypes(unsigned int const& m, const std::string& link) const;
+  virtual unsigned int numDataCaptureTypes(unsigned int const& m, unsigned int const& e) const;
+
+  /// Replaces the disable flags of a type of manipulator m; false when it is not there. The
+  /// element size is left alone (it counts disabled columns too).
+  virtual HxBoolean setDisableFlags(unsigned int const& m, const HxToken& token, const Flags& flags);
+  virtual HxBoolean setDisableFlags(unsigned int const& m, const std::string& link, const HxToken& token,
+                                    const Flags& flags);
+  virtual HxBoolean setDisableFlags(unsigned int const& m, unsigned int const& e, const HxToken& token,
+                                    const Flags& flags);
+
+  /// Shapes `storage` to this configuration: one value vector per type, sized by its active
+  /// size, per manipulator capture position; then computes the record's element size.
+  virtual void allocateStorage(HxSystemDataStorage& storage) const;
+  /// Copies the active values of every type (as last captured) into `storage`, which must have
+  /// been shaped by `allocateStorage` for this configuration (mismatched writes are refused by
+  /// the record). False for a configuration without manipulator captures. Does not allocate
+  /// once warm.
+  virtual HxBoolean storeData(HxSystemDataStorage& storage) const;
+  /// Resizes `values` to the element size and writes the active values packed from position 0,
+  /// in flat order; with disabled columns the tail is left unwritten.
+  virtual void getDataElements(Values& values) const;
+
+  /// Clears every manipulator capture and the list; element size 0. The label is kept.
+  virtual void removeAllDataCaptureTypes();
+
+  /// Position of the last capture of manipulator m (the walk does not stop at a match); false
+  /// (position untouched) when there is none.
+  virtual HxBoolean findIndex(unsigned int const& m, unsigned int& position) const;
+
+  /// Recomputes the element size: the full size of every type, disabled columns included.
+  virtual void computeElementSize();
+
+  /// `activeData` becomes `data` less the elements whose flag is true; elements without a flag
+  /// are kept.
+  virtual void getActiveData(const Flags& flags, const Values& data, Values& activeData) const;
+
+  /// The element size as last computed.
+  HxU32 elementSize() const { return m_elementSize; }
+
+ private:
+  // Applies `add` to the capture of manipulator m, or to a new capture for m that is kept only
+  // if `add` succeeded; recomputes the element size on success.
+  template <class Add>
+  HxBoolean addToManipulator(unsigned int const& m, Add add);
+  // Applies `remove` to the capture of manipulator m and prunes it (see the source).
+  template <class Remove>
+  HxBoolean removeFromManipulator(unsigned int const& m, bool endEffectorLevel, Remove remove);
+  // Appends the labels of one type at `position` onward, with `prefix`.
+  void appendTypeLabels(const HxDataCaptureType& type, const std::string& prefix, std::vector<std::string>& labels,
+                        std::size_t& position) const;
+
+  HxXmlBasicType<std::string> m_label;
+  ManipulatorDataCaptureVector m_manipulatorDataCaptureVector;
+  HxU32 m_elementSize = 0;
+  // Scratch buffer of storeData: the active values of one type at a time.
+  mutable Values m_activeData;
+  // Scratch texts of getStringElements, kept so that later calls reuse their capacity.
+  mutable std::string m_prefix;
+  mutable std::string m_subPrefix;
+  mutable std::string m_number;
+};

@@ -1,0 +1,140 @@
+#include "analysis/storage/HxManipulatorDataStorage.h"
+
+#include <cstdint>
+#include <string>
+
+#include "analysis/xml/HxSimAnalysisTokens.h"
+
+namespace {
+
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+
+// Stores one value at [quantity][offset] of a quantity vector; nothing when out of range.
+HxBoolean storeValue(HxManipulatorDataStorage::QuantityVector& quantities, HxU32 quantity, HxU32 offset,
+                     double value) {
+  if (quantity >= quantities.size()) return false;
+  HxManipulatorDataStorage::ValueVector& values = quantities[quantity];
+  if (offset >= values.size()) return false;
+  values[offset] = value;
+  return true;
+}
+
+// Copies a run of values to [quantity][offset ..]; nothing unless the whole, non-empty run fits.
+HxBoolean storeValues(HxManipulatorDataStorage::QuantityVector& quantities, HxU32 quantity, HxU32 offset,
+                      const HxManipulatorDataStorage::ValueVector& source) {
+  const HxU32 n = source.size();
+  if (n == 0 || quantity >= quantities.size()) return false;
+  HxManipulatorDataStorage::ValueVector& values = quantities[quantity];
+  // Compared in 64 bits so that a huge offset cannot wrap around.
+  if (static_cast<std::uint64_t>(offset) + n > values.size()) return false;
+  for (HxU32 k = 0; k < n; ++k) values[offset + k] = source[k].value();
+  return true;
+}
+
+}  // namespace
+
+HxManipulatorDataStorage::HxManipulatorDataStorage() = default;
+
+HxManipulatorDataStorage::HxManipulatorDataStorage(const HxManipulatorDataStorage& other)
+    : HxXmlCompoundType(other),
+      m_manipulatorLevelData(other.m_manipulatorLevelData),
+      m_linkLevelData(other.m_linkLevelData),
+      m_endEffectorData(other.m_endEffectorData) {}
+
+HxManipulatorDataStorage& HxManipulatorDataStorage::operator=(const HxManipulatorDataStorage& other) {
+  if (this != &other) {
+    HxXmlCompoundType::operator=(other);
+    m_manipulatorLevelData = other.m_manipulatorLevelData;
+    m_linkLevelData = other.m_linkLevelData;
+    m_endEffectorData = other.m_endEffectorData;
+  }
+  return *this;
+}
+
+HxManipulatorDataStorage::~HxManipulatorDataStorage() = default;
+
+void HxManipulatorDataStorage::registerComponents() {
+  registerComponent(HxSimAnalysis::HxManipulatorLevelDataToken, &m_manipulatorLevelData);
+  registerComponent(HxSimAnalysis::HxLinkLevelDataToken, &m_linkLevelData);
+  registerComponent(HxSimAnalysis::HxEndEffectorDataToken, &m_endEffectorData);
+}
+
+HxXmlObject* HxManipulatorDataStorage::clone() const { return new HxManipulatorDataStorage(*this); }
+
+HxXmlObject* HxManipulatorDataStorage::newObject() const { return new HxManipulatorDataStorage(); }
+
+HxBoolean HxManipulatorDataStorage::equality(const HxXmlObject* other) const {
+  const auto* storage = dynamic_cast<const HxManipulatorDataStorage*>(other);
+  return storage != nullptr && *this == *storage;
+}
+
+const HxToken& HxManipulatorDataStorage::token() const { return classToken(); }
+
+const HxToken& HxManipulatorDataStorage::classToken() { return HxSimAnalysis::HxManipulatorDataStorageToken; }
+
+HxXmlObject* HxManipulatorDataStorage::creator() { return new HxManipulatorDataStorage(); }
+
+HxManipulatorDataStorage HxManipulatorDataStorage::nullObject() { return HxManipulatorDataStorage(); }
+
+bool HxManipulatorDataStorage::operator==(const HxManipulatorDataStorage& other) const {
+  return HxXmlCompoundType::operator==(other) && m_manipulatorLevelData == other.m_manipulatorLevelData &&
+         m_linkLevelData == other.m_linkLevelData && m_endEffectorData == other.m_endEffectorData;
+}
+
+const HxManipulatorDataStorage::QuantityVector& HxManipulatorDataStorage::manipulatorLevelData() const {
+  return m_manipulatorLevelData;
+}
+
+void HxManipulatorDataStorage::setManipulatorLevelData(const QuantityVector& data) { m_manipulatorLevelData = data; }
+
+HxBoolean HxManipulatorDataStorage::setSpecificManipulatorLevelData(HxU32 quantity, HxU32 offset, double value) {
+  return storeValue(m_manipulatorLevelData, quantity, offset, value);
+}
+
+HxBoolean HxManipulatorDataStorage::setSpecificManipulatorLevelData(HxU32 quantity, HxU32 offset,
+                                                                    const ValueVector& values) {
+  return storeValues(m_manipulatorLevelData, quantity, offset, values);
+}
+
+const HxManipulatorDataStorage::ElementVector& HxManipulatorDataStorage::linkLevelData() const {
+  return m_linkLevelData;
+}
+
+void HxManipulatorDataStorage::setLinkLevelData(const ElementVector& data) { m_linkLevelData = data; }
+
+HxBoolean HxManipulatorDataStorage::setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset,
+                                                             double value) {
+  if (link >= m_linkLevelData.size()) return false;
+  return storeValue(m_linkLevelData[link], quantity, offset, value);
+}
+
+HxBoolean HxManipulatorDataStorage::setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset,
+                                                             const ValueVector& values) {
+  if (link >= m_linkLevelData.size()) return false;
+  return storeValues(m_linkLevelData[link], quantity, offset, values);
+}
+
+const HxManipulatorDataStorage::ElementVector& HxManipulatorDataStorage::endEffectorData() const {
+  return m_endEffectorData;
+}
+
+void HxManipulatorDataStorage::setEndEffectorData(const ElementVector& data) { m_endEffectorData = data; }
+
+HxBoolean HxManipulatorDataStorage::setSpecificEndEffectorData(HxU32 endEffector, HxU32 quantity, HxU32 offset,
+                                                               double value) {
+  if (endEffector >= m_endEffectorData.size()) return false;
+  return storeValue(m_endEffectorData[endEffector], quantity, offset, value);
+}
+
+HxBoolean HxManipulatorDataStorage::setSpecificEndEffectorData(HxU32 endEffector, HxU32 quantity, HxU32 offset,
+                                                               const ValueVector& values) {
+  if (endEffector >= m_endEffectorData.size()) return false;
+  return storeValues(m_endEffectorData[endEffector], quantity, offset, values);
+}
+
+HxU32 HxManipulatorDataStorage::numValues() const {
+  HxU32 count = 0;
+  forEachValue([&count](double) { ++count; });
+  return count;
+}

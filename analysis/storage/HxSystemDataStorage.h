@@ -1,0 +1,121 @@
+#pragma once
+// HxSystemDataStorage: one captured sample of the whole simulated system (the sample record).
+
+#include <string>
+#include <vector>
+
+#include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/storage/HxManipulatorDataStorage.h"
+#include "analysis/xml/HxXmlVectorType.h"
+#include "framework/HxTypes.h"
+#include "framework/HxXmlBasicType.h"
+
+/// One captured sample of the whole system: the simulation time, the path-point index and one
+/// `HxManipulatorDataStorage` per captured manipulator (component kind 1).
+///
+/// Life of a record: `HxSystemDataCapture::allocateStorage` gives it its shape and element size
+/// once; then, per sample, the recorder stamps it (`setTime`, `setPathPointIndex`), the
+/// capture fills it through the specific setters (`storeData`), and every output writer reads
+/// it back flat, as reals (`getRealElements`) or as text (`getStringElements`).
+///
+/// Flat order: time, path-point index, then for each manipulator its values in the order of
+/// `HxManipulatorDataStorage::forEachValue`. The element size counts the two leading elements.
+///
+/// Text cache: several writers ask for the same sample's text, so the record turns its values
+/// into text at most once per sample. It keeps the texts in a cache that every setter (and
+/// `setTime`, `setPathPointIndex`, `setManipulatorDataVector`, `computeElementSize`,
+/// assignment, `read`) marks stale; the first `getStringElements` after a change refreshes the
+/// cache, and every call copies the cached texts into the caller's strings. Once warm, neither
+/// step allocates: the cache strings and the caller's strings keep capacity for the longest
+/// number text, and the caller's vector keeps its size. The cache is not part of the value
+/// (not copied, not compared, not serialised).
+///
+/// Not thread-safe: `getStringElements` is const but refreshes the cache.
+class HxSystemDataStorage : public HxBaseSystemDataComponent {
+ public:
+  using ManipulatorDataVector = HxXmlVectorType<HxManipulatorDataStorage>;
+  using ValueVector = HxManipulatorDataStorage::ValueVector;
+
+  /// No manipulators, time 0, path-point index 0, element size 0.
+  HxSystemDataStorage();
+  /// Copies everything but the text cache (the element size included).
+  HxSystemDataStorage(const HxSystemDataStorage& other);
+  HxSystemDataStorage& operator=(const HxSystemDataStorage& other);
+  ~HxSystemDataStorage() override;
+
+  /// Registers "manipulatorDataVector", "time" and "pathPointIndex", in this order.
+  void registerComponents() override;
+  /// The base read; marks the text cache stale. The element size is not recomputed.
+  HxBoolean read(HxXmlReader& reader) override;
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object of another class, else `operator==`.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  /// "generalStorage".
+  const HxToken& token() const override;
+  static const HxToken& classToken();
+  /// A new default record, for registration in `HxSystemDataVector`.
+  static HxXmlObject* creator();
+  static HxSystemDataStorage nullObject();
+
+  /// Compares the base, the manipulator data vector, time, path-point index and element size.
+  bool operator==(const HxSystemDataStorage& other) const;
+  bool operator!=(const HxSystemDataStorage& other) const { return !(*this == other); }
+
+  /// 1: a sample record.
+  unsigned int type() const override;
+  /// The sample as text, in flat order: the time and every value by `HxDOUBLE2STRING`, the
+  /// path-point index by `HxINT2STRING(index, 10)`. `elements` is resized to the element size
+  /// (time and index always included). See the class comment for the cache; no allocation once
+  /// warm.
+  void getStringElements(std::vector<std::string>& elements) const override;
+
+  virtual const ManipulatorDataVector& manipulatorDataVector() const;
+  /// Replaces the per-manipulator data (and so the shape); call `computeElementSize` after.
+  virtual void setManipulatorDataVector(const ManipulatorDataVector& data);
+
+  /// Forwards to manipulator `manipulator`'s storage; false (nothing stored, nothing printed)
+  /// for an index out of range or a run that does not fit.
+  virtual HxBoolean setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset, double value);
+  virtual HxBoolean setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset,
+                                                    const ValueVector& values);
+  virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
+                                             double value);
+  virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
+                                             const ValueVector& values);
+  virtual HxBoolean setSpecificEndEffectorData(HxU32 manipulator, HxU32 endEffector, HxU32 quantity, HxU32 offset,
+                                               double value);
+  virtual HxBoolean setSpecificEndEffectorData(HxU32 manipulator, HxU32 endEffector, HxU32 quantity, HxU32 offset,
+                                               const ValueVector& values);
+
+  /// Simulation time of the sample.
+  virtual double time() const;
+  virtual void setTime(const double& time);
+  /// Index of the path point being executed; 0 unless set.
+  virtual unsigned int pathPointIndex() const;
+  virtual void setPathPointIndex(unsigned int index);
+
+  /// Recomputes the element size from the current shape: 2 plus the number of values.
+  virtual void computeElementSize();
+  /// The element size, or the element size minus 2 when `excludeTimeAndIndex` is true (which
+  /// wraps below zero on a record whose size was never computed).
+  virtual HxU32 elementSize(bool excludeTimeAndIndex = false) const;
+  /// The sample as reals: `out` is resized to `elementSize(excludeTimeAndIndex)`; unless
+  /// excluded, element 0 is the time and element 1 the path-point index, and the values follow.
+  /// A record whose size was never computed yields an empty list instead of a wrapped size.
+  virtual void getRealElements(std::vector<double>& out, bool excludeTimeAndIndex) const;
+
+ private:
+  void invalidateText() { m_textValid = false; }
+  void refreshText() const;
+
+  ManipulatorDataVector m_manipulatorDataVector;
+  HxXmlBasicType<double> m_time;
+  HxXmlBasicType<unsigned int> m_pathPointIndex;
+  HxU32 m_elementSize = 0;
+
+  // Text of the current sample in flat order, valid while m_textValid (see class comment).
+  mutable std::vector<std::string> m_text;
+  mutable bool m_textValid = false;
+};
