@@ -1,0 +1,138 @@
+#include "analysis/writers/HxMrdOutputWriter.h"
+
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/xml/HxSimAnalysisTokens.h"
+#include "framework/HxNumberText.h"
+
+namespace {
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+
+/// The text of a value read back as a double, as strtod reads it in the C locale.
+double textToDouble(const std::string& text) {
+  double value = 0.0;
+  const char* begin = text.c_str();
+  const char* end = begin + text.size();
+  // from_chars is strtod's grammar in the C locale (without leading blanks or hex), and is
+  // independent of the process locale; anything it leaves is handed to strtod itself.
+  const std::from_chars_result result = std::from_chars(begin, end, value);
+  if (result.ec == std::errc() && result.ptr == end) return value;
+  return std::strtod(begin, nullptr);
+}
+
+/// Appends the float's IEEE-754 bytes, most significant first.
+void appendBigEndian(std::string& bytes, float value) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  const char b[4] = {static_cast<char>(bits >> 24), static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
+                     static_cast<char>(bits)};
+  bytes.append(b, 4);
+}
+}  // namespace
+
+const std::string HxMrdOutputWriter::m_theFormatDescriptor("MRD");
+const std::string HxMrdOutputWriter::m_theFileExtension(".mrd");
+
+HxMrdOutputWriter::HxMrdOutputWriter() = default;
+HxMrdOutputWriter::HxMrdOutputWriter(const HxMrdOutputWriter& other)
+    : HxBaseOutputWriter(other),
+      m_sampleCount(other.m_sampleCount),
+      m_channelCount(other.m_channelCount),
+      m_fourthHeaderValue(other.m_fourthHeaderValue) {}
+HxMrdOutputWriter& HxMrdOutputWriter::operator=(const HxMrdOutputWriter& other) {
+  HxBaseOutputWriter::operator=(other);
+  m_sampleCount = other.m_sampleCount;
+  m_channelCount = other.m_channelCount;
+  m_fourthHeaderValue = other.m_fourthHeaderValue;
+  return *this;
+}
+HxMrdOutputWriter::~HxMrdOutputWriter() = default;
+
+HxXmlObject* HxMrdOutputWriter::clone() const { return new HxMrdOutputWriter(*this); }
+HxXmlObject* HxMrdOutputWriter::newObject() const { return new HxMrdOutputWriter(); }
+HxBoolean HxMrdOutputWriter::equality(const HxXmlObject* other) const {
+  const auto* writer = dynamic_cast<const HxMrdOutputWriter*>(other);
+  return writer != nullptr && *this == *writer;
+}
+const HxToken& HxMrdOutputWriter::token() const { return classToken(); }
+const HxToken& HxMrdOutputWriter::classToken() { return HxSimAnalysis::HxMrdOutputWriterToken; }
+HxXmlObject* HxMrdOutputWriter::creator() { return new HxMrdOutputWriter(); }
+HxMrdOutputWriter HxMrdOutputWriter::nullObject() { return HxMrdOutputWriter(); }
+
+const std::string& HxMrdOutputWriter::formatDescriptor() const { return m_theFormatDescriptor; }
+const std::string& HxMrdOutputWriter::fileExtension() const { return m_theFileExtension; }
+
+void HxMrdOutputWriter::openFile(const std::string& fileName, std::ofstream& stream) {
+  openOutputFile(fileName, stream, true);
+}
+
+void HxMrdOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stream) {
+  char blankHeader[kHeaderTextWidth + 1];
+  std::memset(blankHeader, ' ', kHeaderTextWidth);
+  blankHeader[kHeaderTextWidth] = '\n';
+  stream.write(blankHeader, sizeof blankHeader);
+  m_sampleCount = 0;
+}
+
+void HxMrdOutputWriter::finalize(const HxSystemDataVector&, std::ostream& stream) {
+  // The header text, formatted as the stream's default formatting of the classic locale
+  // would: unsigned decimals and the float as a double with six significant digits ("1000").
+  const HxU32 total = m_sampleCount * m_channelCount;  // wraps in 32 bits, as the file format has it
+  char number[HxDoubleTextCapacity];
+  std::string header;
+  header.append(number, std::to_chars(number, number + sizeof number, total).ptr);
+  header += '\t';
+  header.append(number, std::to_chars(number, number + sizeof number, m_channelCount).ptr);
+  header += '\t';
+  header.append(number, std::to_chars(number, number + sizeof number, m_sampleCount).ptr);
+  header += '\t';
+  header.append(number, std::to_chars(number, number + sizeof number, static_cast<double>(m_fourthHeaderValue),
+                                      std::chars_format::general, 6)
+                            .ptr);
+  // At most three 10-digit counts, three tabs and a short real: within the 80 columns.
+  if (header.size() > kHeaderTextWidth) header.resize(kHeaderTextWidth);
+
+  // Overwrite the start of the blank header, then return to where the samples ended.
+  const std::ostream::pos_type position = stream.tellp();
+  stream.seekp(0);
+  stream.write(header.data(), static_cast<std::streamsize>(header.size()));
+  stream.seekp(position);
+}
+
+void HxMrdOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent&, std::ostream&) const {}
+void HxMrdOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream&) const {}
+
+void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const {
+  component.getStringElements(m_scratch);
+  const std::size_t n = m_scratch.size();
+  const unsigned int type = component.type();
+
+  m_bytes.clear();
+  if (type == 0) {
+    // Label line: each label with its blanks made "_", followed by "  -", separated by two
+    // blanks, and closed by three line ends.
+    m_channelCount = static_cast<HxU32>(n);
+    for (std::size_t i = 0; i < n; ++i) {
+      if (i != 0) m_bytes += "  ";
+      const std::size_t start = m_bytes.size();
+      m_bytes += m_scratch[i];
+      for (std::size_t k = start; k < m_bytes.size(); ++k) {
+        if (m_bytes[k] == ' ') m_bytes[k] = '_';
+      }
+      m_bytes += "  -";
+    }
+    m_bytes += "\n\n\n";
+  } else if (type == 1) {
+    if (m_bytes.capacity() < 4 * n) m_bytes.reserve(4 * n);
+    for (std::size_t i = 0; i < n; ++i) {
+      appendBigEndian(m_bytes, static_cast<float>(textToDouble(m_scratch[i])));
+    }
+  }
+  if (!m_bytes.empty()) stream.write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
+  if (type != 0) ++m_sampleCount;
+}
