@@ -25,7 +25,10 @@ const std::string kDefaultScene = std::string(HX_SOURCE_DIR) + "/examples/models
 // Two-link planar arm (hinges about y), no damping, friction, contacts or armature.
 const char* kPlanarArm = R"(
 <mujoco model="planar">
-  <option timestep="0.001" integrator="RK4" gravity="0 0 -9.81"/>
+  <compiler angle="radian"/>
+  <option timestep="0.001" integrator="RK4" gravity="0 0 -9.81">
+    <flag energy="enable"/>
+  </option>
   <size nuser_actuator="1"/>
   <default>
     <geom type="capsule" size="0.03" contype="0" conaffinity="0"/>
@@ -279,8 +282,8 @@ TEST_P(MujocoModeTest, MotionsAgreeWithFiniteDifferences) {
 }
 
 INSTANTIATE_TEST_SUITE_P(BothModes, MujocoModeTest, ::testing::Values(Mode::Dynamic, Mode::Kinematic),
-                         [](const ::testing::TestParamInfo<Mode>& info) {
-                           return info.param == Mode::Dynamic ? "Dynamic" : "Kinematic";
+                         [](const ::testing::TestParamInfo<Mode>& modeInfo) {
+                           return modeInfo.param == Mode::Dynamic ? "Dynamic" : "Kinematic";
                          });
 
 // Motor power is scale factor x joint velocity x torque / divisor, which is the electrical
@@ -412,10 +415,15 @@ TEST_F(MujocoTest, ForcesAtRestCarryTheArmsWeight) {
     for (HxU32 i = 0; i < 6; ++i) EXPECT_EQ(sim.manipulatorExternalForces()[0].forces()[j][i], 0.0);
     EXPECT_NEAR(sim.activeStates()[0].velocityState().jointVelocities()[j], 0.0, 1e-6);
   }
-  // Joint torques from the dynamics balance gravity, through the motors.
+  // At rest the joint torques are the gravity torques, and the motors supply them.
+  copyState(sim, ref.model, ref.data);
+  mj_forward(ref.model, ref.data);
   for (std::size_t j = 0; j < 6; ++j) {
-    EXPECT_NEAR(sim.individualSimulators()[0].jointTorques()[j], 0.0, 1e-6);
+    const double gravity = ref.data->qfrc_bias[j];
+    EXPECT_NEAR(sim.individualSimulators()[0].jointTorques()[j], gravity, 1e-3 * (1 + std::fabs(gravity)));
+    EXPECT_NEAR(sim.manipulatorTorques()[0].values()[j], gravity, 1e-3 * (1 + std::fabs(gravity)));
   }
+  EXPECT_GT(std::fabs(sim.individualSimulators()[0].jointTorques()[1]), 1.0);
 
   // Kinematic mode computes no forces.
   ASSERT_TRUE(sim.setMode(Mode::Kinematic));
