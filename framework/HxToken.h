@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// An XML element or attribute name, held as text and compared by its text.
 ///
@@ -22,6 +23,12 @@ class HxToken {
     text_ += text;
     return *this;
   }
+
+  /// Replaces the text (keeps the capacity of the held string: no allocation once it is
+  /// large enough).
+  void assign(std::string_view text) { text_.assign(text.data(), text.size()); }
+  /// Appends text (keeps the capacity of the held string, as `assign`).
+  void append(std::string_view text) { text_.append(text.data(), text.size()); }
 
   /// The full text of the token.
   const std::string& token() const { return text_; }

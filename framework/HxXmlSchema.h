@@ -3,6 +3,8 @@
 
 #include <ostream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "framework/HxToken.h"
 #include "framework/HxTypes.h"
@@ -39,6 +41,8 @@ class HxXmlSchema {
   void simpleElement(const HxToken& token, const std::string& xsdType, int minOccurs = 0, int maxOccurs = 1);
   /// Declares an attribute of an XSD built-in type.
   void attribute(const HxToken& token, const std::string& xsdType);
+  /// Declares an attribute whose simple type `content` describes (scalars only).
+  void attribute(const HxToken& token, const HxXmlObject& content);
   /// Simple content of an XSD built-in type, for scalars (writes an xs:simpleType).
   void simpleContent(const std::string& xsdType);
   /// Simple content restricted to the given names, for enumerations.
@@ -50,8 +54,18 @@ class HxXmlSchema {
 
  private:
   void indent();
-  void declareName(const HxToken& token);
+  void line(const std::string& text);
+  void writeAttributeValue(std::string_view text);
+  // Writes the opening of an element or attribute declaration for `token`; returns false when
+  // the token's namespace is a foreign one (a wildcard was written instead, or is due).
+  bool openElementDeclaration(const HxToken& token, int minOccurs, int maxOccurs, bool selfClosing,
+                              const std::string& typeAttribute);
+  void writeOccurs(int minOccurs, int maxOccurs);
   std::ostream& stream_;
   std::string targetNamespace_;
   int level_ = 0;
+  // Per open complex type: whether an attribute of a foreign namespace asks for a wildcard.
+  std::vector<char> foreignAttributes_;
+  // Per open choice or sequence: the foreign namespaces already admitted by a wildcard.
+  std::vector<std::vector<std::string>> wildcards_;
 };

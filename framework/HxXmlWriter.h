@@ -4,6 +4,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "framework/HxToken.h"
@@ -64,16 +65,33 @@ class HxXmlWriter {
   static void registerNamespacePrefix(const std::string& uri, const std::string& prefix);
 
  private:
+  // One namespace declaration in scope: declared on the element at `level` (1 = root).
+  struct NamespaceBinding {
+    std::string uri;
+    std::string prefix;
+    size_t level;
+  };
+
+  void beginOutput();
   void closeStartTag();
-  void writeName(const HxToken& token, bool declareIfNeeded);
-  void writeEscaped(std::string_view text, bool inAttribute);
+  void closePendingAttribute();
+  // Writes the prefixed name of `token` into `out`, declaring its namespace on the open start
+  // tag when it is not in scope yet.
+  void qualifiedName(const HxToken& token, std::string& out);
+  const std::string* prefixInScope(std::string_view uri) const;
+  void declareNamespace(std::string_view uri, std::string_view prefix);
+  void writeEscaped(std::string_view text, bool inAttribute, bool quoteEscapes = false);
   void newLineIndent(size_t level);
+  void put(const char* text, size_t size);
+  void put(std::string_view text) { put(text.data(), text.size()); }
+  void put(char c) { put(&c, 1); }
 
   std::string name_;
   std::ostream& stream_;
   bool declarationWritten_ = false;
   bool startTagOpen_ = false;
   bool attributePending_ = false;
+  bool attributeDropped_ = false;
   bool dataMode_ = false;
   bool firstScalar_ = true;
   // Element stack: names are reused between elements so that steady-state writing does not
@@ -82,4 +100,12 @@ class HxXmlWriter {
   std::vector<char> hasChildren_;
   std::vector<char> hasText_;
   size_t open_ = 0;
+  // Namespaces in scope (entries and their strings are reused), the registered ones copied at
+  // construction, and the counter behind generated prefixes ("ns1", "ns2", ...).
+  std::vector<NamespaceBinding> bindings_;
+  size_t bindingCount_ = 0;
+  std::vector<std::pair<std::string, std::string>> registered_;
+  std::vector<std::pair<std::string, std::string>> assigned_;  // every prefix given so far
+  unsigned generatedPrefixes_ = 0;
+  std::string scratch_;
 };
