@@ -1,0 +1,221 @@
+// The Cartesian quantities: base placement, velocity and acceleration, centre of mass, and end
+// effector placement, velocity and acceleration, on both paths, with their index checks and
+// the working state they carry between samples.
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "analysis/types/HxCartesianDataCaptureTypes.h"
+#include "simulation/HxScriptedSimulation.h"
+
+namespace {
+
+std::vector<double> values(const HxDataCaptureType& type) {
+  std::vector<double> result;
+  for (HxU32 i = 0; i < type.data().size(); ++i) result.push_back(type.data()[i].value());
+  return result;
+}
+
+std::vector<double> zeros(HxU32 n) { return std::vector<double>(n, 0.0); }
+
+const HxCoordSystemXform kActiveBase(HxVector(1, 2, 3), HxOrientation(0.5, 0.5, 0.5, 0.5));
+const HxCoordSystemXform kSystemBase(HxVector(4, 5, 6), HxOrientation(0.0, 1.0, 0.0, 0.0));
+
+// The base placement comes from the active state with dynamics, from the system state
+// without; an absent system state or a manipulator past the last gives seven zeros.
+TEST(HxCartesianDataCaptureTypes, BasePositionReadsActiveOrSystemState) {
+  HxScriptedSimulation sim(2, 2, 1);
+  sim.activeState(1).mutablePositionState().setCoordSystemXform(kActiveBase);
+  sim.systemPositionState(1).setCoordSystemXform(kSystemBase);
+  HxBasePositionDataCaptureType position;
+
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(position.captureData(sim, 1, 99));
+  EXPECT_EQ(values(position), (std::vector<double>{1, 2, 3, 0.5, 0.5, 0.5, 0.5}));
+  EXPECT_FALSE(position.captureData(sim, 2, 0));
+  EXPECT_EQ(values(position), zeros(7));
+
+  sim.setDynamicsEnabled(false);
+  EXPECT_TRUE(position.captureData(sim, 1, 0));
+  EXPECT_EQ(values(position), (std::vector<double>{4, 5, 6, 0, 1, 0, 0}));
+  EXPECT_FALSE(position.captureData(sim, 2, 0));
+  EXPECT_EQ(values(position), zeros(7));
+  sim.setSystemStatePresent(false);
+  EXPECT_FALSE(position.captureData(sim, 1, 0));
+  EXPECT_EQ(values(position), zeros(7));
+}
+
+// The base velocity follows the same two paths with the velocity states.
+TEST(HxCartesianDataCaptureTypes, BaseVelocityReadsActiveOrSystemState) {
+  HxScriptedSimulation sim(2, 2, 1);
+  sim.activeState(1).mutableVelocityState().setBaseVelocity(HxGeneralMotion(1, 2, 3, 4, 5, 6));
+  sim.systemVelocityState(1).setBaseVelocity(HxGeneralMotion(6, 5, 4, 3, 2, 1));
+  HxBaseVelocityDataCaptureType velocity;
+
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 3, 4, 5, 6}));
+  sim.mutableActiveStates().resize(1);
+  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(velocity), zeros(6));
+
+  sim.setDynamicsEnabled(false);
+  EXPECT_TRUE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(velocity), (std::vector<double>{6, 5, 4, 3, 2, 1}));
+  sim.setSystemStatePresent(false);
+  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(velocity), zeros(6));
+}
+
+// The base acceleration exists only with dynamics.
+TEST(HxCartesianDataCaptureTypes, BaseAccelerationNeedsDynamics) {
+  HxScriptedSimulation sim(2, 2, 1);
+  sim.individualSimulator(1).setBaseAcceleration(HxGeneralMotion(1, 2, 3, 4, 5, 6));
+  HxBaseAccelerationDataCaptureType acceleration;
+
+  EXPECT_FALSE(acceleration.captureData(sim, 1, 0));
+  EXPECT_EQ(values(acceleration), zeros(6));
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(acceleration.captureData(sim, 1, 0));
+  EXPECT_EQ(values(acceleration), (std::vector<double>{1, 2, 3, 4, 5, 6}));
+  EXPECT_FALSE(acceleration.captureData(sim, 2, 0));
+  EXPECT_EQ(values(acceleration), zeros(6));
+}
+
+// The centre of mass is asked for the dynamic simulator's own active state, or for a state
+// holding only the system position state; both the simulators and the manipulators bound m.
+TEST(HxCartesianDataCaptureTypes, CenterOfMassEvaluatesTheRightState) {
+  HxScriptedSimulation sim(2, 2, 1);
+  // The answer tells which state was passed: X the first joint position, Y the number of
+  // joint velocities, Z the first joint velocity when there is one.
+  sim.kinematics(1).setCenterOfMassFunction([](const HxManipulatorActiveState& state) {
+    const std::vector<double>& velocities = state.velocityState().jointVelocities();
+    return HxVector(state.positionState().jointPositions()[0], static_cast<double>(velocities.size()),
+                    velocities.empty() ? -1.0 : velocities[0]);
+  });
+  sim.individualSimulator(1).mutableActiveState() = HxManipulatorActiveState(2);
+  sim.individualSimulator(1).mutableActiveState().mutablePositionState().setJointPositions({0.25, 0});
+  sim.individualSimulator(1).mutableActiveState().mutableVelocityState().setJointVelocities({0.75, 0});
+  sim.activeState(1).mutablePositionState().setJointPositions({9, 9});
+  sim.systemPositionState(1).setJointPositions({0.5, 0});
+  sim.systemVelocityState(1).setJointVelocities({8, 8});
+  HxCenterOfMassDataCaptureType centerOfMass;
+
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(centerOfMass.captureData(sim, 1, 0));
+  EXPECT_EQ(values(centerOfMass), (std::vector<double>{0.25, 2, 0.75}));
+
+  sim.setDynamicsEnabled(false);
+  EXPECT_TRUE(centerOfMass.captureData(sim, 1, 0));
+  EXPECT_EQ(values(centerOfMass), (std::vector<double>{0.5, 0, -1}));
+  sim.setSystemStatePresent(false);
+  EXPECT_FALSE(centerOfMass.captureData(sim, 1, 0));
+  EXPECT_EQ(values(centerOfMass), zeros(3));
+  sim.setSystemStatePresent(true);
+
+  // Fewer manipulators than states: refused on both paths.
+  sim.mutableManipulators().resize(1);
+  EXPECT_FALSE(centerOfMass.captureData(sim, 1, 0));
+  sim.setDynamicsEnabled(true);
+  EXPECT_FALSE(centerOfMass.captureData(sim, 1, 0));
+  EXPECT_EQ(values(centerOfMass), zeros(3));
+}
+
+// The end-effector placement is computed for the active state with dynamics and resolved from
+// the held placements without; an end effector past the last gives seven zeros; a sample
+// without a state entry for the manipulator computes on the previous working state.
+TEST(HxCartesianDataCaptureTypes, EndEffectorPlacementOnBothPaths) {
+  HxScriptedSimulation sim(1, 1, 2);
+  // X of the computed placement is the first joint position of the state passed.
+  sim.kinematics(0).setPlacementFunction([](HxU32 e, const HxManipulatorActiveState& state) {
+    return HxEndEffectorPlacement(HxVector(state.positionState().jointPositions()[0], e, 0),
+                                  HxOrientation(0, 0, 0, 1));
+  });
+  sim.activeState(0).mutablePositionState().setJointPositions({0.3});
+  sim.setHeldPlacement(0, 1, HxEndEffectorPlacement(HxVector(7, 8, 9), HxOrientation(0, 1, 0, 0)));
+  HxEndEffectorPlacementDataCaptureType placement;
+
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(placement.captureData(sim, 0, 1));
+  EXPECT_EQ(values(placement), (std::vector<double>{0.3, 1, 0, 0, 0, 0, 1}));
+  EXPECT_FALSE(placement.captureData(sim, 0, 2));
+  EXPECT_EQ(values(placement), zeros(7));
+  EXPECT_FALSE(placement.captureData(sim, 1, 0));
+  EXPECT_EQ(values(placement), zeros(7));
+
+  // No active state for the manipulator: the working state of the last sample is used.
+  sim.mutableActiveStates().clear();
+  EXPECT_TRUE(placement.captureData(sim, 0, 0));
+  EXPECT_EQ(values(placement), (std::vector<double>{0.3, 0, 0, 0, 0, 0, 1}));
+
+  sim.setDynamicsEnabled(false);
+  EXPECT_TRUE(placement.captureData(sim, 0, 1));
+  EXPECT_EQ(values(placement), (std::vector<double>{7, 8, 9, 0, 1, 0, 0}));
+  sim.mutableEndEffectorPlacements().clear();
+  EXPECT_FALSE(placement.captureData(sim, 0, 1));
+  EXPECT_EQ(values(placement), zeros(7));
+}
+
+// The end-effector velocity is the end effector's answer for the working state; without
+// dynamics the position and the velocity state are refreshed each on its own.
+TEST(HxCartesianDataCaptureTypes, EndEffectorVelocityUsesTheWorkingState) {
+  HxScriptedSimulation sim(1, 1, 2);
+  // Linear X: first joint position; linear Y: first joint velocity; angular Z: the index.
+  sim.kinematics(0).setVelocityFunction([](HxU32 e, const HxManipulatorActiveState& state) {
+    return HxGeneralMotion(state.positionState().jointPositions()[0], state.velocityState().jointVelocities()[0],
+                           0, 0, 0, e);
+  });
+  sim.activeState(0).mutablePositionState().setJointPositions({1});
+  sim.activeState(0).mutableVelocityState().setJointVelocities({2});
+  sim.systemPositionState(0).setJointPositions({3});
+  sim.systemVelocityState(0).setJointVelocities({4});
+  HxEndEffectorVelocityDataCaptureType velocity;
+
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
+  EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 0, 0, 0, 1}));
+  EXPECT_FALSE(velocity.captureData(sim, 0, 2));
+  EXPECT_EQ(values(velocity), zeros(6));
+
+  sim.setDynamicsEnabled(false);
+  EXPECT_TRUE(velocity.captureData(sim, 0, 0));
+  EXPECT_EQ(values(velocity), (std::vector<double>{3, 4, 0, 0, 0, 0}));
+
+  // Only the position entry is there: the velocity of the last sample stays.
+  sim.systemPositionState(0).setJointPositions({5});
+  sim.mutableSystemVelocityStates().clear();
+  EXPECT_TRUE(velocity.captureData(sim, 0, 0));
+  EXPECT_EQ(values(velocity), (std::vector<double>{5, 4, 0, 0, 0, 0}));
+
+  // No system state at all: the working state stays as it was.
+  sim.systemPositionState(0).setJointPositions({6});
+  sim.setSystemStatePresent(false);
+  EXPECT_TRUE(velocity.captureData(sim, 0, 0));
+  EXPECT_EQ(values(velocity), (std::vector<double>{5, 4, 0, 0, 0, 0}));
+
+  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(velocity), zeros(6));
+}
+
+// The end-effector acceleration exists only with dynamics and is asked for the active state.
+TEST(HxCartesianDataCaptureTypes, EndEffectorAccelerationNeedsDynamics) {
+  HxScriptedSimulation sim(1, 1, 2);
+  sim.kinematics(0).setAccelerationFunction([](HxU32 e, const HxManipulatorActiveState& state) {
+    return HxGeneralMotion(state.accelerationState().jointAccelerations()[0], 0, 0, 0, 0, e);
+  });
+  sim.activeState(0).mutableAccelerationState().setJointAccelerations({2.5});
+  HxEndEffectorAccelerationDataCaptureType acceleration;
+
+  EXPECT_FALSE(acceleration.captureData(sim, 0, 1));
+  EXPECT_EQ(values(acceleration), zeros(6));
+  sim.setDynamicsEnabled(true);
+  EXPECT_TRUE(acceleration.captureData(sim, 0, 1));
+  EXPECT_EQ(values(acceleration), (std::vector<double>{2.5, 0, 0, 0, 0, 1}));
+  EXPECT_FALSE(acceleration.captureData(sim, 0, 2));
+  EXPECT_EQ(values(acceleration), zeros(6));
+  EXPECT_FALSE(acceleration.captureData(sim, 1, 0));
+  EXPECT_EQ(values(acceleration), zeros(6));
+}
+
+}  // namespace
