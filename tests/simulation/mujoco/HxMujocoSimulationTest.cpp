@@ -377,6 +377,8 @@ TEST_P(MujocoModeTest, DefaultSceneReachesEveryPathPoint) {
     for (HxU32 k = 0; k < 2; ++k) {
       if (visited[k].empty() || visited[k].back() != sim.pathPointIndex(k)) visited[k].push_back(sim.pathPointIndex(k));
       EXPECT_FALSE(sim.propagationResults()[k].collisionOccurred()) << "t = " << sim.time();
+      EXPECT_FALSE(sim.propagationResults()[k].hitJointLimit()) << "t = " << sim.time();
+      EXPECT_FALSE(sim.propagationResults()[k].hitSingularity()) << "t = " << sim.time();
     }
   }
   ASSERT_TRUE(sim.allPathsCompleted()) << "t = " << sim.time();
@@ -488,6 +490,8 @@ TEST_P(MujocoModeTest, StepsDoNotAllocate) {
   ASSERT_TRUE(sim.step());
   HxAllocationCounter counter;
   for (int step = 0; step < 500; ++step) sim.step();
+  sim.reset();
+  sim.step();
   EXPECT_EQ(counter.allocations(), 0u);
 
   // The kinematics queries for a given state do not allocate either.
