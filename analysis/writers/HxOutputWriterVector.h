@@ -1,0 +1,42 @@
+#pragma once
+// HxOutputWriterVector: the set of output writers a recorder uses.
+
+#include "analysis/writers/HxBaseOutputWriter.h"
+#include "analysis/xml/HxXmlVariableVectorType.h"
+
+/// An owning, serialisable list of output writers, read back by element name:
+///
+///     <sm:outputWriterVector count="2">
+///       <sm:textOutputWriter/>
+///       <sm:mrdOutputWriter/>
+///     </sm:outputWriterVector>
+///
+/// The recorder handles the writers' files in the order of this list.
+class HxOutputWriterVector : public HxXmlVariableVectorType<HxBaseOutputWriter> {
+ public:
+  HxOutputWriterVector();
+  HxOutputWriterVector(const HxOutputWriterVector& other);
+  HxOutputWriterVector& operator=(const HxOutputWriterVector& other);
+  ~HxOutputWriterVector() override;
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object of another class, else `operator==`.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  /// "outputWriterVector".
+  const HxToken& token() const override;
+  static const HxToken& classToken();
+  static HxOutputWriterVector nullObject();
+
+  /// Registers the five writers under their tokens, in this order: Mathematica, MATLAB, MRD,
+  /// text, XML.
+  void registerComponentCreators() override;
+
+  /// True when some writer's token equals `token` (the first match ends the scan); false for
+  /// an empty list.
+  HxBoolean isWriterIncluded(const HxToken& token) const;
+
+  bool operator==(const HxOutputWriterVector& other) const {
+    return HxXmlVariableVectorType<HxBaseOutputWriter>::operator==(other);
+  }
+};

@@ -1,0 +1,82 @@
+#pragma once
+// HxXmlOutputWriter: the recording as one streamed XML document.
+
+#include <ostream>
+#include <string>
+
+#include "analysis/capture/HxSystemDataVector.h"
+#include "analysis/writers/HxBaseOutputWriter.h"
+
+class HxXmlWriter;
+
+/// Writes the recording as one XML document (".xml"), streamed element by element through the
+/// polymorphic vector's streaming operations: a root element named by the framework's default
+/// token with a count attribute of 0 (deliberately: the count is that of an always-empty
+/// vector, not the number of samples), the capture configuration as one "generalCapture"
+/// element, one "generalStorage" element per sample, and the root's end tag written by
+/// `finalize`. A recording never finished leaves the document unclosed.
+///
+/// The `HxXmlWriter` writes through a stream of this writer's own that shares the caller's
+/// stream buffer. Before an XML writer is discarded (a second `initialize`, or the destructor)
+/// that stream is detached, so discarding it neither writes a footer nor touches the caller's
+/// stream, which the recorder may already have destroyed.
+class HxXmlOutputWriter : public HxBaseOutputWriter {
+ public:
+  HxXmlOutputWriter();
+  /// Copies the base; the copy holds no XML writer.
+  HxXmlOutputWriter(const HxXmlOutputWriter& other);
+  /// Assigns the base; the target keeps its own XML writer.
+  HxXmlOutputWriter& operator=(const HxXmlOutputWriter& other);
+  /// Releases a held XML writer without writing its footer or touching the stream.
+  ~HxXmlOutputWriter() override;
+
+  HxXmlObject* clone() const override;
+  HxXmlObject* newObject() const override;
+  /// False for null or for an object of another class, else `operator==`.
+  HxBoolean equality(const HxXmlObject* other) const override;
+  const HxToken& token() const override;
+  /// "xmlOutputWriter".
+  static const HxToken& classToken();
+  /// A new default writer, for registration in `HxOutputWriterVector`.
+  static HxXmlObject* creator();
+  static HxXmlOutputWriter nullObject();
+  /// Compares the framework base only: all XML writers are equal.
+  bool operator==(const HxXmlOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }
+
+  /// "XML".
+  const std::string& formatDescriptor() const override;
+  /// ".xml".
+  const std::string& fileExtension() const override;
+  /// Text mode; see `HxBaseOutputWriter::openFile`.
+  void openFile(const std::string& fileName, std::ofstream& stream) override;
+  /// Discards a held XML writer (without its footer), then starts the document: a new XML
+  /// writer named "capturedDataStream", the root element and its count attribute. A stream
+  /// already failed or bad gets nothing and leaves no XML writer held.
+  void initialize(const HxSystemDataVector& data, std::ostream& stream) override;
+  /// Ends the root element and releases the XML writer. Nothing without an XML writer.
+  void finalize(const HxSystemDataVector& data, std::ostream& stream) override;
+  /// Writes nothing.
+  void writeComponentOpening(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
+  /// Writes the component as one complete element under its own token. Nothing without an
+  /// XML writer.
+  void writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
+  /// Writes nothing.
+  void writeComponentClosing(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
+
+  /// Whether a document is open (an XML writer is held).
+  bool documentOpen() const { return m_xmlWriter != nullptr; }
+
+ private:
+  /// Detaches the writer's stream from the caller's buffer and deletes a held XML writer.
+  void discardXmlWriter();
+
+  static const std::string m_theFormatDescriptor;
+  static const std::string m_theFileExtension;
+
+  HxXmlWriter* m_xmlWriter = nullptr;
+  // Always empty: only its stream header and footer are written.
+  HxSystemDataVector m_emptyVector;
+  // The stream the XML writer writes to; it shares the caller's stream buffer while a
+  // document is open and has none otherwise.
+  std::ostream m_documentStream{nullptr};
+};

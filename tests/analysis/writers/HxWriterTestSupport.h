@@ -1,0 +1,61 @@
+#pragma once
+// Helpers shared by the writer tests: a component with chosen strings, and the recorder's
+// calling order replayed on a stream.
+
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/capture/HxSystemDataVector.h"
+#include "analysis/writers/HxBaseOutputWriter.h"
+
+namespace HxWriterTest {
+
+/// A system data component of a chosen kind whose string elements are given.
+class FakeComponent : public HxBaseSystemDataComponent {
+ public:
+  FakeComponent(unsigned int kind, std::vector<std::string> strings) : kind_(kind), strings_(std::move(strings)) {}
+
+  unsigned int type() const override { return kind_; }
+  void getStringElements(std::vector<std::string>& elements) const override { elements = strings_; }
+
+  HxXmlObject* clone() const override { return new FakeComponent(*this); }
+  HxXmlObject* newObject() const override { return new FakeComponent(kind_, {}); }
+  HxBoolean equality(const HxXmlObject* other) const override { return other == this; }
+  const HxToken& token() const override {
+    static const HxToken name("fakeComponent");
+    return name;
+  }
+
+  std::vector<std::string>& strings() { return strings_; }
+
+ private:
+  unsigned int kind_;
+  std::vector<std::string> strings_;
+};
+
+/// Labels (kind 0) and samples (kind 1).
+inline FakeComponent labels(std::vector<std::string> strings) { return FakeComponent(0, std::move(strings)); }
+inline FakeComponent sample(std::vector<std::string> strings) { return FakeComponent(1, std::move(strings)); }
+
+/// Replays what the recorder does for one file: header, label block, data block with the
+/// samples, and, when `finish` is true, the closing of the data block and the trailer.
+inline void record(HxBaseOutputWriter& writer, std::ostream& stream, const FakeComponent& labelComponent,
+                   const std::vector<FakeComponent>& samples, bool finish = true) {
+  const HxSystemDataVector data;
+  const FakeComponent dataBlock(1, {});
+  writer.initialize(data, stream);
+  writer.writeComponentOpening(labelComponent, stream);
+  writer.writeDataComponent(labelComponent, stream);
+  writer.writeComponentClosing(labelComponent, stream);
+  writer.writeComponentOpening(dataBlock, stream);
+  for (const FakeComponent& s : samples) writer.writeDataComponent(s, stream);
+  if (finish) {
+    writer.writeComponentClosing(dataBlock, stream);
+    writer.finalize(data, stream);
+  }
+}
+
+}  // namespace HxWriterTest
