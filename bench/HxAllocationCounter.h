@@ -82,7 +82,10 @@ private:
 };
 
 #ifndef HX_ALLOCATION_COUNTER_NO_OPERATORS
-// Replacement global allocation functions: defined here, once per executable.
+// Replacement global allocation functions: defined here, once per executable. They pair
+// malloc/posix_memalign with free on purpose, which GCC flags once it inlines them.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 void* operator new(std::size_t size) {
     if (void* p = HxAllocationCounterDetail::allocate(size)) return p;
     throw std::bad_alloc();
@@ -123,6 +126,7 @@ void operator delete(void* p, std::size_t, std::align_val_t) noexcept { std::fre
 void operator delete[](void* p, std::size_t, std::align_val_t) noexcept { std::free(p); }
 void operator delete(void* p, std::align_val_t, const std::nothrow_t&) noexcept { std::free(p); }
 void operator delete[](void* p, std::align_val_t, const std::nothrow_t&) noexcept { std::free(p); }
+#pragma GCC diagnostic pop
 #endif  // HX_ALLOCATION_COUNTER_NO_OPERATORS
 
 #endif  // HX_ALLOCATION_COUNTER_H
