@@ -1,0 +1,1 @@
+// Write -> read -> compare over every example configuration file (filled in next).
