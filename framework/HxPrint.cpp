@@ -1,6 +1,7 @@
 #include "framework/HxPrint.h"
 
 #include <cstdio>
+#include <locale>
 #include <utility>
 
 namespace Hx {
@@ -55,6 +56,8 @@ void Print::deliver(PrintType type, const std::string& context, const std::strin
 PrintMessage::PrintMessage(Print& printer, Print::PrintType type, const char* context)
     : std::ostream(nullptr), printer_(printer), type_(type), context_(context ? context : "") {
   rdbuf(&buffer_);
+  // Numbers in messages read the same whatever the program's locale.
+  imbue(std::locale::classic());
 }
 
 PrintMessage::~PrintMessage() { printer_.deliver(type_, context_, buffer_.str()); }

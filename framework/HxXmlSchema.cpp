@@ -30,13 +30,9 @@ void HxXmlSchema::writeAttributeValue(std::string_view text) {
 }
 
 void HxXmlSchema::writeOccurs(int minOccurs, int maxOccurs) {
-  stream_ << " minOccurs=\"" << (minOccurs < 0 ? 0 : minOccurs) << "\" maxOccurs=\"";
-  if (maxOccurs < 0) {
-    stream_ << "unbounded";
-  } else {
-    stream_ << maxOccurs;
-  }
-  stream_ << '"';
+  // std::to_string: no digit grouping, whatever the stream's locale.
+  stream_ << " minOccurs=\"" << std::to_string(minOccurs < 0 ? 0 : minOccurs) << "\" maxOccurs=\""
+          << (maxOccurs < 0 ? std::string("unbounded") : std::to_string(maxOccurs)) << '"';
 }
 
 HxBoolean HxXmlSchema::writeDocument(const HxXmlObject& root, const HxToken& rootToken) {

@@ -1,0 +1,60 @@
+// The visitor walks compounds in registration order (attributes first), fills the description
+// list, and obeys the entry hook and the depth gate.
+#include "framework/HxXmlObjectVisitor.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/framework/HxFrameworkTestTypes.h"
+
+namespace {
+
+using HxFrameworkTest::Sample;
+
+class Recorder : public HxXmlObjectVisitor {
+ public:
+  std::vector<std::string> entered;  // "depth:local name"
+  std::vector<std::string> exited;
+  bool descendIntoInner = true;
+
+  HxBoolean enter(const HxXmlObject* object) override {
+    const std::string& token = descriptions().at(1);
+    entered.push_back(std::to_string(depth()) + ":" + token.substr(token.rfind('#') + 1));
+    EXPECT_EQ(currentObject(), object);
+    return descendIntoInner || object->token() != HxFrameworkTest::Inner::classToken();
+  }
+  void exit(const HxXmlObject* object) override { exited.push_back(object->token().token()); }
+};
+
+TEST(HxXmlObjectVisitor, WalksCompoundsInRegistrationOrder) {
+  Sample sample;
+  Recorder recorder;
+  recorder.setCurrentToken(Sample::classToken());
+  sample.accept(&recorder);
+  EXPECT_EQ(recorder.entered, (std::vector<std::string>{"0:sample", "1:id", "1:scale", "1:unit", "1:name", "1:time",
+                                                        "1:count", "1:enabled", "1:mode", "1:inner", "2:gain",
+                                                        "2:label", "1:version"}));
+  EXPECT_EQ(recorder.exited.size(), recorder.entered.size());
+  EXPECT_EQ(recorder.exited.back(), Sample::classToken().token());  // exit after the children
+  EXPECT_EQ(recorder.depth(), 0);
+  // The description list of the last object: its type name and its token.
+  ASSERT_EQ(recorder.descriptions().size(), 2u);
+  EXPECT_NE(recorder.descriptions()[0].find("HxXmlBasicType"), std::string::npos);
+}
+
+TEST(HxXmlObjectVisitor, EntryHookAndDepthGateStopTheDescent) {
+  Sample sample;
+  Recorder noInner;
+  noInner.descendIntoInner = false;
+  sample.accept(&noInner);
+  EXPECT_EQ(noInner.entered.size(), 11u);  // gain and label not visited
+
+  Recorder shallow;
+  shallow.setMaxDepth(0);
+  sample.accept(&shallow);
+  EXPECT_EQ(shallow.entered, (std::vector<std::string>{"0:"}));
+}
+
+}  // namespace
