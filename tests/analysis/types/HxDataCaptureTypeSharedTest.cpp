@@ -279,15 +279,4 @@ TEST_P(HxDataCaptureTypeShared, DoesNotAllocateAfterTheFirstCapture) {
 INSTANTIATE_TEST_SUITE_P(AllTypes, HxDataCaptureTypeShared, ::testing::ValuesIn(allTypes()),
                          [](const ::testing::TestParamInfo<TypeRow>& row) { return std::string(row.param.name); });
 
-// The 21 classes have 21 distinct tokens.
-TEST(HxDataCaptureTypeTable, TokensAreDistinct) {
-  const std::vector<TypeRow> rows = allTypes();
-  ASSERT_EQ(rows.size(), 21u);
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (std::size_t j = i + 1; j < rows.size(); ++j) {
-      EXPECT_NE(rows[i].classToken(), rows[j].classToken()) << rows[i].name << " " << rows[j].name;
-    }
-  }
-}
-
 }  // namespace

@@ -218,9 +218,8 @@ TEST(HxDataCaptureTypeVector, FindsTheFirstElementWithAToken) {
   EXPECT_EQ(index, 99u);
 }
 
-// Copies and clones are deep and compare equal; a different element, a null or a foreign
-// object does not.
-TEST(HxDataCaptureTypeVector, CopiesAndCompares) {
+// A clone is deep and compares equal; a null or foreign object does not.
+TEST(HxDataCaptureTypeVector, ClonesAndCompares) {
   HxDataCaptureTypeVector vector;
   vector.pushBack(HxJointPositionDataCaptureType());
   vector.pushBack(HxReachTargetDataCaptureType());
@@ -228,21 +227,9 @@ TEST(HxDataCaptureTypeVector, CopiesAndCompares) {
   std::unique_ptr<HxXmlObject> clone(vector.clone());
   EXPECT_TRUE(vector.equality(clone.get()));
   EXPECT_EQ(clone->token(), HxSimAnalysis::HxDataCaptureTypeVectorToken);
-  HxDataCaptureTypeVector copy(vector);
-  EXPECT_NE(&copy[0], &vector[0]);
-  EXPECT_TRUE(copy == vector);
-
-  HxReachTargetDataCaptureType tighter;
-  tighter.setTranslationTolerance(0.0001);
-  copy.exchange(1, tighter);
-  EXPECT_FALSE(copy == vector);
-  copy = vector;
-  EXPECT_TRUE(copy == vector);
-
+  EXPECT_NE(&dynamic_cast<HxDataCaptureTypeVector&>(*clone)[1], &vector[1]);
   EXPECT_FALSE(vector.equality(nullptr));
   EXPECT_FALSE(vector.equality(&vector[0]));
-  std::unique_ptr<HxXmlObject> fresh(vector.newObject());
-  EXPECT_TRUE(HxDataCaptureTypeVector::nullObject().equality(fresh.get()));
   EXPECT_EQ(HxDataCaptureTypeVector::nullObject().size(), 0u);
 }
 
