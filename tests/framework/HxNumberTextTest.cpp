@@ -190,6 +190,7 @@ TEST(HxNumberText, IndependentOfTheLocale) {
   }
 
   std::locale::global(previousGlobal);
+  unsetenv("LOCPATH");
   std::setlocale(LC_ALL, "C");
   EXPECT_TRUE(commaActive) << "the locale was set but does not use a decimal comma";
 }
