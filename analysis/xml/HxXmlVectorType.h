@@ -449,3 +449,11 @@ void HxXmlObjectVisitor::visit(const HxXmlVectorType<ElementType>* vector) {
   }
   exit(vector);
 }
+
+// The scalar and nested-scalar vectors used throughout the toolkit are compiled once, in the
+// library (HxXmlVectorType.cpp).
+extern template class HxXmlVectorType<HxXmlBasicType<std::string>>;
+extern template class HxXmlVectorType<HxXmlBasicType<double>>;
+extern template class HxXmlVectorType<HxXmlBasicType<unsigned int>>;
+extern template class HxXmlVectorType<HxXmlBasicType<bool>>;
+extern template class HxXmlVectorType<HxXmlVectorType<HxXmlBasicType<double>>>;

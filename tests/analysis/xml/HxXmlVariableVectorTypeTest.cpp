@@ -186,6 +186,14 @@ TEST(HxXmlVariableVectorType, LibraryListAndCountOrder) {
   EXPECT_TRUE(read == vector);
   EXPECT_EQ(read.addLibraries(), std::vector<std::string>{"libHxShapes"});
   EXPECT_TRUE(capture.records().empty()) << capture.text();
+
+  // A library that is not present is reported by the check, and the list still reads.
+  EXPECT_TRUE(readFromString(read, "<shapes count=\"1\"><addLibraries count=\"1\"><group>\"libHxMissing\"</group>"
+                                   "</addLibraries><circle/></shapes>"));
+  EXPECT_EQ(read.addLibraries(), std::vector<std::string>{"libHxMissing"});
+  EXPECT_EQ(read.size(), 1u);
+  ASSERT_EQ(capture.records().size(), 1u);
+  EXPECT_NE(capture.records()[0].text.find("libHxMissing"), std::string::npos);
 }
 
 // An unregistered token (or a creator that makes no shape) fails the read with the quoted
