@@ -21,6 +21,12 @@ const char* const kLabelSeparator = "  -  ";
 
 std::string quoted(const std::string& text) { return "\"" + text + "\""; }
 
+/// "the last label has no column" or "the last N labels have no column".
+std::string columnlessLabels(std::size_t count) {
+  return count == 1 ? std::string("the last label has no column")
+                    : "the last " + std::to_string(count) + " labels have no column";
+}
+
 /// Parses a non-blank header; false when it is not four tab-separated fields.
 bool parseHeader(const std::string& text, HxMrdHeader& header) {
   std::vector<std::string> fields;
@@ -192,8 +198,7 @@ HxBoolean hxParseMrd(const std::string& bytes, const HxMrdLoadOptions& options, 
     file.warnings.push_back("header gives " + std::to_string(header.channels) + " channels but each of the " +
                             std::to_string(header.samples) + " samples holds " + std::to_string(valuesPerSample) +
                             " values; " +
-                            (valuesPerSample < labels ? "the last " + std::to_string(labels - valuesPerSample) +
-                                                            " labels have no column (columns disabled)"
+                            (valuesPerSample < labels ? columnlessLabels(labels - valuesPerSample) + " (columns disabled)"
                                                       : std::string("the extra columns have no label")));
   } else {
     if (header.blank) {
@@ -207,8 +212,7 @@ HxBoolean hxParseMrd(const std::string& bytes, const HxMrdLoadOptions& options, 
     if (valuesPerSample == 0) return false;
     if (valuesPerSample < labels) {
       file.warnings.push_back("each sample holds " + std::to_string(valuesPerSample) + " values for " +
-                              std::to_string(labels) + " labels; the last " +
-                              std::to_string(labels - valuesPerSample) + " labels have no column");
+                              std::to_string(labels) + " labels; " + columnlessLabels(labels - valuesPerSample));
     }
   }
 
