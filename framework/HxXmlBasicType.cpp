@@ -102,6 +102,8 @@ HxBoolean HxXmlBasicType<T>::read(HxXmlReader& reader) {
   } else {
     if (!HxXmlObject::read(reader)) return false;
     if (!reader.readText(elementText)) {
+      // A parse error has been reported already; elements inside a scalar are ours to report.
+      if (reader.hasError()) return false;
       Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
           << "HxXmlBasicType Error: element \"" << reader.name().token() << "\" holds elements, expected "
           << typeDescription(static_cast<const T*>(nullptr)) << ".\n\tFile: " << reader.fileName()

@@ -79,6 +79,8 @@ HxBoolean HxXmlEnumType<T>::read(HxXmlReader& reader) {
   if (!HxXmlObject::read(reader)) return false;
   std::string text;
   if (!reader.readText(text)) {
+    // A parse error has been reported already; elements inside a scalar are ours to report.
+    if (reader.hasError()) return false;
     Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
         << "HxXmlEnumType Error: element \"" << reader.name().token() << "\" holds elements, expected a name."
         << "\n\tFile: " << reader.fileName() << "\n\tLine: " << reader.lineNumber() << "\n";
