@@ -240,11 +240,13 @@ HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, 
     if (line.compare(0, prefix.size(), prefix) == 0) return line;
     return name + ":" + std::to_string(reader.lineNumber()) + ": " + line;
   };
+  // Warnings are kept only when the document reads: after an error they are its echoes.
+  std::vector<std::string> documentWarnings;
   ScopedPrintSink sink([&](Hx::Print::PrintType type, const std::string&, const std::string& message) {
     if (type >= Hx::Print::Error) {
       errors.push_back(place(message));
     } else if (type == Hx::Print::Warning) {
-      warnings.push_back(place(message));
+      documentWarnings.push_back(place(message));
     }
   });
 
@@ -277,7 +279,9 @@ HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, 
     errors.push_back(reader.hasError() ? reader.errorMessage()
                                        : name + ":" + std::to_string(reader.lineNumber()) + ": invalid content");
   }
-  return read && errors.size() == errorsBefore;
+  if (!read || errors.size() != errorsBefore) return false;
+  warnings.insert(warnings.end(), documentWarnings.begin(), documentWarnings.end());
+  return true;
 }
 
 std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& capture,
@@ -298,7 +302,7 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
     const HxManipulatorDataCapture& entry = captures[c];
     const HxU32 m = entry.manipulatorIndex();
     if (m >= count) {
-      problems.push_back("'" + captureName + "' names manipulator " + std::to_string(m) + ", but the model '" +
+      problems.push_back("capture configuration '" + captureName + "' names manipulator " + std::to_string(m) + ", but the model '" +
                          modelName + "' has " + std::to_string(count) + " manipulator(s): " + manipulatorList());
       continue;
     }
@@ -312,7 +316,7 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
       for (HxU32 p = 0; p < manipulator.numberOfLinks(); ++p) {
         if (const HxLink* link = manipulator.link(p)) known += (known.empty() ? "" : ", ") + link->identifier();
       }
-      problems.push_back("'" + captureName + "' names link '" + identifier + "' of " + which +
+      problems.push_back("capture configuration '" + captureName + "' names link '" + identifier + "' of " + which +
                          ", which the model lacks; its links are: " + (known.empty() ? "none" : known));
     }
     const auto& endEffectors = entry.endEffectorDataCaptureVector();
@@ -324,7 +328,7 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
       for (HxU32 i = 0; i < endEffectorCount; ++i) {
         known += (i == 0 ? "" : ", ") + std::to_string(i) + " '" + simulation.endEffectorName(m, i) + "'";
       }
-      problems.push_back("'" + captureName + "' names end effector " + std::to_string(e) + " of " + which +
+      problems.push_back("capture configuration '" + captureName + "' names end effector " + std::to_string(e) + " of " + which +
                          ", which has " + std::to_string(endEffectorCount) + " end effector(s)" +
                          (known.empty() ? std::string() : ": " + known));
     }
@@ -473,7 +477,7 @@ HxRecordStatus HxRecordSession::loadModel() {
   }
   if (!loaded) {
     return fail(HxRecordStatus::ModelError, simulation_->lastError().empty() ? "cannot load model '" + modelName_ + "'"
-                                                                            : simulation_->lastError());
+                                                                            : oneLine(simulation_->lastError()));
   }
   warnings_.insert(warnings_.end(), messages.begin(), messages.end());
   if (simulation_->numberOfManipulators() == 0) {
@@ -543,8 +547,8 @@ HxRecordStatus HxRecordSession::checkTiming() {
     return fail(HxRecordStatus::BadOption, "duration " + seconds(options_.duration) + " s is too long for a timestep of " +
                                                seconds(timestep) + " s");
   }
-  const double stride = std::round(options_.sampleInterval / timestep);
-  if (stride < 1.0) {
+  const double stride = std::max(1.0, std::round(options_.sampleInterval / timestep));
+  if (options_.sampleInterval < timestep * (1.0 - 1e-9)) {
     return fail(HxRecordStatus::BadOption, "sample interval " + seconds(options_.sampleInterval) +
                                                " s is shorter than the model's timestep (" + seconds(timestep) + " s)");
   }
@@ -553,7 +557,7 @@ HxRecordStatus HxRecordSession::checkTiming() {
   const double used = stepsPerSample_ * timestep;
   if (std::fabs(used - options_.sampleInterval) > 1e-9 * options_.sampleInterval) {
     warnings_.push_back("sample interval " + seconds(options_.sampleInterval) + " s rounded to " + seconds(used) + " s (" +
-                        std::to_string(stepsPerSample_) + " timesteps of " + seconds(timestep) + " s)");
+                        std::to_string(stepsPerSample_) + " timestep(s) of " + seconds(timestep) + " s)");
   }
   return HxRecordStatus::Success;
 }
@@ -597,7 +601,7 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
     if (!simulation.step()) {
       status = fail(HxRecordStatus::SimulationFailed,
                     "the simulation became unstable at t = " + seconds(simulation.time()) + " s" +
-                        (simulation.lastError().empty() ? std::string() : ": " + simulation.lastError()) +
+                        (simulation.lastError().empty() ? std::string() : ": " + oneLine(simulation.lastError())) +
                         "; the files hold the samples before it");
       break;
     }
