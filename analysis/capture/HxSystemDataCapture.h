@@ -75,9 +75,14 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
 
   /// 0: a capture configuration.
   unsigned int type() const override;
-  /// The column labels: "Time", "Point Path Index", then "Manip[m]:" prefixed labels in flat
-  /// order (see the source for the rule). Sized by element size plus 2, so disabled columns
-  /// leave empty strings at the end. Reuses the caller's strings.
+  /// The column labels, in flat order: "Time", "Point Path Index", then per manipulator
+  /// capture the prefix P = "Manip[m]:" for its manipulator-level types, P + link identifier +
+  /// ":" for each link capture's types and P + "EE[e]:" for each end-effector capture's types.
+  /// A type of 0 or 1 columns gives one label P + description, whatever its flags; a wider type
+  /// gives P + description + ":" + column label for each enabled column. The list is sized by
+  /// the element size plus 2, so disabled columns leave empty strings at its end (and a
+  /// disabled 1-column type a label without a value). Reuses the caller's strings: no
+  /// allocation once warm.
   void getStringElements(std::vector<std::string>& labels) const override;
 
   virtual const std::string& label() const;
@@ -109,7 +114,12 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
                                                   const HxToken& token);
 
-  /// Removes a manipulator-level type of manipulator m (see the source for pruning).
+  /// Removes a type of manipulator m; false when m or the type is not there. Pruning: the
+  /// manipulator capture is then erased if it has no manipulator-level types and no
+  /// sub-captures of the level removed from (end-effector captures for the end-effector
+  /// removals, link captures for the others), even when the other level is still populated.
+  /// The element size is recomputed when the removal succeeded.
+  /// This overload removes a manipulator-level type.
   virtual HxBoolean removeManipulatorDataCaptureType(unsigned int const& m, const HxToken& token);
   /// Removes a link-level type from every link capture of manipulator m.
   virtual HxBoolean removeLinkDataCaptureType(unsigned int const& m, const HxToken& token);

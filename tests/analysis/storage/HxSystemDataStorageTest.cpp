@@ -311,6 +311,14 @@ TEST(HxSystemDataStorage, StoreAndTextOfASampleDoNotAllocateOnceWarm) {
   for (int k = 1; k < 20; ++k) sample(k);
   EXPECT_EQ(counter.allocations(), 0u);
   EXPECT_EQ(writers[4].size(), record.elementSize());
+
+  // The labels too, once the caller's list is warm.
+  std::vector<std::string> labels;
+  capture.getStringElements(labels);
+  counter.restart();
+  capture.getStringElements(labels);
+  EXPECT_EQ(counter.allocations(), 0u);
+  EXPECT_EQ(labels.size(), capture.elementSize() + 2u);
   EXPECT_EQ(writers[4][0], "0.1");
 }
 
