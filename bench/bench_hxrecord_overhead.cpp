@@ -15,14 +15,12 @@
 // and are restarted every 1000 samples (outside the timing) so that they stay small.
 
 #include <benchmark/benchmark.h>
-
 #include <time.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 #include <vector>
-
-#include <unistd.h>
 
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemStoredData.h"
@@ -50,7 +48,7 @@ double threadMicroseconds() {
 enum class Variant { Off, NoWriter, Text, Xml, Mrd, Matlab, Mathematica, All };
 
 constexpr int kSamplesPerFile = 1000;
-constexpr double kSceneDuration = 8.0;  // hxrecord's default: every path point is reached by then
+constexpr double kSceneDuration = 8.0;          // hxrecord's default: every path point is reached by then
 constexpr double kStepsPerDefaultSample = 5.0;  // 0.01 s / 0.002 s
 
 HxOutputWriterVector writersOf(Variant variant) {

@@ -1,14 +1,14 @@
 // hxrecord: records a MuJoCo simulation of manipulators through libhxSimulationAnalysis; with
 // no argument, the built-in default scene into ./hxrecord-out/.
 
+#include "tools/lib/HxRecord.h"
+
 #include <unistd.h>
 
 #include <cstdio>
 #include <iostream>
 #include <string>
 #include <vector>
-
-#include "tools/lib/HxRecord.h"
 
 namespace {
 // Version of this source unit, built at load time.

@@ -88,29 +88,34 @@ TEST_P(HxRecordFailureTest, PrintsItsMessageAndExitStatus) {
   const std::string directory = scratchDirectory(std::string("failure_") + failure.name);
   // Files the cases refer to, relative to the run's directory.
   writeFile(directory + "broken_model.xml", "<mujoco><worldbody><body></mujoco>");
-  writeFile(directory + "no_joint.xml", "<mujoco><worldbody><body name=\"b\"><geom size=\"0.1\"/></body></worldbody></mujoco>");
-  writeFile(directory + "truncated.xml", captureOf("      <sm:manipulatorIndex>0</sm:manipulatorIndex>\n").substr(0, 150));
+  writeFile(directory + "no_joint.xml",
+            "<mujoco><worldbody><body name=\"b\"><geom size=\"0.1\"/></body></worldbody></mujoco>");
+  writeFile(directory + "truncated.xml",
+            captureOf("      <sm:manipulatorIndex>0</sm:manipulatorIndex>\n").substr(0, 150));
   writeFile(directory + "bad_value.xml", captureOf("      <sm:manipulatorIndex>left</sm:manipulatorIndex>\n"));
-  writeFile(directory + "unregistered.xml",
-            captureOf("      <sm:manipulatorIndex>0</sm:manipulatorIndex>\n"
-                      "      <sm:dataCaptureTypeVector count=\"1\">\n"
-                      "        <sm:controlInputDataCaptureType/>\n"
-                      "      </sm:dataCaptureTypeVector>\n"));
+  writeFile(directory + "unregistered.xml", captureOf("      <sm:manipulatorIndex>0</sm:manipulatorIndex>\n"
+                                                      "      <sm:dataCaptureTypeVector count=\"1\">\n"
+                                                      "        <sm:controlInputDataCaptureType/>\n"
+                                                      "      </sm:dataCaptureTypeVector>\n"));
   writeFile(directory + "manipulator2.xml",
             captureOf("      <sm:manipulatorIndex>2</sm:manipulatorIndex>\n"
-                      "      <sm:dataCaptureTypeVector count=\"1\"><sm:centerOfMassDataCaptureType/></sm:dataCaptureTypeVector>\n"));
+                      "      <sm:dataCaptureTypeVector "
+                      "count=\"1\"><sm:centerOfMassDataCaptureType/></sm:dataCaptureTypeVector>\n"));
   writeFile(directory + "link.xml",
             captureOf("      <sm:manipulatorIndex>1</sm:manipulatorIndex>\n"
                       "      <sm:linkDataCaptureVector count=\"1\"><element>\n"
                       "        <sm:linkIdentification>left_link1</sm:linkIdentification>\n"
-                      "        <sm:dataCaptureTypeVector count=\"1\"><sm:jointPositionDataCaptureType/></sm:dataCaptureTypeVector>\n"
+                      "        <sm:dataCaptureTypeVector "
+                      "count=\"1\"><sm:jointPositionDataCaptureType/></sm:dataCaptureTypeVector>\n"
                       "      </element></sm:linkDataCaptureVector>\n"));
-  writeFile(directory + "end_effector.xml",
-            captureOf("      <sm:manipulatorIndex>0</sm:manipulatorIndex>\n"
-                      "      <sm:endEffectorDataCaptureVector count=\"1\"><element>\n"
-                      "        <sm:endEffectorIndex>2</sm:endEffectorIndex>\n"
-                      "        <sm:dataCaptureTypeVector count=\"1\"><sm:reachTargetDataCaptureType/></sm:dataCaptureTypeVector>\n"
-                      "      </element></sm:endEffectorDataCaptureVector>\n"));
+  writeFile(
+      directory + "end_effector.xml",
+      captureOf(
+          "      <sm:manipulatorIndex>0</sm:manipulatorIndex>\n"
+          "      <sm:endEffectorDataCaptureVector count=\"1\"><element>\n"
+          "        <sm:endEffectorIndex>2</sm:endEffectorIndex>\n"
+          "        <sm:dataCaptureTypeVector count=\"1\"><sm:reachTargetDataCaptureType/></sm:dataCaptureTypeVector>\n"
+          "      </element></sm:endEffectorDataCaptureVector>\n"));
   writeFile(directory + "no_writer.xml",
             "<sm:outputWriterVector xmlns:sm=\"http://www.hxtoolkit.org/namespace/sm#\" count=\"0\"/>\n");
   writeFile(directory + "twice.xml",
@@ -137,63 +142,123 @@ INSTANTIATE_TEST_SUITE_P(
     EveryFailure, HxRecordFailureTest,
     ::testing::Values(
         // Options.
-        FailureCase{"UnknownOption", {"--bogus"}, 2, "hxrecord: error: unknown option '--bogus'\nTry 'hxrecord --help'.\n"},
-        FailureCase{"Positional", {"scene.xml"}, 2, "hxrecord: error: unexpected argument 'scene.xml'\nTry 'hxrecord --help'.\n"},
-        FailureCase{"MissingValue", {"--duration"}, 2, "hxrecord: error: option '--duration' needs a value\nTry 'hxrecord --help'.\n"},
-        FailureCase{"NegativeDuration", {"-d", "-1"}, 2,
-                    "hxrecord: error: invalid value '-1' for -d: expected a positive number of seconds\nTry 'hxrecord --help'.\n"},
-        FailureCase{"BadMode", {"--mode", "fast"}, 2,
-                    "hxrecord: error: invalid value 'fast' for --mode: expected 'dynamic' or 'kinematic'\nTry 'hxrecord --help'.\n"},
-        FailureCase{"IntervalBelowTimestep", {"-s", "0.001"}, 2,
+        FailureCase{
+            "UnknownOption", {"--bogus"}, 2, "hxrecord: error: unknown option '--bogus'\nTry 'hxrecord --help'.\n"},
+        FailureCase{"Positional",
+                    {"scene.xml"},
+                    2,
+                    "hxrecord: error: unexpected argument 'scene.xml'\nTry 'hxrecord --help'.\n"},
+        FailureCase{"MissingValue",
+                    {"--duration"},
+                    2,
+                    "hxrecord: error: option '--duration' needs a value\nTry 'hxrecord --help'.\n"},
+        FailureCase{"NegativeDuration",
+                    {"-d", "-1"},
+                    2,
+                    "hxrecord: error: invalid value '-1' for -d: expected a positive number of seconds\nTry 'hxrecord "
+                    "--help'.\n"},
+        FailureCase{"BadMode",
+                    {"--mode", "fast"},
+                    2,
+                    "hxrecord: error: invalid value 'fast' for --mode: expected 'dynamic' or 'kinematic'\nTry "
+                    "'hxrecord --help'.\n"},
+        FailureCase{"IntervalBelowTimestep",
+                    {"-s", "0.001"},
+                    2,
                     "hxrecord: error: sample interval 0.001 s is shorter than the model's timestep (0.002 s)\n"},
-        FailureCase{"DurationBelowTimestep", {"-d", "0.0005"}, 2,
+        FailureCase{"DurationBelowTimestep",
+                    {"-d", "0.0005"},
+                    2,
                     "hxrecord: error: duration 0.0005 s is shorter than the model's timestep (0.002 s)\n"},
         // Model.
-        FailureCase{"MissingModel", {"-m", "missing.xml"}, 3, "hxrecord: error: model file 'missing.xml' does not exist\n"},
-        FailureCase{"ModelIsDirectory", {"-m", "taken"}, 3, "hxrecord: error: model file 'taken' is not a regular file\n"},
-        FailureCase{"InvalidModel", {"-m", "broken_model.xml"}, 3, "hxrecord: error: cannot load model 'broken_model.xml': ",
+        FailureCase{
+            "MissingModel", {"-m", "missing.xml"}, 3, "hxrecord: error: model file 'missing.xml' does not exist\n"},
+        FailureCase{
+            "ModelIsDirectory", {"-m", "taken"}, 3, "hxrecord: error: model file 'taken' is not a regular file\n"},
+        FailureCase{"InvalidModel",
+                    {"-m", "broken_model.xml"},
+                    3,
+                    "hxrecord: error: cannot load model 'broken_model.xml': ",
                     true},
-        FailureCase{"ModelWithoutManipulator", {"-m", "no_joint.xml"}, 3,
-                    "hxrecord: error: model 'no_joint.xml' holds no manipulator: no tree under the world body carries a "
-                    "hinge or slide joint\n"},
+        FailureCase{
+            "ModelWithoutManipulator",
+            {"-m", "no_joint.xml"},
+            3,
+            "hxrecord: error: model 'no_joint.xml' holds no manipulator: no tree under the world body carries a "
+            "hinge or slide joint\n"},
         // Configuration XML: file and line in every message.
-        FailureCase{"MissingCapture", {"-c", "missing.xml"}, 4,
+        FailureCase{"MissingCapture",
+                    {"-c", "missing.xml"},
+                    4,
                     "hxrecord: error: capture configuration file 'missing.xml' does not exist\n"},
-        FailureCase{"MissingWriters", {"-w", "missing.xml"}, 4, "hxrecord: error: writer list file 'missing.xml' does not exist\n"},
-        FailureCase{"TruncatedCapture", {"-c", "truncated.xml"}, 4, "hxrecord: error: invalid capture configuration: truncated.xml:",
+        FailureCase{"MissingWriters",
+                    {"-w", "missing.xml"},
+                    4,
+                    "hxrecord: error: writer list file 'missing.xml' does not exist\n"},
+        FailureCase{"TruncatedCapture",
+                    {"-c", "truncated.xml"},
+                    4,
+                    "hxrecord: error: invalid capture configuration: truncated.xml:",
                     true},
-        FailureCase{"BadValue", {"-c", "bad_value.xml"}, 4, "hxrecord: error: invalid capture configuration: bad_value.xml:5: ",
+        FailureCase{"BadValue",
+                    {"-c", "bad_value.xml"},
+                    4,
+                    "hxrecord: error: invalid capture configuration: bad_value.xml:5: ",
                     true},
-        FailureCase{"UnregisteredType", {"-c", "unregistered.xml"}, 4,
-                    "hxrecord: error: invalid capture configuration: unregistered.xml:7: HxXmlVariableVectorType::"
-                    "readValueFromToken() error: \"http://www.hxtoolkit.org/namespace/sm#controlInputDataCaptureType\" tag "
-                    "not registered.\n"},
-        FailureCase{"WrongRoot", {"-c", kUnknownCapture}, 4,
+        FailureCase{
+            "UnregisteredType",
+            {"-c", "unregistered.xml"},
+            4,
+            "hxrecord: error: invalid capture configuration: unregistered.xml:7: HxXmlVariableVectorType::"
+            "readValueFromToken() error: \"http://www.hxtoolkit.org/namespace/sm#controlInputDataCaptureType\" tag "
+            "not registered.\n"},
+        FailureCase{"WrongRoot",
+                    {"-c", kUnknownCapture},
+                    4,
                     "hxrecord: error: invalid capture configuration: " + kUnknownCapture +
                         ":7: the root element is 'outputWriterVector', expected 'generalCapture'\n"},
-        FailureCase{"NoWriter", {"-w", "no_writer.xml"}, 4,
+        FailureCase{"NoWriter",
+                    {"-w", "no_writer.xml"},
+                    4,
                     "hxrecord: error: writer list 'no_writer.xml' holds no writer: nothing would be recorded\n"},
         // Configuration against the model.
-        FailureCase{"UnknownManipulator", {"-c", "manipulator2.xml"}, 5,
-                    "hxrecord: error: capture configuration 'manipulator2.xml' names manipulator 2, but the model "
-                    "'built-in examples/models/two_arms_table.xml' has 2 manipulator(s): 0 'left_base', 1 'right_base'\n"},
-        FailureCase{"UnknownLink", {"-c", "link.xml"}, 5,
+        FailureCase{
+            "UnknownManipulator",
+            {"-c", "manipulator2.xml"},
+            5,
+            "hxrecord: error: capture configuration 'manipulator2.xml' names manipulator 2, but the model "
+            "'built-in examples/models/two_arms_table.xml' has 2 manipulator(s): 0 'left_base', 1 'right_base'\n"},
+        FailureCase{"UnknownLink",
+                    {"-c", "link.xml"},
+                    5,
                     "hxrecord: error: capture configuration 'link.xml' names link 'left_link1' of manipulator 1 "
                     "('right_base'), which the model lacks; its links are: right_link1, right_link2, right_link3, "
                     "right_link4, right_link5, right_link6\n"},
-        FailureCase{"UnknownEndEffector", {"-c", "end_effector.xml"}, 5,
+        FailureCase{"UnknownEndEffector",
+                    {"-c", "end_effector.xml"},
+                    5,
                     "hxrecord: error: capture configuration 'end_effector.xml' names end effector 2 of manipulator 0 "
                     "('left_base'), which has 2 end effector(s): 0 'left_tool', 1 'left_probe'\n"},
         // Output.
-        FailureCase{"OutputUnderAFile", {"-o", "a_file/sub/run"}, 6,
+        FailureCase{"OutputUnderAFile",
+                    {"-o", "a_file/sub/run"},
+                    6,
                     "hxrecord: error: cannot create output directory 'a_file/sub': Not a directory\n"},
-        FailureCase{"OutputFileIsDirectory", {"-o", "taken/run"}, 6,
+        FailureCase{"OutputFileIsDirectory",
+                    {"-o", "taken/run"},
+                    6,
                     "hxrecord: error: cannot write 'taken/run.csv': it is a directory\n"},
-        FailureCase{"OutputIsDirectoryName", {"-o", "out/"}, 6,
-                    "hxrecord: error: output base name 'out/' names a directory; add a file name without extension, for "
-                    "example 'out/recording'\n"},
-        FailureCase{"TwoWritersOneFile", {"-w", "twice.xml"}, 6, "hxrecord: error: two writers would both write "
-                                                                  "'hxrecord-out/recording.mrd'\n"}),
+        FailureCase{
+            "OutputIsDirectoryName",
+            {"-o", "out/"},
+            6,
+            "hxrecord: error: output base name 'out/' names a directory; add a file name without extension, for "
+            "example 'out/recording'\n"},
+        FailureCase{"TwoWritersOneFile",
+                    {"-w", "twice.xml"},
+                    6,
+                    "hxrecord: error: two writers would both write "
+                    "'hxrecord-out/recording.mrd'\n"}),
     [](const ::testing::TestParamInfo<FailureCase>& failure) { return std::string(failure.param.name); });
 
 // --help prints the usage and records nothing.
@@ -250,8 +315,8 @@ TEST(HxRecordProgramTest, ExampleFilesGiveTheBuiltInRecording) {
   const RunResult builtIn = runHxrecord({"-q", "-d", "1.5", "-o", "built_in/run"}, directory);
   ASSERT_EQ(builtIn.exitCode, 0) << builtIn.err;
   const RunResult files = runHxrecord({"-q", "-d", "1.5", "-o", "files/run", "--model", defaultModelPath(), "--capture",
-                                 defaultCapturePath(), "--writers", defaultWritersPath()},
-                                directory);
+                                       defaultCapturePath(), "--writers", defaultWritersPath()},
+                                      directory);
   ASSERT_EQ(files.exitCode, 0) << files.err;
   for (const char* extension : {".csv", ".mrd", ".xml"}) {
     const std::string a = readFile(directory + "built_in/run" + extension);
@@ -264,17 +329,19 @@ TEST(HxRecordProgramTest, ExampleFilesGiveTheBuiltInRecording) {
 TEST(HxRecordProgramTest, ProgressBarOnATerminal) {
   const std::string directory = scratchDirectory("progress");
   std::ostringstream out, err;
-  const int status = hxRecordMain({"-d", "0.5", "-o", directory + "run", "-w", textWriterOnly(directory)}, out, err, true);
+  const int status =
+      hxRecordMain({"-d", "0.5", "-o", directory + "run", "-w", textWriterOnly(directory)}, out, err, true);
   EXPECT_EQ(status, 0) << err.str();
   EXPECT_EQ(err.str().rfind("\rhxrecord [", 0), 0u);
-  EXPECT_NE(err.str().find("########################################] 100%  0.50 / 0.5 s"), std::string::npos) << err.str();
+  EXPECT_NE(err.str().find("########################################] 100%  0.50 / 0.5 s"), std::string::npos)
+      << err.str();
   EXPECT_EQ(err.str().back(), '\r');  // the bar is wiped before the summary
   EXPECT_EQ(out.str().rfind("Recorded 51 samples of 432 columns", 0), 0u) << out.str();
 
   // Quiet: no bar even on a terminal.
   std::ostringstream quietOut, quietErr;
-  EXPECT_EQ(hxRecordMain({"-q", "-d", "0.1", "-o", directory + "run", "-w", textWriterOnly(directory)}, quietOut, quietErr,
-                         true),
+  EXPECT_EQ(hxRecordMain({"-q", "-d", "0.1", "-o", directory + "run", "-w", textWriterOnly(directory)}, quietOut,
+                         quietErr, true),
             0);
   EXPECT_EQ(quietErr.str(), "");
   EXPECT_EQ(quietOut.str(), "");

@@ -37,7 +37,8 @@ double angleBetween(const HxOrientation& a, const HxOrientation& b) {
 HxEndEffectorPlacement placementAt(const Csv& csv, std::size_t row, const std::string& first) {
   const std::size_t c = csv.column(first);
   const std::vector<double>& v = csv.rows[row];
-  return HxEndEffectorPlacement(HxVector(v[c], v[c + 1], v[c + 2]), HxOrientation(v[c + 3], v[c + 4], v[c + 5], v[c + 6]));
+  return HxEndEffectorPlacement(HxVector(v[c], v[c + 1], v[c + 2]),
+                                HxOrientation(v[c + 3], v[c + 4], v[c + 5], v[c + 6]));
 }
 
 // Records the default scene (or `options.modelFile`) in `mode` into a CSV file only.
@@ -127,7 +128,8 @@ TEST_P(HxRecordPhysicsTest, PlacementAndCenterOfMassColumnsAreTheEngines) {
         EXPECT_LT(angleBetween(recorded.orientation(), again.orientation()), 1e-7) << "sample " << row;
         moved = std::max(moved, recorded.translation().distanceTo(sites[0][m][e].translation()));
       }
-      const HxVector recordedCenter(csv.at(row, prefix(m) + "Center of Mass:X"), csv.at(row, prefix(m) + "Center of Mass:Y"),
+      const HxVector recordedCenter(csv.at(row, prefix(m) + "Center of Mass:X"),
+                                    csv.at(row, prefix(m) + "Center of Mass:Y"),
                                     csv.at(row, prefix(m) + "Center of Mass:Z"));
       EXPECT_LT(recordedCenter.distanceTo(centers[row][m]), 1e-12) << "sample " << row;
       EXPECT_LT(recordedCenter.distanceTo(manipulator.centerOfMass(state)), 1e-12) << "sample " << row;
@@ -271,7 +273,8 @@ bool raised(const Csv& csv, const std::string& label) {
 TEST(HxRecordEventTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
   const std::string directory = scratchDirectory("collision_model");
   const std::string model = directory + "into_table.xml";
-  ASSERT_TRUE(writeFile(model, modelWithLeftPath(R"(<site name="path:left_base:0" pos="0.45 0.3 0.6" euler="0 180 0"/>)")));
+  ASSERT_TRUE(
+      writeFile(model, modelWithLeftPath(R"(<site name="path:left_base:0" pos="0.45 0.3 0.6" euler="0 180 0"/>)")));
   HxRecordOptions options;
   options.modelFile = model;
   options.duration = 4.0;
@@ -288,7 +291,8 @@ TEST(HxRecordEventTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
   bool pushed = false;
   for (const auto& row : csv.rows) {
     if (row[flag] != 1.0) continue;
-    for (HxU32 j = 0; j < 6; ++j) pushed = pushed || row[csv.column(linkPrefix(0, j) + "External Forces:Force Z")] > 0.0;
+    for (HxU32 j = 0; j < 6; ++j)
+      pushed = pushed || row[csv.column(linkPrefix(0, j) + "External Forces:Force Z")] > 0.0;
   }
   EXPECT_TRUE(pushed);
   for (HxU32 j = 0; j < 6; ++j) {
@@ -302,7 +306,8 @@ TEST(HxRecordEventTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
 TEST(HxRecordEventTest, DrivingIntoAJointLimitRaisesTheFlag) {
   const std::string directory = scratchDirectory("limit_model");
   const std::string model = directory + "into_limit.xml";
-  ASSERT_TRUE(writeFile(model, modelWithLeftPath(R"(<site name="path:left_base:0" pos="0.08 0.4 1.0" euler="0 90 0"/>)")));
+  ASSERT_TRUE(
+      writeFile(model, modelWithLeftPath(R"(<site name="path:left_base:0" pos="0.08 0.4 1.0" euler="0 90 0"/>)")));
   for (Mode mode : {Mode::Kinematic, Mode::Dynamic}) {
     HxRecordOptions options;
     options.modelFile = model;

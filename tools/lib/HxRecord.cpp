@@ -228,8 +228,7 @@ HxBoolean hxParseRecordOptions(const std::vector<std::string>& arguments, HxReco
 // Reading and checking
 
 HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, const HxToken& rootToken,
-                              HxXmlObject& root, std::vector<std::string>& errors,
-                              std::vector<std::string>& warnings) {
+                              HxXmlObject& root, std::vector<std::string>& errors, std::vector<std::string>& warnings) {
   HxXmlReader reader;
   const std::size_t errorsBefore = errors.size();
   // Library messages are placed at the reader's line when they arrive; the reader's own
@@ -286,8 +285,7 @@ HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, 
 
 std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& capture,
                                                     const HxMujocoSimulation& simulation,
-                                                    const std::string& captureName,
-                                                    const std::string& modelName) {
+                                                    const std::string& captureName, const std::string& modelName) {
   std::vector<std::string> problems;
   const HxU32 count = simulation.numberOfManipulators();
   auto manipulatorList = [&]() {
@@ -302,8 +300,9 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
     const HxManipulatorDataCapture& entry = captures[c];
     const HxU32 m = entry.manipulatorIndex();
     if (m >= count) {
-      problems.push_back("capture configuration '" + captureName + "' names manipulator " + std::to_string(m) + ", but the model '" +
-                         modelName + "' has " + std::to_string(count) + " manipulator(s): " + manipulatorList());
+      problems.push_back("capture configuration '" + captureName + "' names manipulator " + std::to_string(m) +
+                         ", but the model '" + modelName + "' has " + std::to_string(count) +
+                         " manipulator(s): " + manipulatorList());
       continue;
     }
     const HxIndividualManipulator& manipulator = simulation.manipulators()[m];
@@ -328,8 +327,8 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
       for (HxU32 i = 0; i < endEffectorCount; ++i) {
         known += (i == 0 ? "" : ", ") + std::to_string(i) + " '" + simulation.endEffectorName(m, i) + "'";
       }
-      problems.push_back("capture configuration '" + captureName + "' names end effector " + std::to_string(e) + " of " + which +
-                         ", which has " + std::to_string(endEffectorCount) + " end effector(s)" +
+      problems.push_back("capture configuration '" + captureName + "' names end effector " + std::to_string(e) +
+                         " of " + which + ", which has " + std::to_string(endEffectorCount) + " end effector(s)" +
                          (known.empty() ? std::string() : ": " + known));
     }
   }
@@ -340,8 +339,9 @@ HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWri
                                 std::string& error) {
   const fs::path base(outputBase);
   if (!base.has_filename()) {
-    error = "output base name '" + outputBase + "' names a directory; add a file name without extension, for example '" +
-            (base / "recording").string() + "'";
+    error = "output base name '" + outputBase +
+            "' names a directory; add a file name without extension, for example '" + (base / "recording").string() +
+            "'";
     return false;
   }
   // The directory: created when missing (with its parents).
@@ -389,8 +389,8 @@ HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWri
 
 void hxWriteRecordSummary(const HxRecordSummary& summary, std::ostream& out) {
   std::error_code code;
-  out << "Recorded " << summary.samples << " samples of " << summary.columns << " columns: "
-      << seconds(summary.simulatedTime) << " s of simulated time, " << modeName(summary.mode)
+  out << "Recorded " << summary.samples << " samples of " << summary.columns
+      << " columns: " << seconds(summary.simulatedTime) << " s of simulated time, " << modeName(summary.mode)
       << " mode, one sample every " << seconds(summary.sampleInterval) << " s.\n";
   if (!summary.files.empty()) {
     fs::path directory = fs::path(summary.files.front().path).parent_path();
@@ -400,8 +400,8 @@ void hxWriteRecordSummary(const HxRecordSummary& summary, std::ostream& out) {
     std::size_t width = 0;
     for (const auto& file : summary.files) width = std::max(width, file.path.size());
     for (const auto& file : summary.files) {
-      out << "  " << std::left << std::setw(static_cast<int>(width)) << file.path << "  " << std::right
-          << std::setw(12) << file.size << " bytes  " << file.format << "\n";
+      out << "  " << std::left << std::setw(static_cast<int>(width)) << file.path << "  " << std::right << std::setw(12)
+          << file.size << " bytes  " << file.format << "\n";
     }
   } else {
     out << "No file written: the writer list is empty.\n";
@@ -443,7 +443,8 @@ HxRecordStatus HxRecordSession::prepare() {
   if (status != HxRecordStatus::Success) return status;
 
   // Everything the capture names must exist in the model before anything is recorded.
-  const std::vector<std::string> problems = hxCheckCaptureAgainstModel(capture_, *simulation_, captureName_, modelName_);
+  const std::vector<std::string> problems =
+      hxCheckCaptureAgainstModel(capture_, *simulation_, captureName_, modelName_);
   if (!problems.empty()) {
     errors_.insert(errors_.end(), problems.begin(), problems.end());
     return HxRecordStatus::ConfigurationMismatch;
@@ -477,7 +478,7 @@ HxRecordStatus HxRecordSession::loadModel() {
   }
   if (!loaded) {
     return fail(HxRecordStatus::ModelError, simulation_->lastError().empty() ? "cannot load model '" + modelName_ + "'"
-                                                                            : oneLine(simulation_->lastError()));
+                                                                             : oneLine(simulation_->lastError()));
   }
   warnings_.insert(warnings_.end(), messages.begin(), messages.end());
   if (simulation_->numberOfManipulators() == 0) {
@@ -501,8 +502,8 @@ HxRecordStatus HxRecordSession::loadConfigurations() {
   const Document documents[] = {
       {options_.captureFile, hxRecordDefaultCapture(), "capture configuration", capture_,
        HxSimAnalysis::HxGeneralCaptureToken, captureName_},
-      {options_.writersFile, hxRecordDefaultWriters(), "writer list", writers_, HxSimAnalysis::HxOutputWriterVectorToken,
-       writersName_},
+      {options_.writersFile, hxRecordDefaultWriters(), "writer list", writers_,
+       HxSimAnalysis::HxOutputWriterVectorToken, writersName_},
   };
   for (const Document& document : documents) {
     std::vector<std::string> errors;
@@ -527,7 +528,8 @@ HxRecordStatus HxRecordSession::loadConfigurations() {
     }
   }
   if (writers_.size() == 0) {
-    return fail(HxRecordStatus::ConfigurationError, "writer list '" + writersName_ + "' holds no writer: nothing would be recorded");
+    return fail(HxRecordStatus::ConfigurationError,
+                "writer list '" + writersName_ + "' holds no writer: nothing would be recorded");
   }
   if (capture_.manipulatorDataCaptureVector().size() == 0) {
     warnings_.push_back("capture configuration '" + captureName_ +
@@ -544,8 +546,8 @@ HxRecordStatus HxRecordSession::checkTiming() {
                                                " s is shorter than the model's timestep (" + seconds(timestep) + " s)");
   }
   if (steps > static_cast<double>(std::numeric_limits<HxU32>::max())) {
-    return fail(HxRecordStatus::BadOption, "duration " + seconds(options_.duration) + " s is too long for a timestep of " +
-                                               seconds(timestep) + " s");
+    return fail(HxRecordStatus::BadOption, "duration " + seconds(options_.duration) +
+                                               " s is too long for a timestep of " + seconds(timestep) + " s");
   }
   const double stride = std::max(1.0, std::round(options_.sampleInterval / timestep));
   if (options_.sampleInterval < timestep * (1.0 - 1e-9)) {
@@ -556,8 +558,8 @@ HxRecordStatus HxRecordSession::checkTiming() {
   stepsPerSample_ = static_cast<HxU32>(std::min(stride, steps));
   const double used = stepsPerSample_ * timestep;
   if (std::fabs(used - options_.sampleInterval) > 1e-9 * options_.sampleInterval) {
-    warnings_.push_back("sample interval " + seconds(options_.sampleInterval) + " s rounded to " + seconds(used) + " s (" +
-                        std::to_string(stepsPerSample_) + " timestep(s) of " + seconds(timestep) + " s)");
+    warnings_.push_back("sample interval " + seconds(options_.sampleInterval) + " s rounded to " + seconds(used) +
+                        " s (" + std::to_string(stepsPerSample_) + " timestep(s) of " + seconds(timestep) + " s)");
   }
   return HxRecordStatus::Success;
 }
@@ -709,7 +711,8 @@ int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, s
 
   ProgressBar bar(err);
   HxRecordSession::ProgressObserver progress;
-  if (progressBar && !options.quiet) progress = [&bar](double simulated, double total) { bar.update(simulated, total); };
+  if (progressBar && !options.quiet)
+    progress = [&bar](double simulated, double total) { bar.update(simulated, total); };
   const HxRecordStatus recorded = session.record({}, progress);
   bar.clear();
   for (std::size_t i = warningsShown; i < session.warnings().size(); ++i) {

@@ -17,12 +17,12 @@
 /// Exit status of hxrecord; every failure has its own code.
 enum class HxRecordStatus : int {
   Success = 0,
-  SimulationFailed = 1,        ///< the engine became unstable while recording
-  BadOption = 2,               ///< unknown option, missing or bad option value
-  ModelError = 3,              ///< model file missing, unreadable, invalid or without manipulator
-  ConfigurationError = 4,      ///< capture or writer configuration missing or invalid
-  ConfigurationMismatch = 5,   ///< the capture names a manipulator, link or end effector the model lacks
-  OutputError = 6,             ///< the output directory or a file in it cannot be written
+  SimulationFailed = 1,       ///< the engine became unstable while recording
+  BadOption = 2,              ///< unknown option, missing or bad option value
+  ModelError = 3,             ///< model file missing, unreadable, invalid or without manipulator
+  ConfigurationError = 4,     ///< capture or writer configuration missing or invalid
+  ConfigurationMismatch = 5,  ///< the capture names a manipulator, link or end effector the model lacks
+  OutputError = 6,            ///< the output directory or a file in it cannot be written
 };
 
 /// What one hxrecord run does. An empty file name selects the built-in default scene's file
@@ -49,8 +49,7 @@ struct HxRecordOptions {
 /// Parses the command-line arguments (without the program name) into `options`, starting from
 /// the values it holds. Returns false with a one-line message in `error` for an unknown option,
 /// a missing value or a bad value.
-HxBoolean hxParseRecordOptions(const std::vector<std::string>& arguments, HxRecordOptions& options,
-                               std::string& error);
+HxBoolean hxParseRecordOptions(const std::vector<std::string>& arguments, HxRecordOptions& options, std::string& error);
 
 /// The text printed by `hxrecord --help`.
 const std::string& hxRecordUsage();
@@ -61,22 +60,19 @@ const std::string& hxRecordUsage();
 /// line ("file:line: text") in `errors`, and the result is false; the library's warnings about
 /// a document that reads go to `warnings` without failing.
 HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, const HxToken& rootToken,
-                              HxXmlObject& root, std::vector<std::string>& errors,
-                              std::vector<std::string>& warnings);
+                              HxXmlObject& root, std::vector<std::string>& errors, std::vector<std::string>& warnings);
 
 /// Checks that every manipulator, link and end effector that `capture` names exists in the
 /// loaded `simulation`. Returns one message per missing item (empty when all exist);
 /// `captureName` and `modelName` name the files in the messages.
 std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& capture,
                                                     const HxMujocoSimulation& simulation,
-                                                    const std::string& captureName,
-                                                    const std::string& modelName);
+                                                    const std::string& captureName, const std::string& modelName);
 
 /// Makes sure every file `outputBase` + extension of `writers` can be written: creates the
 /// output directory when it is missing and opens each file for appending (removing those that
 /// did not exist before). Returns false with a message in `error` otherwise.
-HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers,
-                                std::string& error);
+HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers, std::string& error);
 
 /// What a finished recording produced.
 struct HxRecordSummary {
@@ -88,9 +84,9 @@ struct HxRecordSummary {
   HxU32 samples = 0;
   /// Values per sample, time and path-point index included (the columns of a CSV data line).
   HxU32 columns = 0;
-  double simulatedTime = 0.0;  ///< seconds
-  double wallTime = 0.0;       ///< seconds spent in the recording loop
-  double sampleInterval = 0.0; ///< the interval actually used, seconds
+  double simulatedTime = 0.0;   ///< seconds
+  double wallTime = 0.0;        ///< seconds spent in the recording loop
+  double sampleInterval = 0.0;  ///< the interval actually used, seconds
   HxMujocoSimulation::Mode mode = HxMujocoSimulation::Mode::Dynamic;
   std::vector<File> files;
 };
@@ -174,5 +170,4 @@ class HxRecordSession {
 /// drawing a progress bar on `err` when `progressBar` is true and the run is not quiet, and
 /// prints the summary on `out` (unless quiet). Every error goes to `err` as
 /// "hxrecord: error: <message>". Returns the exit status.
-int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err,
-                 bool progressBar);
+int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool progressBar);
