@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#define HX_ALLOCATION_COUNTER_NO_OPERATORS
+#include "bench/HxAllocationCounter.h"
 #include "tests/tools/test_hxrecord_support.h"
 #include "tools/lib/HxRecord.h"
 
@@ -358,6 +360,30 @@ TEST(HxRecordProgramTest, SampleIntervalIsRoundedToTimesteps) {
   ASSERT_EQ(csv.rows.size(), 17u);  // 50 steps: samples at steps 0, 3, ..., 48
   EXPECT_NEAR(csv.rows[1][0], 0.006, 1e-12);
   EXPECT_NEAR(csv.rows.back()[0], 0.096, 1e-12);
+}
+
+// Once the files are under way, stepping, capturing and saving a sample into all five formats
+// allocates nothing: from the first sample to the last there is no allocation.
+TEST(HxRecordSessionTest, SamplesDoNotAllocate) {
+  const std::string directory = scratchDirectory("allocations");
+  HxRecordOptions options;
+  options.duration = 1.0;
+  options.outputBase = directory + "run";
+  HxRecordSession session(options);
+  ASSERT_EQ(session.prepare(), HxRecordStatus::Success);
+  HxAllocationCounter counter;
+  HxU32 last = 0;
+  std::uint64_t allocations = 0;
+  ASSERT_EQ(session.record([&](HxU32 sample, const HxMujocoSimulation&) {
+    if (sample == 0) counter.restart();
+    if (sample > 0) allocations = counter.allocations();
+    last = sample;
+  }),
+            HxRecordStatus::Success);
+  EXPECT_EQ(last, 100u);
+  EXPECT_EQ(allocations, 0u);
+  EXPECT_EQ(session.summary().samples, 101u);
+  EXPECT_EQ(session.summary().files.size(), 5u);
 }
 
 }  // namespace

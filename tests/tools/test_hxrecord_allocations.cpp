@@ -1,0 +1,2 @@
+// The counting operator new/delete of the hxrecord test executable, alone in their unit.
+#include "bench/HxAllocationCounter.h"
