@@ -1,6 +1,7 @@
 #include "analysis/storage/HxSystemStoredData.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemDataStorage.h"
@@ -8,6 +9,20 @@
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
+
+/// An output file stream with a buffer large enough for many sample rows, so that a file is
+/// written in a few large system calls instead of one or two per sample.
+class HxRecordingFileStream : public std::ofstream {
+ public:
+  static constexpr std::size_t kBufferSize = 1 << 16;
+
+  HxRecordingFileStream() : buffer_(new char[kBufferSize]) { rdbuf()->pubsetbuf(buffer_.get(), kBufferSize); }
+  /// Closes (flushing into the buffer's file) while the buffer still exists.
+  ~HxRecordingFileStream() override { close(); }
+
+ private:
+  std::unique_ptr<char[]> buffer_;
+};
 }  // namespace
 
 HxSystemStoredData::HxSystemStoredData() = default;
@@ -69,7 +84,7 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
   m_outputStreams.reserve(writers);
   for (HxU32 i = 0; i < writers; ++i) {
     HxBaseOutputWriter& writer = m_outputWriterVector[i];
-    auto* stream = new std::ofstream();
+    std::ofstream* stream = new HxRecordingFileStream();
     m_outputStreams.push_back(stream);
     writer.openFile(fileName + writer.fileExtension(), *stream);
     writer.initialize(m_systemDataVector, *stream);

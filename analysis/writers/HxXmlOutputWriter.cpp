@@ -1,7 +1,9 @@
 #include "analysis/writers/HxXmlOutputWriter.h"
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
+#include "framework/HxNumberText.h"
 #include "framework/HxXmlTokens.h"
 #include "framework/HxXmlWriter.h"
 
@@ -11,6 +13,60 @@ namespace {
 
 // Name given to the XML writer of every recording.
 const char* const kDocumentName = "capturedDataStream";
+
+/// The shape of a record: every vector size of its nested data, in order. Two records of one
+/// shape are written as the same elements around their values.
+void recordShape(const HxSystemDataStorage& record, std::vector<std::size_t>& shape) {
+  shape.clear();
+  const auto& manipulators = record.manipulatorDataVector();
+  shape.push_back(manipulators.size());
+  for (HxU32 m = 0; m < manipulators.size(); ++m) {
+    const HxManipulatorDataStorage& manipulator = manipulators[m];
+    const auto& quantities = manipulator.manipulatorLevelData();
+    shape.push_back(quantities.size());
+    for (HxU32 q = 0; q < quantities.size(); ++q) shape.push_back(quantities[q].size());
+    for (const auto* elements : {&manipulator.linkLevelData(), &manipulator.endEffectorData()}) {
+      shape.push_back(elements->size());
+      for (HxU32 e = 0; e < elements->size(); ++e) {
+        const auto& element = (*elements)[e];
+        shape.push_back(element.size());
+        for (HxU32 q = 0; q < element.size(); ++q) shape.push_back(element[q].size());
+      }
+    }
+  }
+}
+
+/// The record's string element written in slot `slot` of `count`: the element writes its
+/// values first, then its time and its path-point index.
+std::size_t elementOfSlot(std::size_t slot, std::size_t count) {
+  if (slot + 2 < count) return slot + 2;
+  return slot + 2 - count;
+}
+
+/// Positions of the texts between tags (the values), in document order.
+void findValueSlots(const std::string& text, std::vector<std::pair<std::size_t, std::size_t>>& slots) {
+  slots.clear();
+  bool inTag = false;
+  for (std::size_t i = 0; i < text.size();) {
+    const char c = text[i];
+    if (inTag) {
+      if (c == '>') inTag = false;
+      ++i;
+    } else if (c == '<') {
+      inTag = true;
+      ++i;
+    } else if (c == ' ' || c == '\n' || c == '\t' || c == '\r') {
+      ++i;
+    } else {
+      const std::size_t start = i;
+      while (i < text.size() && text[i] != '<' && text[i] != ' ' && text[i] != '\n' && text[i] != '\t' &&
+             text[i] != '\r') {
+        ++i;
+      }
+      slots.emplace_back(start, i);
+    }
+  }
+}
 }  // namespace
 
 const std::string HxXmlOutputWriter::m_theFormatDescriptor("XML");
@@ -52,13 +108,18 @@ void HxXmlOutputWriter::discardXmlWriter() {
 
 void HxXmlOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stream) {
   discardXmlWriter();
+  m_templateKnown = false;
+  m_documentBuffer = stream.rdbuf();
 
   // Write through the caller's buffer, starting from the caller's stream state, so that a
   // stream that failed to open gets no document.
   m_documentStream.rdbuf(stream.rdbuf());
   m_documentStream.setstate(stream.rdstate());
   m_emptyVector.writeHeaderToStream(m_documentStream, m_xmlWriter, kDocumentName, HxXml::HxDefaultToken);
-  if (m_xmlWriter == nullptr) m_documentStream.rdbuf(nullptr);
+  if (m_xmlWriter == nullptr) {
+    m_documentStream.rdbuf(nullptr);
+    m_documentBuffer = nullptr;
+  }
 }
 
 void HxXmlOutputWriter::finalize(const HxSystemDataVector&, std::ostream&) {
@@ -66,6 +127,8 @@ void HxXmlOutputWriter::finalize(const HxSystemDataVector&, std::ostream&) {
   m_emptyVector.writeFooterToStream(m_xmlWriter);
   m_documentStream.flush();
   m_documentStream.rdbuf(nullptr);
+  m_documentBuffer = nullptr;
+  m_templateKnown = false;
 }
 
 void HxXmlOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent&, std::ostream&) const {}
@@ -73,5 +136,75 @@ void HxXmlOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, 
 
 void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream&) const {
   if (m_xmlWriter == nullptr) return;
-  m_emptyVector.appendElementToStream(m_xmlWriter, component);
+  const auto* record = component.type() == 1 ? dynamic_cast<const HxSystemDataStorage*>(&component) : nullptr;
+  if (record == nullptr) {
+    m_emptyVector.appendElementToStream(m_xmlWriter, component);
+    return;
+  }
+
+  // A record of a new shape makes a new template; a record whose template did not hold is
+  // written through the framework.
+  recordShape(*record, m_shapeProbe);
+  if (!m_templateKnown || m_shapeProbe != m_shape) {
+    m_shape = m_shapeProbe;  // both keep their capacity
+    m_templateKnown = true;
+    m_templateUsable = buildTemplate(*record);
+    return;
+  }
+  if (!m_templateUsable) {
+    m_emptyVector.appendElementToStream(m_xmlWriter, component);
+    return;
+  }
+  writeFromTemplate(*record);
+}
+
+bool HxXmlOutputWriter::buildTemplate(const HxSystemDataStorage& record) const {
+  // Write the record through the framework into memory, keeping the stream's state.
+  const std::ios::iostate state = m_documentStream.rdstate();
+  m_render.str(std::string());
+  m_documentStream.rdbuf(&m_render);
+  m_emptyVector.appendElementToStream(m_xmlWriter, record);
+  const bool rendered = m_documentStream.good();
+  m_documentStream.rdbuf(m_documentBuffer);
+  m_documentStream.setstate(state);
+  m_template = m_render.str();
+  put(m_template);
+  if (!rendered) return false;
+
+  // Every text between tags is a value; they must be the record's strings, in writing order.
+  record.getStringElements(m_scratch);
+  findValueSlots(m_template, m_slots);
+  if (m_slots.size() != m_scratch.size()) return false;
+  m_row.reserve(m_template.size() + m_slots.size() * HxDoubleTextCapacity);
+  for (std::size_t k = 0; k < m_slots.size(); ++k) {
+    const auto& slot = m_slots[k];
+    if (m_template.compare(slot.first, slot.second - slot.first, m_scratch[elementOfSlot(k, m_slots.size())]) != 0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void HxXmlOutputWriter::writeFromTemplate(const HxSystemDataStorage& record) const {
+  record.getStringElements(m_scratch);
+  const std::size_t count = m_slots.size();
+  // Room for the longest value texts: no allocation once the first such sample is written.
+  const std::size_t needed = m_template.size() + count * HxDoubleTextCapacity;
+  if (m_row.capacity() < needed) m_row.reserve(needed);
+  m_row.clear();
+  std::size_t done = 0;
+  for (std::size_t k = 0; k < count; ++k) {
+    m_row.append(m_template, done, m_slots[k].first - done);
+    m_row += m_scratch[elementOfSlot(k, count)];
+    done = m_slots[k].second;
+  }
+  m_row.append(m_template, done, std::string::npos);
+  put(m_row);
+}
+
+void HxXmlOutputWriter::put(const std::string& text) const {
+  if (text.empty() || !m_documentStream.good()) return;
+  std::streambuf* buffer = m_documentStream.rdbuf();
+  const auto size = static_cast<std::streamsize>(text.size());
+  if (buffer == nullptr || buffer->sputn(text.data(), size) != size) m_documentStream.setstate(std::ios::badbit);
 }

@@ -1,12 +1,17 @@
 #pragma once
 // HxXmlOutputWriter: the recording as one streamed XML document.
 
+#include <cstddef>
 #include <ostream>
+#include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "analysis/capture/HxSystemDataVector.h"
 #include "analysis/writers/HxBaseOutputWriter.h"
 
+class HxSystemDataStorage;
 class HxXmlWriter;
 
 /// Writes the recording as one XML document (".xml"), streamed element by element through the
@@ -15,6 +20,13 @@ class HxXmlWriter;
 /// vector, not the number of samples), the capture configuration as one "generalCapture"
 /// element, one "generalStorage" element per sample, and the root's end tag written by
 /// `finalize`. A recording never finished leaves the document unclosed.
+///
+/// Samples are written fast without changing a byte: the first sample record of a shape is
+/// written through the framework and its text kept as a template; each later record of the same
+/// shape is the template with its values' texts (the record's own cached `getStringElements`,
+/// the very texts the framework would write) put in their places, so a sample's values are not
+/// turned into text a second time. A record whose written text does not match its strings
+/// slot for slot is always written through the framework.
 ///
 /// The `HxXmlWriter` writes through a stream of this writer's own that shares the caller's
 /// stream buffer. Before an XML writer is discarded (a second `initialize`, or the destructor)
@@ -69,6 +81,13 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
  private:
   /// Detaches the writer's stream from the caller's buffer and deletes a held XML writer.
   void discardXmlWriter();
+  /// Writes `record` through the framework into a template, checks its value slots against the
+  /// record's strings and writes the text to the document. Returns whether the template holds.
+  bool buildTemplate(const HxSystemDataStorage& record) const;
+  /// Writes `record` as the template with its current values.
+  void writeFromTemplate(const HxSystemDataStorage& record) const;
+  /// Hands bytes to the document's buffer, as the XML writer would.
+  void put(const std::string& text) const;
 
   static const std::string m_theFormatDescriptor;
   static const std::string m_theFileExtension;
@@ -78,5 +97,18 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   HxSystemDataVector m_emptyVector;
   // The stream the XML writer writes to; it shares the caller's stream buffer while a
   // document is open and has none otherwise.
-  std::ostream m_documentStream{nullptr};
+  mutable std::ostream m_documentStream{nullptr};
+  std::streambuf* m_documentBuffer = nullptr;
+
+  // Sample template: the text of a record written through the framework, the positions of
+  // its value texts in document order, and the shape of the record it was made for.
+  mutable std::stringbuf m_render;
+  mutable std::string m_template;
+  mutable std::vector<std::pair<std::size_t, std::size_t>> m_slots;
+  mutable std::vector<std::size_t> m_shape;
+  mutable std::vector<std::size_t> m_shapeProbe;
+  mutable bool m_templateKnown = false;
+  mutable bool m_templateUsable = false;
+  mutable std::vector<std::string> m_scratch;
+  mutable std::string m_row;
 };

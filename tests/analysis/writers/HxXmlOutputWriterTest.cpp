@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -13,6 +14,8 @@
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
+#include "framework/HxXmlTokens.h"
+#include "framework/HxXmlWriter.h"
 
 namespace {
 
@@ -93,6 +96,49 @@ TEST(HxXmlOutputWriter, DocumentReadsBackAsConfigurationAndSamples) {
     storage.computeElementSize();  // not serialised
     EXPECT_TRUE(storage == (i == 1 ? first : second)) << "sample " << i;
   }
+}
+
+// Samples after the first of a shape are written from a template; the document is byte for
+// byte what the framework writes element by element, across value changes (long, short,
+// negative, inf and nan texts), a change of the record's shape and a component of another kind.
+TEST(HxXmlOutputWriter, TemplateWritesWhatTheFrameworkWrites) {
+  Recording r = makeRecording();
+  Recording other;
+  ASSERT_TRUE(other.capture.addLinkDataCaptureType(2, "wrist", HxSimAnalysis::HxExternalForceDataCaptureTypeToken));
+  ASSERT_TRUE(other.capture.addManipulatorDataCaptureType(0, HxSimAnalysis::HxBasePositionDataCaptureTypeToken));
+  other.capture.allocateStorage(other.storage);
+
+  const HxSystemDataVector data;
+  HxXmlOutputWriter writer;
+  std::ostringstream fast;
+  std::ostringstream reference;
+  HxXmlWriter* referenceWriter = nullptr;
+  HxSystemDataVector referenceVector;
+  ASSERT_TRUE(referenceVector.writeHeaderToStream(reference, referenceWriter, "capturedDataStream",
+                                                  HxXml::HxDefaultToken));
+  writer.initialize(data, fast);
+  auto both = [&](const HxBaseSystemDataComponent& component) {
+    writer.writeDataComponent(component, fast);
+    referenceVector.appendElementToStream(referenceWriter, component);
+  };
+  both(r.capture);
+  const double values[] = {0.0, 1.0 / 3.0, -1e300, 12345678.875, std::numeric_limits<double>::infinity(),
+                           std::numeric_limits<double>::quiet_NaN(), 5e-324, -0.0};
+  unsigned int index = 0;
+  for (const double v : values) {
+    setSample(r.storage, v, index++ * 1000u, v);
+    both(r.storage);
+  }
+  for (int i = 0; i < 3; ++i) {
+    other.storage.setTime(i);
+    other.storage.setSpecificLinkLevelData(0, 0, 0, 5, 1.0 / (i + 7));
+    both(other.storage);
+  }
+  both(r.capture);
+  both(r.storage);
+  writer.finalize(data, fast);
+  referenceVector.writeFooterToStream(referenceWriter);
+  EXPECT_EQ(fast.str(), reference.str());
 }
 
 // With no samples the document still holds the root and the configuration; abandoned before

@@ -1,0 +1,240 @@
+// Recording one sample of 196 values (194 captured columns, time and path-point index) through
+// the recorder into real files, with each writer alone and with all five together, beside a
+// baseline measured in the same run that writes the same values once as shortest text
+// (std::to_chars into a buffer, one fwrite per row). The configuration is that of two 7-joint
+// manipulators: base position; joint position, velocity, acceleration and torque and the
+// external force on every link; placement, velocity and acceleration of one end effector.
+//
+// Reported per benchmark: time per sample (one iteration is one sample), bytes written per
+// second (the files' growth), and allocs_per_sample, the heap allocations per sample once the
+// first sample has been written (the goal is 0). Files are restarted every few thousand
+// samples (outside the timing) so that the temporary directory stays small.
+
+#include <benchmark/benchmark.h>
+
+#include <unistd.h>
+
+#include <charconv>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "analysis/capture/HxSystemDataCapture.h"
+#include "analysis/storage/HxSystemDataStorage.h"
+#include "analysis/storage/HxSystemStoredData.h"
+#include "analysis/writers/HxMathematicaOutputWriter.h"
+#include "analysis/writers/HxMatlabOutputWriter.h"
+#include "analysis/writers/HxMrdOutputWriter.h"
+#include "analysis/writers/HxOutputWriterVector.h"
+#include "analysis/writers/HxTextOutputWriter.h"
+#include "analysis/writers/HxXmlOutputWriter.h"
+#include "analysis/xml/HxSimAnalysisTokens.h"
+#include "bench/HxAllocationCounter.h"
+#include "simulation/HxScriptedSimulation.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace HxSimAnalysis;
+
+constexpr unsigned int kManipulators = 2;
+constexpr unsigned int kJoints = 7;
+constexpr int kSamplesPerFile = 4096;
+
+// A scripted system with values of every magnitude, and the capture configuration over it.
+struct Scene {
+  HxScriptedSimulation simulation{kManipulators, kJoints, 1};
+  HxSystemDataCapture capture;
+
+  Scene() {
+    simulation.setDynamicsEnabled(true);
+    double v = 0.123456789;
+    auto next = [&v]() {
+      v = v * 7.31 + 0.0173;
+      if (v > 1000.0) v /= 997.0;
+      return v;
+    };
+    for (unsigned int m = 0; m < kManipulators; ++m) {
+      std::vector<double> positions, velocities;
+      std::vector<HxGeneralForce> forces;
+      for (unsigned int j = 0; j < kJoints; ++j) {
+        positions.push_back(next());
+        velocities.push_back(-next());
+        forces.emplace_back(next(), next(), next(), next(), next(), next());
+      }
+      simulation.setJointPositions(m, positions);
+      simulation.setJointVelocities(m, velocities);
+      simulation.individualSimulator(m).setJointAccelerations(velocities);
+      simulation.individualSimulator(m).setJointTorques(positions);
+      simulation.externalForce(m).setForces(forces);
+      simulation.activeState(m).mutablePositionState().setCoordSystemXform(
+          HxCoordSystemXform(HxVector(next(), next(), next()), HxOrientation(0.5, -0.5, 0.5, 0.5)));
+      simulation.setEndEffectorPlacement(
+          m, 0, HxEndEffectorPlacement(HxVector(next(), next(), next()), HxOrientation(0.5, 0.5, -0.5, 0.5)));
+      simulation.setEndEffectorVelocity(m, 0, HxGeneralMotion(next(), next(), next(), next(), next(), next()));
+      simulation.setEndEffectorAcceleration(m, 0, HxGeneralMotion(next(), next(), next(), next(), next(), next()));
+
+      const HxIndividualManipulator& arm = simulation.manipulators()[m];
+      capture.addManipulatorDataCaptureType(m, HxBasePositionDataCaptureTypeToken);
+      for (const HxToken* token : {&HxJointPositionDataCaptureTypeToken, &HxJointVelocityDataCaptureTypeToken,
+                                   &HxJointAccelerationDataCaptureTypeToken, &HxJointTorqueDataCaptureTypeToken,
+                                   &HxExternalForceDataCaptureTypeToken}) {
+        capture.addLinkDataCaptureType(m, *token, arm);
+      }
+      for (const HxToken* token : {&HxEndEffectorPlacementDataCaptureTypeToken,
+                                   &HxEndEffectorVelocityDataCaptureTypeToken,
+                                   &HxEndEffectorAccelerationDataCaptureTypeToken}) {
+        capture.addEndEffectorDataCaptureType(m, 0u, *token);
+      }
+    }
+    capture.captureData(simulation);
+  }
+};
+
+const Scene& scene() {
+  static const Scene instance;
+  return instance;
+}
+
+// A temporary directory for one benchmark's files, removed afterwards.
+class BenchDir {
+ public:
+  explicit BenchDir(const std::string& name)
+      : path_(fs::temp_directory_path() / ("hx_bench_writers_" + std::to_string(::getpid()) + "_" + name)) {
+    fs::remove_all(path_);
+    fs::create_directories(path_);
+  }
+  ~BenchDir() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  std::string base() const { return (path_ / "run").string(); }
+  std::uintmax_t bytes() const {
+    std::uintmax_t total = 0;
+    for (const auto& entry : fs::directory_iterator(path_)) total += entry.file_size();
+    return total;
+  }
+
+ private:
+  fs::path path_;
+};
+
+// Time of sample i: changes every sample, so the record's text is always renewed.
+double sampleTime(std::int64_t i) { return 0.001 * static_cast<double>(i) + 1.0 / 3.0; }
+
+void reportCounters(benchmark::State& state, std::uint64_t bytes, std::uint64_t allocations) {
+  state.SetBytesProcessed(static_cast<std::int64_t>(bytes));
+  state.SetItemsProcessed(state.iterations());
+  state.counters["allocs_per_sample"] =
+      benchmark::Counter(static_cast<double>(allocations), benchmark::Counter::kAvgIterations);
+}
+
+// Records samples through the recorder with the given writers.
+void recordWith(benchmark::State& state, const HxOutputWriterVector& writers, const std::string& name) {
+  const Scene& s = scene();
+  BenchDir dir(name);
+  HxSystemStoredData recorder;
+  recorder.setOutputWriterVector(writers);
+  recorder.allocateStorage(s.capture);
+  recorder.beginSaveToFile(dir.base());
+  recorder.saveCapturedData(sampleTime(0), 0, s.capture);  // warms every buffer
+
+  std::uint64_t bytes = 0;
+  std::uint64_t allocations = 0;
+  std::int64_t inFile = 0;
+  std::int64_t i = 1;
+  HxAllocationCounter counter;
+  for (auto _ : state) {
+    recorder.saveCapturedData(sampleTime(i), static_cast<unsigned int>(i & 7), s.capture);
+    ++i;
+    if (++inFile == kSamplesPerFile) {
+      state.PauseTiming();
+      allocations += counter.allocations();
+      recorder.finishSaveToFile();
+      bytes += dir.bytes();
+      recorder.beginSaveToFile(dir.base());
+      recorder.saveCapturedData(sampleTime(i), 0, s.capture);
+      inFile = 0;
+      counter.restart();
+      state.ResumeTiming();
+    }
+  }
+  allocations += counter.allocations();
+  recorder.finishSaveToFile();
+  bytes += dir.bytes();
+  reportCounters(state, bytes, allocations);
+}
+
+template <class... Writers>
+void recordWithWriters(benchmark::State& state, const char* name) {
+  HxOutputWriterVector writers;
+  (writers.pushBack(Writers()), ...);
+  recordWith(state, writers, name);
+}
+
+void BM_Writers_Text(benchmark::State& state) { recordWithWriters<HxTextOutputWriter>(state, "text"); }
+void BM_Writers_Xml(benchmark::State& state) { recordWithWriters<HxXmlOutputWriter>(state, "xml"); }
+void BM_Writers_Mrd(benchmark::State& state) { recordWithWriters<HxMrdOutputWriter>(state, "mrd"); }
+void BM_Writers_Matlab(benchmark::State& state) { recordWithWriters<HxMatlabOutputWriter>(state, "matlab"); }
+void BM_Writers_Mathematica(benchmark::State& state) {
+  recordWithWriters<HxMathematicaOutputWriter>(state, "mathematica");
+}
+void BM_Writers_AllFive(benchmark::State& state) {
+  recordWithWriters<HxTextOutputWriter, HxXmlOutputWriter, HxMrdOutputWriter, HxMatlabOutputWriter,
+                    HxMathematicaOutputWriter>(state, "all");
+}
+
+// The same values, written once as shortest text: to_chars into a row buffer, one fwrite per row.
+void BM_Writers_Baseline(benchmark::State& state) {
+  const Scene& s = scene();
+  BenchDir dir("baseline");
+  HxSystemDataStorage record;
+  s.capture.allocateStorage(record);
+  s.capture.storeData(record);
+  std::vector<double> values;
+  record.getRealElements(values, false);
+  std::vector<char> row(values.size() * 32 + 1);
+
+  const std::string path = dir.base() + ".csv";
+  std::FILE* file = std::fopen(path.c_str(), "w");
+  std::uint64_t bytes = 0;
+  std::int64_t inFile = 0;
+  std::int64_t i = 1;
+  HxAllocationCounter counter;
+  for (auto _ : state) {
+    values[0] = sampleTime(i);
+    values[1] = static_cast<double>(i & 7);
+    ++i;
+    char* p = row.data();
+    char* const end = row.data() + row.size();
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      p = std::to_chars(p, end, values[k]).ptr;
+      *p++ = k + 1 < values.size() ? ',' : '\n';
+    }
+    std::fwrite(row.data(), 1, static_cast<std::size_t>(p - row.data()), file);
+    bytes += static_cast<std::uint64_t>(p - row.data());
+    if (++inFile == kSamplesPerFile) {
+      state.PauseTiming();
+      std::fclose(file);
+      file = std::fopen(path.c_str(), "w");
+      inFile = 0;
+      state.ResumeTiming();
+    }
+  }
+  const std::uint64_t allocations = counter.allocations();
+  std::fclose(file);
+  reportCounters(state, bytes, allocations);
+}
+
+BENCHMARK(BM_Writers_Baseline)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_Text)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_Xml)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_Mrd)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_Matlab)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_Mathematica)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_AllFive)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+
+BENCHMARK_MAIN();
