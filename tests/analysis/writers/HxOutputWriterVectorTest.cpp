@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <ostream>
 #include <sstream>
 #include <string>
 
@@ -31,6 +32,9 @@ struct WriterIdentity {
   const char* descriptor;
   const char* extension;
 };
+
+// Names the parameter in test listings.
+void PrintTo(const WriterIdentity& id, std::ostream* os) { *os << id.name; }
 
 template <class W>
 std::unique_ptr<HxBaseOutputWriter> makeWriter() {
