@@ -5,6 +5,9 @@
 // manipulators: base position; joint position, velocity, acceleration and torque and the
 // external force on every link; placement, velocity and acceleration of one end effector.
 //
+// StoreOnly and StoreAndText measure apart what every writer's sample shares: the recorder's
+// stamping and storeData, and the record's text made once per sample.
+//
 // Reported per benchmark: time per sample (one iteration is one sample), bytes written per
 // second (the files' growth), and allocs_per_sample, the heap allocations per sample once the
 // first sample has been written (the goal is 0). Files are restarted every few thousand
@@ -185,6 +188,41 @@ void BM_Writers_AllFive(benchmark::State& state) {
                     HxMathematicaOutputWriter>(state, "all");
 }
 
+// What every writer's sample shares, measured apart: the recorder without writers (stamping
+// and storeData only), and the same followed by the record's text (getStringElements).
+void BM_Writers_StoreOnly(benchmark::State& state) {
+  const Scene& s = scene();
+  HxSystemStoredData recorder;
+  recorder.allocateStorage(s.capture);
+  recorder.beginSaveToFile("unused");  // no writers: no file
+  std::int64_t i = 1;
+  HxAllocationCounter counter;
+  for (auto _ : state) {
+    recorder.saveCapturedData(sampleTime(i), static_cast<unsigned int>(i & 7), s.capture);
+    ++i;
+  }
+  reportCounters(state, 0, counter.allocations());
+}
+
+void BM_Writers_StoreAndText(benchmark::State& state) {
+  const Scene& s = scene();
+  HxSystemDataStorage record;
+  s.capture.allocateStorage(record);
+  std::vector<std::string> text;
+  record.getStringElements(text);
+  std::int64_t i = 1;
+  HxAllocationCounter counter;
+  for (auto _ : state) {
+    record.setTime(sampleTime(i));
+    record.setPathPointIndex(static_cast<unsigned int>(i & 7));
+    s.capture.storeData(record);
+    record.getStringElements(text);
+    benchmark::DoNotOptimize(text.data());
+    ++i;
+  }
+  reportCounters(state, 0, counter.allocations());
+}
+
 // The same values, written once as shortest text: to_chars into a row buffer, one fwrite per row.
 void BM_Writers_Baseline(benchmark::State& state) {
   const Scene& s = scene();
@@ -228,6 +266,8 @@ void BM_Writers_Baseline(benchmark::State& state) {
 }
 
 BENCHMARK(BM_Writers_Baseline)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_StoreOnly)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_Writers_StoreAndText)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Writers_Text)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Writers_Xml)->Unit(benchmark::kMicrosecond);
 BENCHMARK(BM_Writers_Mrd)->Unit(benchmark::kMicrosecond);
