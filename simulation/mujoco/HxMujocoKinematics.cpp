@@ -1,5 +1,7 @@
 #include "simulation/mujoco/HxMujocoKinematics.h"
 
+#include <cstdint>
+#include <cstring>
 #include <utility>
 
 #include "simulation/HxEndEffectorPlacement.h"
@@ -12,60 +14,91 @@ HxMujocoKinematics::HxMujocoKinematics(HxMujocoModelPtr model, std::shared_ptr<c
 
 HxMujocoKinematics::~HxMujocoKinematics() { mj_deleteData(scratch_); }
 
+namespace {
+
+// Stores `value` in `slot`; true when that changed the slot. Bit-for-bit: an evaluation stands
+// only for exactly the inputs it was made from (0.0 and -0.0 differ, a NaN equals itself).
+bool store(double& slot, double value) {
+  std::uint64_t held = 0, given = 0;
+  std::memcpy(&held, &slot, sizeof held);
+  std::memcpy(&given, &value, sizeof given);
+  if (held == given) return false;
+  slot = value;
+  return true;
+}
+
+// The free joint holds the linear part of a base motion in the world frame and the angular
+// part in the body frame of orientation `quat`.
+void loadFreeMotion(double* out, const double motion[6], const double quat[4]) {
+  double inverse[4];
+  mju_negQuat(inverse, quat);
+  for (int i = 0; i < 3; ++i) out[i] = motion[i];
+  mju_rotVecQuat(out + 3, motion + 3, inverse);
+}
+
+}  // namespace
+
 bool HxMujocoKinematics::evaluate(const HxManipulatorActiveState& state, Stage stage) const {
   const mjModel* m = model_.get();
   mjData* d = scratch_;
   const HxMujocoManipulatorLayout& layout = *layout_;
   const std::size_t n = layout.joints.size();
+  const bool freeBase = layout.freeJoint >= 0;
 
   // Positions: joints, and the base when it is free.
   const auto& position = state.positionState();
   if (position.jointPositions().size() != n) return false;
-  for (std::size_t j = 0; j < n; ++j) d->qpos[layout.qposAddresses[j]] = position.jointPositions()[j];
-  double baseQuat[4] = {1.0, 0.0, 0.0, 0.0};
-  if (layout.freeJoint >= 0) {
+  bool changed = evaluated_ == Stage::None;
+  for (std::size_t j = 0; j < n; ++j) changed |= store(d->qpos[layout.qposAddresses[j]], position.jointPositions()[j]);
+  if (freeBase) {
     const HxCoordSystemXform& base = position.coordSystemXform();
-    double* q = d->qpos + layout.freeQposAddress;
-    for (int i = 0; i < 3; ++i) q[i] = base.translation()[i];
-    for (int i = 0; i < 4; ++i) baseQuat[i] = base.orientation()[i];
-    mju_normalize4(baseQuat);
-    for (int i = 0; i < 4; ++i) q[3 + i] = baseQuat[i];
+    for (int i = 0; i < 3; ++i) changed |= store(basePlacement_[i], base.translation()[i]);
+    for (int i = 0; i < 4; ++i) changed |= store(basePlacement_[3 + i], base.orientation()[i]);
   }
-  mj_kinematics(m, d);
-  mj_comPos(m, d);
+  if (changed) {
+    if (freeBase) {
+      double* q = d->qpos + layout.freeQposAddress;
+      mju_copy3(q, basePlacement_);
+      mju_copy4(q + 3, basePlacement_ + 3);
+      mju_normalize4(q + 3);
+    }
+    mj_kinematics(m, d);
+    mj_comPos(m, d);
+    evaluated_ = Stage::Position;
+  }
   if (stage == Stage::Position) return true;
+  const double* baseQuat = freeBase ? d->qpos + layout.freeQposAddress + 3 : nullptr;  // normalised
 
-  // Velocities: a free joint holds the linear part in the world frame and the angular part in
-  // the body frame.
+  // Velocities, in the world frame for the base.
   const auto& velocity = state.velocityState();
   if (velocity.jointVelocities().size() != n) return false;
-  for (std::size_t j = 0; j < n; ++j) d->qvel[layout.dofAddresses[j]] = velocity.jointVelocities()[j];
-  if (layout.freeJoint >= 0) {
-    double* v = d->qvel + layout.freeDofAddress;
-    const HxGeneralMotion& base = velocity.baseVelocity();
-    const double angular[3] = {base[3], base[4], base[5]};
-    double inverse[4];
-    mju_negQuat(inverse, baseQuat);
-    for (int i = 0; i < 3; ++i) v[i] = base[i];
-    mju_rotVecQuat(v + 3, angular, inverse);
+  changed = evaluated_ < Stage::Velocity;
+  for (std::size_t j = 0; j < n; ++j) changed |= store(d->qvel[layout.dofAddresses[j]], velocity.jointVelocities()[j]);
+  if (freeBase) {
+    for (int i = 0; i < 6; ++i) changed |= store(baseVelocity_[i], velocity.baseVelocity()[i]);
   }
-  mj_comVel(m, d);
+  if (changed) {
+    if (freeBase) loadFreeMotion(d->qvel + layout.freeDofAddress, baseVelocity_, baseQuat);
+    mj_comVel(m, d);
+    evaluated_ = Stage::Velocity;
+  }
   if (stage == Stage::Velocity) return true;
 
   // Accelerations, in the same split as the velocities.
   const auto& acceleration = state.accelerationState();
   if (acceleration.jointAccelerations().size() != n) return false;
-  for (std::size_t j = 0; j < n; ++j) d->qacc[layout.dofAddresses[j]] = acceleration.jointAccelerations()[j];
-  if (layout.freeJoint >= 0) {
-    double* a = d->qacc + layout.freeDofAddress;
-    const HxGeneralMotion& base = acceleration.baseAcceleration();
-    const double angular[3] = {base[3], base[4], base[5]};
-    double inverse[4];
-    mju_negQuat(inverse, baseQuat);
-    for (int i = 0; i < 3; ++i) a[i] = base[i];
-    mju_rotVecQuat(a + 3, angular, inverse);
+  changed = evaluated_ < Stage::Acceleration;
+  for (std::size_t j = 0; j < n; ++j) {
+    changed |= store(d->qacc[layout.dofAddresses[j]], acceleration.jointAccelerations()[j]);
   }
-  mj_rnePostConstraint(m, d);
+  if (freeBase) {
+    for (int i = 0; i < 6; ++i) changed |= store(baseAcceleration_[i], acceleration.baseAcceleration()[i]);
+  }
+  if (changed) {
+    if (freeBase) loadFreeMotion(d->qacc + layout.freeDofAddress, baseAcceleration_, baseQuat);
+    mj_rnePostConstraint(m, d);
+    evaluated_ = Stage::Acceleration;
+  }
   return true;
 }
 

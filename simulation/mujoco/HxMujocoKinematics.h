@@ -24,6 +24,13 @@ class HxAccelerationState;
 /// angular. Accelerations are kinematic (gravity removed). A fixed base takes its placement
 /// from the model; a free base takes it from the state. Queries do not allocate; they are not
 /// thread-safe (one scratch per object).
+///
+/// Repeated queries for one state are answered from the evaluation already on the scratch
+/// data: each stage (positions; velocities; accelerations) is evaluated again only when an
+/// input it depends on differs bit for bit from what was loaded last, so the placement,
+/// velocity, acceleration and centre of mass of every end effector of one sample cost one
+/// evaluation, whichever state object (the simulation's, a copy, one built by the caller)
+/// hands the values in.
 class HxMujocoKinematics : public HxManipulatorKinematics {
  public:
   HxMujocoKinematics(HxMujocoModelPtr model, std::shared_ptr<const HxMujocoManipulatorLayout> layout);
@@ -49,12 +56,21 @@ class HxMujocoKinematics : public HxManipulatorKinematics {
   static HxGeneralMotion accelerationIn(const mjModel* m, const mjData* d, int objectType, int objectId);
 
  private:
-  enum class Stage { Position, Velocity, Acceleration };
-  /// Writes the state into the scratch data and evaluates it up to `stage`; false when the
-  /// state's sizes do not match the manipulator.
+  /// Stages of an evaluation, in order; each needs the ones before it.
+  enum class Stage { None, Position, Velocity, Acceleration };
+  /// Makes the scratch data hold `state` evaluated up to `stage`, re-evaluating only the
+  /// stages whose inputs changed since the last call; false when the state's sizes do not
+  /// match the manipulator (the stages evaluated so far stay valid).
   bool evaluate(const HxManipulatorActiveState& state, Stage stage) const;
 
   HxMujocoModelPtr model_;
   std::shared_ptr<const HxMujocoManipulatorLayout> layout_;
   mjData* scratch_ = nullptr;
+  // What the scratch data holds: the last stage evaluated, and the free base's inputs as the
+  // caller gave them (the scratch keeps them normalised and rotated). Joint inputs are
+  // compared with the scratch's qpos, qvel and qacc themselves.
+  mutable Stage evaluated_ = Stage::None;
+  mutable double basePlacement_[7] = {};     // translation, then orientation (w, x, y, z)
+  mutable double baseVelocity_[6] = {};      // linear, then angular, world frame
+  mutable double baseAcceleration_[6] = {};  // linear, then angular, world frame
 };

@@ -23,42 +23,6 @@ constexpr double kPdBandwidth = 25.0;        // rad/s: natural frequency of the 
 constexpr double kPdDampingRatio = 1.0;
 constexpr double kJointLimitMargin = 1e-3;   // rad (m): distance to a limit that counts as at the limit
 
-// Smallest eigenvalue of the symmetric k x k matrix `a` (k <= 6, row major, destroyed) by
-// cyclic Jacobi rotations.
-double smallestEigenvalue(double* a, int k) {
-  for (int sweep = 0; sweep < 50; ++sweep) {
-    double off = 0.0;
-    for (int p = 0; p < k; ++p)
-      for (int q = p + 1; q < k; ++q) off += a[p * k + q] * a[p * k + q];
-    if (off < 1e-30) break;
-    for (int p = 0; p < k; ++p) {
-      for (int q = p + 1; q < k; ++q) {
-        const double apq = a[p * k + q];
-        if (std::fabs(apq) < 1e-300) continue;
-        const double theta = (a[q * k + q] - a[p * k + p]) / (2.0 * apq);
-        const double t = (theta >= 0 ? 1.0 : -1.0) / (std::fabs(theta) + std::sqrt(theta * theta + 1.0));
-        const double c = 1.0 / std::sqrt(t * t + 1.0);
-        const double s = t * c;
-        for (int r = 0; r < k; ++r) {
-          const double arp = a[r * k + p];
-          const double arq = a[r * k + q];
-          a[r * k + p] = c * arp - s * arq;
-          a[r * k + q] = s * arp + c * arq;
-        }
-        for (int r = 0; r < k; ++r) {
-          const double apr = a[p * k + r];
-          const double aqr = a[q * k + r];
-          a[p * k + r] = c * apr - s * aqr;
-          a[q * k + r] = s * apr + c * aqr;
-        }
-      }
-    }
-  }
-  double smallest = a[0];
-  for (int i = 1; i < k; ++i) smallest = std::min(smallest, a[i * k + i]);
-  return smallest;
-}
-
 // Rotation vector (world frame) that takes orientation `from` to orientation `to`.
 void rotationError(double out[3], const double to[4], const double from[4]) {
   double local[3];
@@ -174,22 +138,41 @@ struct HxMujocoSimulation::Impl {
     return rows;
   }
 
-  // Smallest singular value of the Jacobian held in `jacobian` (rows x n).
-  double smallestSingularValue(int rows, int n) {
+  // True when the smallest singular value of the Jacobian held in `jacobian` (rows x n) is
+  // below `threshold`. With G the smaller Gram matrix (J J' or J'J, k = min(rows, n)), that
+  // is "the smallest eigenvalue of G is below threshold^2", decided without computing it: a
+  // Cholesky factorisation of G - threshold^2 I meets a non-positive pivot exactly when the
+  // matrix is not positive definite.
+  bool singularBelow(int rows, int n, double threshold) {
+    if (threshold <= 0.0) return false;  // singular values are never negative
     const bool wide = rows <= n;
     const int k = wide ? rows : n;
+    double* g = gram.data();
     for (int a = 0; a < k; ++a) {
-      for (int b = 0; b < k; ++b) {
-        double sum = 0.0;
+      for (int b = 0; b <= a; ++b) {
+        double sum = a == b ? -threshold * threshold : 0.0;
         if (wide) {
           for (int j = 0; j < n; ++j) sum += jacobian[a * n + j] * jacobian[b * n + j];
         } else {
           for (int r = 0; r < rows; ++r) sum += jacobian[r * n + a] * jacobian[r * n + b];
         }
-        gram[a * k + b] = sum;
+        g[a * k + b] = sum;
       }
     }
-    return std::sqrt(std::max(0.0, smallestEigenvalue(gram.data(), k)));
+    // Lower-triangular factor in place, row by row.
+    for (int a = 0; a < k; ++a) {
+      for (int b = 0; b <= a; ++b) {
+        double sum = g[a * k + b];
+        for (int c = 0; c < b; ++c) sum -= g[a * k + c] * g[b * k + c];
+        if (a == b) {
+          if (!(sum > 0.0)) return true;
+          g[a * k + a] = std::sqrt(sum);
+        } else {
+          g[a * k + b] = sum / g[b * k + b];
+        }
+      }
+    }
+    return false;
   }
 
   // Moves to the next path point once the current one has been reached and held.
@@ -200,25 +183,43 @@ struct HxMujocoSimulation::Impl {
     control.reachedAt = -1.0;
   }
 
-  // One control-output update of manipulator k over `dt`: damped least-squares inverse
-  // kinematics toward the current path point, evaluated at the control output.
-  void updateControlOutput(std::size_t k, double dt) {
+  // True when manipulator k has a path to follow with an end effector.
+  bool follows(std::size_t k) const { return !controls[k].path.empty() && !layouts[k]->endEffectors.empty(); }
+
+  // One control-output update of every manipulator over `dt`: damped least-squares inverse
+  // kinematics toward the current path point, evaluated at the control output. Trees are
+  // independent, so one evaluation of the control data serves every manipulator.
+  void updateControlOutputs(double dt) {
+    // Paths move on; the control outputs (on the base where it actually is) are loaded.
+    mjData* s = controlData;
+    bool anyFollows = false;
+    for (std::size_t k = 0; k < layouts.size(); ++k) {
+      const auto& layout = *layouts[k];
+      auto& control = controls[k];
+      std::copy(control.velocity.begin(), control.velocity.end(), control.previousVelocity.begin());
+      advancePath(control);
+      if (!follows(k)) {
+        std::fill(control.velocity.begin(), control.velocity.end(), 0.0);
+        continue;
+      }
+      for (std::size_t j = 0; j < layout.joints.size(); ++j) s->qpos[layout.qposAddresses[j]] = control.position[j];
+      if (layout.freeJoint >= 0) mju_copy(s->qpos + layout.freeQposAddress, data->qpos + layout.freeQposAddress, 7);
+      anyFollows = true;
+    }
+    if (!anyFollows) return;
+    mj_kinematics(m(), s);
+    mj_comPos(m(), s);
+    for (std::size_t k = 0; k < layouts.size(); ++k) {
+      if (follows(k)) solveControlOutput(k, dt);
+    }
+  }
+
+  // The inverse-kinematics update of manipulator k over `dt`, from the evaluated control data.
+  void solveControlOutput(std::size_t k, double dt) {
     const auto& layout = *layouts[k];
     auto& control = controls[k];
     const int n = static_cast<int>(layout.joints.size());
-    std::copy(control.velocity.begin(), control.velocity.end(), control.previousVelocity.begin());
-    advancePath(control);
-    if (control.path.empty() || layout.endEffectors.empty()) {
-      std::fill(control.velocity.begin(), control.velocity.end(), 0.0);
-      return;
-    }
-
-    // Kinematics at the control output (the base where it actually is).
-    mjData* s = controlData;
-    for (int j = 0; j < n; ++j) s->qpos[layout.qposAddresses[j]] = control.position[j];
-    if (layout.freeJoint >= 0) mju_copy(s->qpos + layout.freeQposAddress, data->qpos + layout.freeQposAddress, 7);
-    mj_kinematics(m(), s);
-    mj_comPos(m(), s);
+    const mjData* s = controlData;
 
     // End-effector error (translation, then rotation for a frame end effector), world frame.
     const HxMujocoEndEffectorLayout& e = layout.endEffectors[control.controlled];
@@ -501,11 +502,11 @@ HxBoolean HxMujocoSimulation::step() {
     // The evaluated state at t (controls included) is integrated to t + dt; then the control
     // output moves on and the new state is evaluated with the controller in the loop.
     s.integrate();
-    for (std::size_t k = 0; k < s.layouts.size(); ++k) s.updateControlOutput(k, dt);
+    s.updateControlOutputs(dt);
   } else {
     // The state is the control output.
+    s.updateControlOutputs(dt);
     for (std::size_t k = 0; k < s.layouts.size(); ++k) {
-      s.updateControlOutput(k, dt);
       const auto& layout = *s.layouts[k];
       for (std::size_t j = 0; j < layout.joints.size(); ++j) {
         s.data->qpos[layout.qposAddresses[j]] = s.controls[k].position[j];
@@ -704,9 +705,9 @@ void HxMujocoSimulation::refresh() {
       atLimit = q <= m->jnt_range[2 * joint] + kJointLimitMargin || q >= m->jnt_range[2 * joint + 1] - kJointLimitMargin;
     }
     bool singular = false;
-    for (const auto& e : layout.endEffectors) {
-      const int rows = s.endEffectorJacobian(d, layout, e);
-      if (s.smallestSingularValue(rows, static_cast<int>(n)) < s.singularityThreshold) singular = true;
+    for (std::size_t e = 0; e < layout.endEffectors.size() && !singular; ++e) {
+      const int rows = s.endEffectorJacobian(d, layout, layout.endEffectors[e]);
+      singular = s.singularBelow(rows, static_cast<int>(n), s.singularityThreshold);
     }
     bool contact = false;
     for (int c = 0; c < d->ncon && !contact; ++c) {
