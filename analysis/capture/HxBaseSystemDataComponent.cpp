@@ -17,6 +17,10 @@ HxBaseSystemDataComponent& HxBaseSystemDataComponent::operator=(const HxBaseSyst
 
 HxBaseSystemDataComponent::~HxBaseSystemDataComponent() = default;
 
+const HxElementText* HxBaseSystemDataComponent::elementText() const { return nullptr; }
+
+const HxElementValues* HxBaseSystemDataComponent::elementValues() const { return nullptr; }
+
 HxBoolean HxBaseSystemDataComponent::write(HxXmlWriter& writer) const { return HxXmlCompoundType::write(writer); }
 
 HxBoolean HxBaseSystemDataComponent::read(HxXmlReader& reader) { return HxXmlCompoundType::read(reader); }

@@ -1,11 +1,37 @@
 #pragma once
 // HxBaseSystemDataComponent: common base of capture configurations and sample records.
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "framework/HxTypes.h"
 #include "framework/HxXmlCompoundType.h"
+
+/// A component's string elements as one block of text, for writers that copy them as they stand.
+/// Element i occupies `chars[offsets[i]]` up to, not including, `chars[offsets[i + 1] - 1]`, and
+/// is followed by one ',': the block `chars[0 .. offsets[count] - 1)` is therefore the elements
+/// joined by commas. `offsets` has `count + 1` entries and `offsets[0]` is 0.
+struct HxElementText {
+  const char* chars = nullptr;
+  const HxU32* offsets = nullptr;
+  std::size_t count = 0;
+
+  /// Element `i` (below `count`).
+  std::string_view element(std::size_t i) const {
+    return std::string_view(chars + offsets[i], offsets[i + 1] - offsets[i] - 1);
+  }
+  /// Size of the block, the separator after the last element included.
+  std::size_t blockSize() const { return offsets[count]; }
+};
+
+/// A component's elements as the reals whose texts its string elements are: element i of the
+/// string elements is the toolkit's text of `values[i]`.
+struct HxElementValues {
+  const double* values = nullptr;
+  std::size_t count = 0;
+};
 
 /// Abstract base of the system data components: a capture configuration
 /// (`HxSystemDataCapture`, kind 0) and a sample record (`HxSystemDataStorage`, kind 1). Both
@@ -23,6 +49,13 @@ class HxBaseSystemDataComponent : public HxXmlCompoundType {
   virtual unsigned int type() const = 0;
   /// Fills `elements` with the component's string elements (labels or values).
   virtual void getStringElements(std::vector<std::string>& elements) const = 0;
+  /// The string elements as one block of text, valid until the component next changes; null
+  /// (the default) when the component offers none, and writers then use `getStringElements`.
+  /// Does not allocate once the component has made its text for its current shape.
+  virtual const HxElementText* elementText() const;
+  /// The elements as reals, valid until the component next changes; null (the default) when
+  /// the component's elements are not numbers. Does not allocate once warm.
+  virtual const HxElementValues* elementValues() const;
 
   /// The compound type's write.
   HxBoolean write(HxXmlWriter& writer) const override;

@@ -333,30 +333,39 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
 HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
   if (m_manipulatorDataCaptureVector.size() == 0) return false;
 
-  // One scratch buffer serves every type; the offset within each quantity is always 0.
+  // One scratch buffer serves every type; the offset within each quantity is always 0. Each
+  // type is looked up once (the polymorphic vectors check every index).
   for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
     const HxManipulatorDataCapture& capture = m_manipulatorDataCaptureVector[p];
 
     const HxDataCaptureTypeVector& types = capture.dataCaptureVector();
-    for (HxU32 i = 0; i < types.size(); ++i) {
-      getActiveData(types[i].disableFlags(), types[i].data(), m_activeData);
+    const HxU32 typeCount = types.size();
+    for (HxU32 i = 0; i < typeCount; ++i) {
+      const HxDataCaptureType& type = types[i];
+      getActiveData(type.disableFlags(), type.data(), m_activeData);
       storage.setSpecificManipulatorLevelData(p, i, 0, m_activeData);
     }
 
     const auto& links = capture.linkDataCaptureVector();
-    for (HxU32 l = 0; l < links.size(); ++l) {
+    const HxU32 linkCount = links.size();
+    for (HxU32 l = 0; l < linkCount; ++l) {
       const HxDataCaptureTypeVector& linkTypes = links[l].dataCaptureVector();
-      for (HxU32 i = 0; i < linkTypes.size(); ++i) {
-        getActiveData(linkTypes[i].disableFlags(), linkTypes[i].data(), m_activeData);
+      const HxU32 linkTypeCount = linkTypes.size();
+      for (HxU32 i = 0; i < linkTypeCount; ++i) {
+        const HxDataCaptureType& type = linkTypes[i];
+        getActiveData(type.disableFlags(), type.data(), m_activeData);
         storage.setSpecificLinkLevelData(p, l, i, 0, m_activeData);
       }
     }
 
     const auto& endEffectors = capture.endEffectorDataCaptureVector();
-    for (HxU32 k = 0; k < endEffectors.size(); ++k) {
+    const HxU32 endEffectorCount = endEffectors.size();
+    for (HxU32 k = 0; k < endEffectorCount; ++k) {
       const HxDataCaptureTypeVector& endEffectorTypes = endEffectors[k].dataCaptureVector();
-      for (HxU32 i = 0; i < endEffectorTypes.size(); ++i) {
-        getActiveData(endEffectorTypes[i].disableFlags(), endEffectorTypes[i].data(), m_activeData);
+      const HxU32 endEffectorTypeCount = endEffectorTypes.size();
+      for (HxU32 i = 0; i < endEffectorTypeCount; ++i) {
+        const HxDataCaptureType& type = endEffectorTypes[i];
+        getActiveData(type.disableFlags(), type.data(), m_activeData);
         storage.setSpecificEndEffectorData(p, k, i, 0, m_activeData);
       }
     }
@@ -453,10 +462,24 @@ void HxSystemDataCapture::computeElementSize() {
 }
 
 void HxSystemDataCapture::getActiveData(const Flags& flags, const Values& data, Values& activeData) const {
+  // Work on the standard containers: one call per vector instead of one per element.
+  const Values::ContainerType& source = data.vectorContainer();
+  const Flags::ContainerType& disabled = flags.vectorContainer();
+  Values::ContainerType& target = activeData.vectorContainer();
+  const std::size_t flagged = std::min(disabled.size(), source.size());
+  std::size_t first = 0;
+  while (first < flagged && !disabled[first].value()) ++first;
+
   // clear() keeps the buffer's capacity, so a warm buffer is refilled without allocating.
-  activeData.clear();
-  for (HxU32 i = 0; i < data.size(); ++i) {
-    if (i < flags.size() && flags[i].value()) continue;
-    activeData.pushBack(data[i]);
+  target.clear();
+  if (first == flagged) {
+    // Nothing switched off (the usual case): the whole run in one copy.
+    target.assign(source.begin(), source.end());
+    return;
+  }
+  target.assign(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(first));
+  for (std::size_t i = first; i < source.size(); ++i) {
+    if (i < flagged && disabled[i].value()) continue;
+    target.push_back(source[i]);
   }
 }

@@ -23,12 +23,13 @@ HxBoolean storeValue(HxManipulatorDataStorage::QuantityVector& quantities, HxU32
 // Copies a run of values to [quantity][offset ..]; nothing unless the whole, non-empty run fits.
 HxBoolean storeValues(HxManipulatorDataStorage::QuantityVector& quantities, HxU32 quantity, HxU32 offset,
                       const HxManipulatorDataStorage::ValueVector& source) {
-  const HxU32 n = source.size();
+  const auto& from = source.vectorContainer();
+  const std::size_t n = from.size();
   if (n == 0 || quantity >= quantities.size()) return false;
-  HxManipulatorDataStorage::ValueVector& values = quantities[quantity];
+  auto& to = quantities[quantity].vectorContainer();
   // Compared in 64 bits so that a huge offset cannot wrap around.
-  if (static_cast<std::uint64_t>(offset) + n > values.size()) return false;
-  for (HxU32 k = 0; k < n; ++k) values[offset + k] = source[k].value();
+  if (static_cast<std::uint64_t>(offset) + n > to.size()) return false;
+  for (std::size_t k = 0; k < n; ++k) to[offset + k].value() = from[k].value();
   return true;
 }
 

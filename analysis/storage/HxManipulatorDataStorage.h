@@ -81,16 +81,18 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
   template <class Visitor>
   void forEachValue(Visitor&& visit) const {
     forEachQuantityValue(m_manipulatorLevelData, visit);
-    for (HxU32 l = 0; l < m_linkLevelData.size(); ++l) forEachQuantityValue(m_linkLevelData[l], visit);
-    for (HxU32 e = 0; e < m_endEffectorData.size(); ++e) forEachQuantityValue(m_endEffectorData[e], visit);
+    for (const QuantityVector& link : m_linkLevelData.vectorContainer()) forEachQuantityValue(link, visit);
+    for (const QuantityVector& endEffector : m_endEffectorData.vectorContainer()) {
+      forEachQuantityValue(endEffector, visit);
+    }
   }
 
  private:
+  // Walks the standard containers: one call per vector instead of one per value.
   template <class Visitor>
   static void forEachQuantityValue(const QuantityVector& quantities, Visitor& visit) {
-    for (HxU32 q = 0; q < quantities.size(); ++q) {
-      const ValueVector& values = quantities[q];
-      for (HxU32 v = 0; v < values.size(); ++v) visit(values[v].value());
+    for (const ValueVector& values : quantities.vectorContainer()) {
+      for (const HxXmlBasicType<double>& value : values.vectorContainer()) visit(value.value());
     }
   }
 

@@ -1,5 +1,7 @@
 #include "analysis/storage/HxSystemDataStorage.h"
 
+#include <algorithm>
+
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
 
@@ -74,33 +76,81 @@ bool HxSystemDataStorage::operator==(const HxSystemDataStorage& other) const {
 
 unsigned int HxSystemDataStorage::type() const { return 1; }
 
-void HxSystemDataStorage::refreshText() const {
+void HxSystemDataStorage::refreshValues() const {
   const HxU32 size = m_elementSize;
-  if (m_text.size() != size) {
-    m_text.resize(size);
-    for (std::string& text : m_text) reserveNumberText(text);
-  }
-  if (size > 0) HxDOUBLE2STRING(m_time.value(), m_text[0]);
-  if (size > 1) HxINT2STRING(m_pathPointIndex.value(), 10, m_text[1]);
+  if (m_values.size() != size) m_values.resize(size);
+  double* const out = m_values.data();
 
-  // The values in flat order; a stale element size bounds what is written.
-  HxU32 position = 2;
+  // Time, index, then the values in flat order; a stale element size bounds what is kept.
+  std::size_t position = 0;
+  if (position < size) out[position] = m_time.value();
+  ++position;
+  if (position < size) out[position] = static_cast<double>(m_pathPointIndex.value());
+  ++position;
   for (HxU32 m = 0; m < m_manipulatorDataVector.size(); ++m) {
     m_manipulatorDataVector[m].forEachValue([&](double value) {
-      if (position < size) HxDOUBLE2STRING(value, m_text[position]);
+      if (position < size) out[position] = value;
       ++position;
     });
   }
-  for (; position < size; ++position) m_text[position].clear();
+  m_valueCount = position < size ? position : size;
+  for (std::size_t k = m_valueCount; k < size; ++k) out[k] = 0.0;
+
+  m_valuesView.values = out;
+  m_valuesView.count = size;
+  m_valuesValid = true;
+}
+
+void HxSystemDataStorage::refreshText() const {
+  if (!m_valuesValid) refreshValues();
+  const HxU32 size = m_elementSize;
+  // Room for the longest text of every element and its separator: sized once per shape.
+  const std::size_t capacity = static_cast<std::size_t>(size) * (HxDoubleTextCapacity + 1);
+  if (m_textChars.size() < capacity) m_textChars.resize(capacity);
+  if (m_textOffsets.size() != static_cast<std::size_t>(size) + 1) m_textOffsets.resize(static_cast<std::size_t>(size) + 1);
+
+  char* const begin = m_textChars.data();
+  HxU32* const offsets = m_textOffsets.data();
+  const double* const values = m_values.data();
+  char* p = begin;
+  offsets[0] = 0;
+  for (std::size_t k = 0; k < size; ++k) {
+    if (k < m_valueCount) {
+      if (k == 1) {
+        // The index as the toolkit's integer text (at most 10 digits: no allocation).
+        HxINT2STRING(m_pathPointIndex.value(), 10, m_indexText);
+        p = std::copy(m_indexText.begin(), m_indexText.end(), p);
+      } else {
+        p = HxDOUBLE2STRING(values[k], p);
+      }
+    }
+    *p++ = ',';
+    offsets[k + 1] = static_cast<HxU32>(p - begin);
+  }
+
+  m_textView.chars = begin;
+  m_textView.offsets = offsets;
+  m_textView.count = size;
   m_textValid = true;
 }
 
-void HxSystemDataStorage::getStringElements(std::vector<std::string>& elements) const {
+const HxElementValues* HxSystemDataStorage::elementValues() const {
+  if (!m_valuesValid) refreshValues();
+  return &m_valuesView;
+}
+
+const HxElementText* HxSystemDataStorage::elementText() const {
   if (!m_textValid) refreshText();
-  if (elements.size() != m_text.size()) elements.resize(m_text.size());
-  for (std::size_t k = 0; k < m_text.size(); ++k) {
+  return &m_textView;
+}
+
+void HxSystemDataStorage::getStringElements(std::vector<std::string>& elements) const {
+  const HxElementText& text = *elementText();
+  if (elements.size() != text.count) elements.resize(text.count);
+  for (std::size_t k = 0; k < text.count; ++k) {
     reserveNumberText(elements[k]);
-    elements[k] = m_text[k];
+    const std::string_view element = text.element(k);
+    elements[k].assign(element.data(), element.size());
   }
 }
 

@@ -21,16 +21,18 @@
 /// Flat order: time, path-point index, then for each manipulator its values in the order of
 /// `HxManipulatorDataStorage::forEachValue`. The element size counts the two leading elements.
 ///
-/// Text cache: several writers ask for the same sample's text, so the record turns its values
-/// into text at most once per sample. It keeps the texts in a cache that every setter (and
-/// `setTime`, `setPathPointIndex`, `setManipulatorDataVector`, `computeElementSize`,
-/// assignment, `read`) marks stale; the first `getStringElements` after a change refreshes the
-/// cache, and every call copies the cached texts into the caller's strings. Once warm, neither
-/// step allocates: the cache strings and the caller's strings keep capacity for the longest
-/// number text, and the caller's vector keeps its size. The cache is not part of the value
-/// (not copied, not compared, not serialised).
+/// Text cache: several writers ask for the same sample, so the record turns its values into
+/// reals in flat order (`elementValues`) and into text (`elementText`) at most once per sample,
+/// each only when first asked for. Every setter (and `setTime`, `setPathPointIndex`,
+/// `setManipulatorDataVector`, `computeElementSize`, assignment, `read`) marks both stale. The
+/// text is one block of chars with an offset per element, made with `HxDOUBLE2STRING` straight
+/// into the block; `getStringElements` copies it into the caller's strings. Once warm, none of
+/// this allocates: the block is sized for the longest texts of the current element size, and
+/// the caller's strings keep capacity for the longest number text. The caches are not part of
+/// the value (not copied, not compared, not serialised).
 ///
-/// Not thread-safe: `getStringElements` is const but refreshes the cache.
+/// Not thread-safe: `getStringElements`, `elementText` and `elementValues` are const but
+/// refresh the caches.
 class HxSystemDataStorage : public HxBaseSystemDataComponent {
  public:
   using ManipulatorDataVector = HxXmlVectorType<HxManipulatorDataStorage>;
@@ -70,6 +72,13 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent {
   /// (time and index always included). See the class comment for the cache; no allocation once
   /// warm.
   void getStringElements(std::vector<std::string>& elements) const override;
+  /// The string elements of `getStringElements` as one block (see `HxElementText`), made at
+  /// most once per sample. Never null.
+  const HxElementText* elementText() const override;
+  /// The elements in flat order as reals: the time, the path-point index as a double, then the
+  /// values; as many as the element size, an element the record has no value for being 0 (its
+  /// text is empty). Element i's text is exactly element i of `getStringElements`. Never null.
+  const HxElementValues* elementValues() const override;
 
   virtual const ManipulatorDataVector& manipulatorDataVector() const;
   /// Replaces the per-manipulator data (and so the shape); call `computeElementSize` after.
@@ -107,7 +116,11 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent {
   virtual void getRealElements(std::vector<double>& out, bool excludeTimeAndIndex) const;
 
  private:
-  void invalidateText() { m_textValid = false; }
+  void invalidateText() {
+    m_textValid = false;
+    m_valuesValid = false;
+  }
+  void refreshValues() const;
   void refreshText() const;
 
   ManipulatorDataVector m_manipulatorDataVector;
@@ -115,7 +128,16 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent {
   HxXmlBasicType<unsigned int> m_pathPointIndex;
   HxU32 m_elementSize = 0;
 
-  // Text of the current sample in flat order, valid while m_textValid (see class comment).
-  mutable std::vector<std::string> m_text;
+  // The current sample in flat order, as reals (valid while m_valuesValid) and as text (valid
+  // while m_textValid); see the class comment. the first m_valueCount elements have a value;
+  // the rest (a stale element size larger than the record) have empty texts.
+  mutable std::vector<double> m_values;
+  mutable std::size_t m_valueCount = 0;
+  mutable HxElementValues m_valuesView;
+  mutable bool m_valuesValid = false;
+  mutable std::vector<char> m_textChars;
+  mutable std::vector<HxU32> m_textOffsets;
+  mutable std::string m_indexText;
+  mutable HxElementText m_textView;
   mutable bool m_textValid = false;
 };

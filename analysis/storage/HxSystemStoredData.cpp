@@ -95,6 +95,8 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
     writer.writeDataComponent(labels, *stream);
     writer.writeComponentClosing(labels, *stream);
     writer.writeComponentOpening(m_systemDataVector[1], *stream);
+    // The header and the label block reach the file now; the samples follow in large writes.
+    stream->flush();
   }
   m_saving = true;
 }

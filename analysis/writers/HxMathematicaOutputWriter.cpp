@@ -134,34 +134,29 @@ void HxMathematicaOutputWriter::writeComponentClosing(const HxBaseSystemDataComp
 
 void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component,
                                                    std::ostream& stream) const {
-  component.getStringElements(m_scratch);
-  const std::size_t n = m_scratch.size();
+  const HxWriterRow::Fields fields(component, m_scratch);
+  const std::size_t n = fields.size();
   const unsigned int type = component.type();
 
-  HxWriterRow::prepare(m_row, m_scratch, 4);
-  if (n != 0) {
+  char* const row = HxWriterRow::prepare(m_row, fields, 4);
+  char* out = row;
+  if (n != 0 && (type == 0 || type == 1)) {
+    const bool labels = type == 0;
     // The first field opens the row; a sample row also begins with the comma that separates
     // it from the row before.
-    if (type == 0) {
-      m_row += "{\"";
-      m_row += m_scratch[0];
-      m_row += '"';
-    } else if (type == 1) {
-      m_row += ",{";
-      m_row += m_scratch[0];
-    }
+    out = HxWriterRow::put(out, labels ? "{\"" : ",{");
+    out = HxWriterRow::put(out, fields[0]);
+    if (labels) *out++ = '"';
     // Each further field: a blank, the separating comma, then the field.
     for (std::size_t i = 1; i < n; ++i) {
-      if (type == 0) {
-        m_row += " ,\"";
-        m_row += m_scratch[i];
-        m_row += '"';
-      } else if (type == 1) {
-        m_row += " ,";
-        m_row += m_scratch[i];
-      }
+      *out++ = ' ';
+      *out++ = ',';
+      if (labels) *out++ = '"';
+      out = HxWriterRow::put(out, fields[i]);
+      if (labels) *out++ = '"';
     }
   }
-  m_row += "}\n";
-  stream.write(m_row.data(), static_cast<std::streamsize>(m_row.size()));
+  *out++ = '}';
+  *out++ = '\n';
+  HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
 }

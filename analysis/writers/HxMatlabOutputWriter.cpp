@@ -58,38 +58,48 @@ void HxMatlabOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent
 }
 
 void HxMatlabOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const {
-  component.getStringElements(m_scratch);
-  const std::size_t n = m_scratch.size();
+  const HxWriterRow::Fields fields(component, m_scratch);
+  const std::size_t n = fields.size();
   const unsigned int type = component.type();
   if (type != 0 && type != 1) return;
   const bool labels = type == 0;
 
-  HxWriterRow::prepare(m_row, m_scratch, labels ? 3 : 1);
+  char* const row = HxWriterRow::prepare(m_row, fields, labels ? 3 : 1);
+  char* out = row;
+  const HxElementText* block = fields.block();
+  if (!labels && block != nullptr && n != 0) {
+    // A data row is the text block with every separator made a tab and the last one the ";"
+    // before the line end.
+    const std::size_t size = block->blockSize();
+    out = HxWriterRow::put(out, std::string_view(block->chars, size));
+    for (std::size_t i = 1; i < n; ++i) row[block->offsets[i] - 1] = '\t';
+    row[size - 1] = ';';
+    *out++ = '\n';
+    HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
+    return;
+  }
+
   // Every field but the last: quoted labels or bare values, each followed by a tab.
   if (n != 1) {
     for (std::size_t i = 0; i + 1 < n; ++i) {
-      if (labels) {
-        m_row += '\'';
-        m_row += m_scratch[i];
-        m_row += "'\t";
-      } else {
-        m_row += m_scratch[i];
-        m_row += '\t';
-      }
+      if (labels) *out++ = '\'';
+      out = HxWriterRow::put(out, fields[i]);
+      if (labels) *out++ = '\'';
+      *out++ = '\t';
     }
   }
   // The last field ends the line: the label row has no semicolon, each data row has one.
   if (n > 0) {
     if (labels) {
-      m_row += '\'';
-      m_row += m_scratch[n - 1];
-      m_row += "'\n";
+      *out++ = '\'';
+      out = HxWriterRow::put(out, fields[n - 1]);
+      out = HxWriterRow::put(out, "'\n");
     } else {
-      m_row += m_scratch[n - 1];
-      m_row += ";\n";
+      out = HxWriterRow::put(out, fields[n - 1]);
+      out = HxWriterRow::put(out, ";\n");
     }
   }
-  stream.write(m_row.data(), static_cast<std::streamsize>(m_row.size()));
+  HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
 }
 
 void HxMatlabOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream& stream) const {

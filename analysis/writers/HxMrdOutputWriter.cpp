@@ -1,11 +1,13 @@
 #include "analysis/writers/HxMrdOutputWriter.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/writers/HxWriterRow.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
 
@@ -25,13 +27,22 @@ double textToDouble(const std::string& text) {
   return std::strtod(begin, nullptr);
 }
 
-/// Appends the float's IEEE-754 bytes, most significant first.
-void appendBigEndian(std::string& bytes, float value) {
+/// The float that the text of `value` reads back to, narrowed: every value but NaN reads back
+/// exactly (its text is the shortest that does), and every NaN is written "nan".
+float narrowAsText(double value) {
+  static const float nanAsText = static_cast<float>(textToDouble("nan"));
+  return std::isnan(value) ? nanAsText : static_cast<float>(value);
+}
+
+/// Writes the float's IEEE-754 bytes at `out`, most significant first; returns the end.
+char* putBigEndian(char* out, float value) {
   std::uint32_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
-  const char b[4] = {static_cast<char>(bits >> 24), static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
-                     static_cast<char>(bits)};
-  bytes.append(b, 4);
+  out[0] = static_cast<char>(bits >> 24);
+  out[1] = static_cast<char>(bits >> 16);
+  out[2] = static_cast<char>(bits >> 8);
+  out[3] = static_cast<char>(bits);
+  return out + 4;
 }
 }  // namespace
 
@@ -108,31 +119,46 @@ void HxMrdOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent&, 
 void HxMrdOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream&) const {}
 
 void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const {
-  component.getStringElements(m_scratch);
-  const std::size_t n = m_scratch.size();
   const unsigned int type = component.type();
 
-  m_bytes.clear();
+  // A sample whose component gives its reals is narrowed without going through its text.
+  const HxElementValues* values = type == 1 ? component.elementValues() : nullptr;
+  if (values != nullptr) {
+    if (m_bytes.size() < 4 * values->count) m_bytes.resize(4 * values->count);
+    char* const begin = m_bytes.data();
+    char* out = begin;
+    for (std::size_t i = 0; i < values->count; ++i) out = putBigEndian(out, narrowAsText(values->values[i]));
+    HxWriterRow::write(stream, begin, static_cast<std::size_t>(out - begin));
+    ++m_sampleCount;
+    return;
+  }
+
+  const HxWriterRow::Fields fields(component, m_scratch);
+  const std::size_t n = fields.size();
+  char* out = nullptr;
   if (type == 0) {
     // Label line: each label with its blanks made "_", followed by "  -", separated by two
     // blanks, and closed by three line ends.
     m_channelCount = static_cast<HxU32>(n);
+    out = HxWriterRow::prepare(m_bytes, fields, 5);
     for (std::size_t i = 0; i < n; ++i) {
-      if (i != 0) m_bytes += "  ";
-      const std::size_t start = m_bytes.size();
-      m_bytes += m_scratch[i];
-      for (std::size_t k = start; k < m_bytes.size(); ++k) {
-        if (m_bytes[k] == ' ') m_bytes[k] = '_';
-      }
-      m_bytes += "  -";
+      if (i != 0) out = HxWriterRow::put(out, "  ");
+      const std::string_view label = fields[i];
+      for (const char c : label) *out++ = c == ' ' ? '_' : c;
+      out = HxWriterRow::put(out, "  -");
     }
-    m_bytes += "\n\n\n";
+    out = HxWriterRow::put(out, "\n\n\n");
   } else if (type == 1) {
-    if (m_bytes.capacity() < 4 * n) m_bytes.reserve(4 * n);
+    if (m_bytes.size() < 4 * n) m_bytes.resize(4 * n);
+    out = m_bytes.data();
     for (std::size_t i = 0; i < n; ++i) {
-      appendBigEndian(m_bytes, static_cast<float>(textToDouble(m_scratch[i])));
+      const std::string_view text = fields[i];
+      m_number.assign(text.data(), text.size());
+      out = putBigEndian(out, static_cast<float>(textToDouble(m_number)));
     }
   }
-  if (!m_bytes.empty()) stream.write(m_bytes.data(), static_cast<std::streamsize>(m_bytes.size()));
+  if (out != nullptr && out != m_bytes.data()) {
+    HxWriterRow::write(stream, m_bytes.data(), static_cast<std::size_t>(out - m_bytes.data()));
+  }
   if (type != 0) ++m_sampleCount;
 }

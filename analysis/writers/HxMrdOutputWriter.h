@@ -21,7 +21,11 @@
 /// recording never finished keeps its all-blank header.
 ///
 /// Sample values are read back from their text (`HxDOUBLE2STRING`) as `strtod` would in the C
-/// locale, then narrowed to float: a value carries the precision of its text.
+/// locale, then narrowed to float: a value carries the precision of its text. A component that
+/// gives its elements as reals (`elementValues`, as the sample record does) has them narrowed
+/// directly, without text: the float is the same, because that text is the shortest that reads
+/// back to exactly the same double, and a NaN (whose text is "nan" whatever its sign and
+/// payload) becomes the float of `strtod("nan")`.
 ///
 /// Nothing is checked or reported.
 class HxMrdOutputWriter : public HxBaseOutputWriter {
@@ -80,8 +84,10 @@ class HxMrdOutputWriter : public HxBaseOutputWriter {
   static const std::string m_theFormatDescriptor;
   static const std::string m_theFileExtension;
 
-  // Reused by every writeDataComponent: the component's strings and the bytes being built.
+  // Reused by every writeDataComponent: the component's strings, one number's text (for
+  // strtod, which needs it terminated) and the bytes being built.
   mutable std::vector<std::string> m_scratch;
+  mutable std::string m_number;
   mutable std::string m_bytes;
   mutable HxU32 m_sampleCount = 0;
   mutable HxU32 m_channelCount = 0;

@@ -44,18 +44,27 @@ void HxTextOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent&,
 void HxTextOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream&) const {}
 
 void HxTextOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const {
-  component.getStringElements(m_scratch);
-  const std::size_t n = m_scratch.size();
+  const HxWriterRow::Fields fields(component, m_scratch);
+  const std::size_t n = fields.size();
 
-  // The whole line is built first and handed to the stream in one write.
-  HxWriterRow::prepare(m_row, m_scratch, 1);
+  // A text block already holds the elements joined by commas: the line is the block with its
+  // last separator made the line end.
+  if (const HxElementText* block = fields.block()) {
+    if (n != 0) HxWriterRow::write(stream, block->chars, block->blockSize() - 1);
+    stream.write("\n", 1);
+    return;
+  }
+
+  // Otherwise the whole line is built first and handed to the stream in one write.
+  char* const row = HxWriterRow::prepare(m_row, fields, 1);
+  char* out = row;
   if (n != 1) {
     for (std::size_t i = 0; i + 1 < n; ++i) {
-      m_row += m_scratch[i];
-      m_row += ',';
+      out = HxWriterRow::put(out, fields[i]);
+      *out++ = ',';
     }
   }
-  if (n > 0) m_row += m_scratch[n - 1];
-  m_row += '\n';
-  stream.write(m_row.data(), static_cast<std::streamsize>(m_row.size()));
+  if (n > 0) out = HxWriterRow::put(out, fields[n - 1]);
+  *out++ = '\n';
+  HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
 }

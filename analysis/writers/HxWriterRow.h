@@ -1,10 +1,13 @@
 #pragma once
-// Row buffers shared by the text-based writers (internal to analysis/writers).
+// Row buffers and stream output shared by the writers (internal to analysis/writers).
 
 #include <cstddef>
+#include <ostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
+#include "analysis/capture/HxBaseSystemDataComponent.h"
 #include "framework/HxNumberText.h"
 
 namespace HxWriterRow {
@@ -12,17 +15,73 @@ namespace HxWriterRow {
 /// Longest text of one sample value: a real (HxDOUBLE2STRING) or the path-point index.
 constexpr std::size_t kValueTextCapacity = HxDoubleTextCapacity;
 
-/// Clears `row` and makes room for the fields plus `extraPerField` characters of decoration
-/// each. The first sample reserves room for the longest values a sample can hold, so later
-/// samples never grow the buffer (no allocation per sample once recording runs).
-inline void prepare(std::string& row, const std::vector<std::string>& fields, std::size_t extraPerField) {
-  row.clear();
-  std::size_t needed = 2;
-  for (const std::string& field : fields) needed += field.size() + extraPerField;
-  if (row.capacity() < needed) {
-    const std::size_t longestSample = fields.size() * (kValueTextCapacity + extraPerField) + 2;
-    row.reserve(needed > longestSample ? needed : longestSample);
+/// Largest piece handed to a stream in one call. libstdc++'s file buffer sends every write of
+/// 1 KiB or more straight to the file, one system call each, past its buffer; smaller pieces
+/// fill the buffer, so a recorder's 64 KiB buffers reach the file in a few large writes
+/// instead of one per sample and writer.
+constexpr std::size_t kStreamPiece = 1000;
+
+/// Writes `size` bytes to `stream` in pieces of at most `kStreamPiece`, as `stream.write`
+/// would write them at once (a failed stream takes nothing; a short write sets badbit).
+inline void write(std::ostream& stream, const char* data, std::size_t size) {
+  while (size > kStreamPiece) {
+    stream.write(data, static_cast<std::streamsize>(kStreamPiece));
+    data += kStreamPiece;
+    size -= kStreamPiece;
   }
+  stream.write(data, static_cast<std::streamsize>(size));
+}
+
+inline void write(std::ostream& stream, const std::string& text) { write(stream, text.data(), text.size()); }
+
+/// A component's string elements, read either from its text block (`elementText`, no copy) or,
+/// for a component without one, from `getStringElements` into the writer's scratch vector.
+class Fields {
+ public:
+  /// Reads `component`'s elements; `scratch` is used only when the component has no block.
+  Fields(const HxBaseSystemDataComponent& component, std::vector<std::string>& scratch)
+      : text_(component.elementText()), scratch_(scratch) {
+    if (text_ == nullptr) component.getStringElements(scratch_);
+  }
+
+  /// The component's text block, or null when the fields come from `getStringElements`.
+  const HxElementText* block() const { return text_; }
+  std::size_t size() const { return text_ != nullptr ? text_->count : scratch_.size(); }
+  std::string_view operator[](std::size_t i) const {
+    if (text_ != nullptr) return text_->element(i);
+    return std::string_view(scratch_[i]);
+  }
+  /// Total size of the fields' texts.
+  std::size_t textSize() const {
+    if (text_ != nullptr) return text_->blockSize() - text_->count;
+    std::size_t total = 0;
+    for (const std::string& field : scratch_) total += field.size();
+    return total;
+  }
+
+ private:
+  const HxElementText* text_;
+  std::vector<std::string>& scratch_;
+};
+
+/// Makes `row` at least large enough for the fields plus `extraPerField` characters of
+/// decoration each and four more, and returns where to write. The first sample sizes the row
+/// for the longest values a sample can hold, so later samples never grow it (no allocation
+/// per sample once recording runs). The caller writes through the pointer and hands the
+/// stream only the part it wrote.
+inline char* prepare(std::string& row, const Fields& fields, std::size_t extraPerField) {
+  const std::size_t needed = fields.textSize() + fields.size() * extraPerField + 4;
+  if (row.size() < needed) {
+    const std::size_t longestSample = fields.size() * (kValueTextCapacity + extraPerField) + 4;
+    row.resize(needed > longestSample ? needed : longestSample);
+  }
+  return row.data();
+}
+
+/// Copies `text` to `out` and returns the end of the copy.
+inline char* put(char* out, std::string_view text) {
+  text.copy(out, text.size());
+  return out + text.size();
 }
 
 }  // namespace HxWriterRow

@@ -2,6 +2,7 @@
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
 #include "analysis/storage/HxSystemDataStorage.h"
+#include "analysis/writers/HxWriterRow.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
 #include "framework/HxXmlTokens.h"
@@ -168,43 +169,59 @@ bool HxXmlOutputWriter::buildTemplate(const HxSystemDataStorage& record) const {
   m_documentStream.rdbuf(m_documentBuffer);
   m_documentStream.setstate(state);
   m_template = m_render.str();
-  put(m_template);
+  put(m_template.data(), m_template.size());
   if (!rendered) return false;
 
   // Every text between tags is a value; they must be the record's strings, in writing order.
-  record.getStringElements(m_scratch);
+  const HxElementText& text = *record.elementText();
   findValueSlots(m_template, m_slots);
-  if (m_slots.size() != m_scratch.size()) return false;
-  m_row.reserve(m_template.size() + m_slots.size() * HxDoubleTextCapacity);
+  if (m_slots.size() != text.count) return false;
+  // Room for the longest value texts, so that the samples after this one do not allocate.
+  const std::size_t needed = m_template.size() + m_slots.size() * HxDoubleTextCapacity;
+  if (m_row.size() < needed) m_row.resize(needed);
   for (std::size_t k = 0; k < m_slots.size(); ++k) {
     const auto& slot = m_slots[k];
-    if (m_template.compare(slot.first, slot.second - slot.first, m_scratch[elementOfSlot(k, m_slots.size())]) != 0) {
-      return false;
-    }
+    const std::string_view value = text.element(elementOfSlot(k, m_slots.size()));
+    if (std::string_view(m_template).substr(slot.first, slot.second - slot.first) != value) return false;
   }
   return true;
 }
 
 void HxXmlOutputWriter::writeFromTemplate(const HxSystemDataStorage& record) const {
-  record.getStringElements(m_scratch);
+  const HxElementText& text = *record.elementText();
   const std::size_t count = m_slots.size();
-  // Room for the longest value texts: no allocation once the first such sample is written.
+  // Room for the longest value texts (already made by buildTemplate).
   const std::size_t needed = m_template.size() + count * HxDoubleTextCapacity;
-  if (m_row.capacity() < needed) m_row.reserve(needed);
-  m_row.clear();
+  if (m_row.size() < needed) m_row.resize(needed);
+  const char* const source = m_template.data();
+  char* const begin = m_row.data();
+  char* out = begin;
   std::size_t done = 0;
   for (std::size_t k = 0; k < count; ++k) {
-    m_row.append(m_template, done, m_slots[k].first - done);
-    m_row += m_scratch[elementOfSlot(k, count)];
+    out = HxWriterRow::put(out, std::string_view(source + done, m_slots[k].first - done));
+    out = HxWriterRow::put(out, text.element(elementOfSlot(k, count)));
     done = m_slots[k].second;
   }
-  m_row.append(m_template, done, std::string::npos);
-  put(m_row);
+  out = HxWriterRow::put(out, std::string_view(source + done, m_template.size() - done));
+  put(begin, static_cast<std::size_t>(out - begin));
 }
 
-void HxXmlOutputWriter::put(const std::string& text) const {
-  if (text.empty() || !m_documentStream.good()) return;
+void HxXmlOutputWriter::put(const char* data, std::size_t size) const {
+  if (size == 0 || !m_documentStream.good()) return;
   std::streambuf* buffer = m_documentStream.rdbuf();
-  const auto size = static_cast<std::streamsize>(text.size());
-  if (buffer == nullptr || buffer->sputn(text.data(), size) != size) m_documentStream.setstate(std::ios::badbit);
+  if (buffer == nullptr) {
+    m_documentStream.setstate(std::ios::badbit);
+    return;
+  }
+  // In pieces the file buffer takes in (see HxWriterRow::kStreamPiece).
+  while (size > 0) {
+    const std::size_t piece = size < HxWriterRow::kStreamPiece ? size : HxWriterRow::kStreamPiece;
+    const auto length = static_cast<std::streamsize>(piece);
+    if (buffer->sputn(data, length) != length) {
+      m_documentStream.setstate(std::ios::badbit);
+      return;
+    }
+    data += piece;
+    size -= piece;
+  }
 }

@@ -23,7 +23,7 @@ class HxXmlWriter;
 ///
 /// Samples are written fast without changing a byte: the first sample record of a shape is
 /// written through the framework and its text kept as a template; each later record of the same
-/// shape is the template with its values' texts (the record's own cached `getStringElements`,
+/// shape is the template with its values' texts (the record's own text block, `elementText`,
 /// the very texts the framework would write) put in their places, so a sample's values are not
 /// turned into text a second time. A record whose written text does not match its strings
 /// slot for slot is always written through the framework.
@@ -87,7 +87,7 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   /// Writes `record` as the template with its current values.
   void writeFromTemplate(const HxSystemDataStorage& record) const;
   /// Hands bytes to the document's buffer, as the XML writer would.
-  void put(const std::string& text) const;
+  void put(const char* data, std::size_t size) const;
 
   static const std::string m_theFormatDescriptor;
   static const std::string m_theFileExtension;
@@ -109,6 +109,5 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   mutable std::vector<std::size_t> m_shapeProbe;
   mutable bool m_templateKnown = false;
   mutable bool m_templateUsable = false;
-  mutable std::vector<std::string> m_scratch;
   mutable std::string m_row;
 };
