@@ -14,10 +14,7 @@
 
 namespace {
 
-using HxWriterTest::FakeComponent;
-using HxWriterTest::labels;
-using HxWriterTest::record;
-using HxWriterTest::sample;
+using namespace HxWriterTest;
 
 std::string bigEndian(float value) {
   std::uint32_t bits = 0;
@@ -26,56 +23,27 @@ std::string bigEndian(float value) {
                      static_cast<char>(bits)};
 }
 
-std::string paddedHeader(const std::string& fields) { return fields + std::string(80 - fields.size(), ' ') + "\n"; }
+std::string header(const std::string& fields) { return fields + std::string(80 - fields.size(), ' ') + "\n"; }
 
-// The whole layout: header patched with total, channels, samples and 1000 over the blanks,
-// the label line with blanks made "_", then each value as a big-endian float (1.5 is
-// 3F C0 00 00).
-TEST(HxMrdOutputWriter, WritesHeaderLabelLineAndBigEndianSamples) {
+// Whole files: the header patched over its 80 blanks with total, channels (one per label, the
+// empty labels of disabled columns included), samples and 1000; the label line with blanks made
+// "_"; each value a big-endian float (1.5 is 3F C0 00 00). A save never finished keeps the blanks.
+TEST(HxMrdOutputWriter, FilesByteForByte) {
   HxMrdOutputWriter writer;
-  std::ostringstream out;
-  record(writer, out, labels({"Time", "Point Path Index", "Manip[0]:Joint Positions:Joint Position"}),
-         {sample({"0", "0", "1.5"}), sample({"0.01", "2", "-0.25"})});
-  const std::string expected = paddedHeader("6\t3\t2\t1000") +
-                               "Time  -  Point_Path_Index  -  Manip[0]:Joint_Positions:Joint_Position  -\n\n\n" +
-                               bigEndian(0.0f) + bigEndian(0.0f) + std::string("\x3F\xC0\x00\x00", 4) +
-                               bigEndian(0.01f) + bigEndian(2.0f) + bigEndian(-0.25f);
-  EXPECT_EQ(out.str(), expected);
-  EXPECT_EQ(writer.sampleCount(), 2u);
-  EXPECT_EQ(writer.channelCount(), 3u);
+  EXPECT_EQ(recorded(writer, {"Time", "Point Path Index", "Manip[0]:Joint Positions:Joint Position"},
+                     {{"0", "0", "1.5"}, {"0.01", "2", "-0.25"}}),
+            header("6\t3\t2\t1000") + "Time  -  Point_Path_Index  -  Manip[0]:Joint_Positions:Joint_Position  -\n\n\n" +
+                bigEndian(0) + bigEndian(0) + std::string("\x3F\xC0\x00\x00", 4) + bigEndian(0.01f) + bigEndian(2) +
+                bigEndian(-0.25f));
+  EXPECT_EQ(recorded(writer, {"Time", "Point Path Index", "", ""}, {{"1", "0"}}),
+            header("4\t4\t1\t1000") + "Time  -  Point_Path_Index  -    -    -\n\n\n" + bigEndian(1) + bigEndian(0));
+  EXPECT_EQ(recorded(writer, {"Time", "x"}, {{"1", "0"}}, false),
+            header("") + "Time  -  x  -\n\n\n" + bigEndian(1) + bigEndian(0));
+  EXPECT_EQ(recorded(writer, {"Time", "x"}, {}), header("0\t2\t0\t1000") + "Time  -  x  -\n\n\n");
 }
 
-// 250 samples of 14 channels: "3500\t14\t250\t1000", 64 blanks, the newline at offset 80.
-// Without samples the header reads 0, 14, 0, 1000 and no data follows the labels.
-TEST(HxMrdOutputWriter, HeaderCountsSamplesAndChannels) {
-  std::vector<std::string> names(14, "c");
-  std::vector<std::string> values(14, "1");
-  HxMrdOutputWriter writer;
-  std::ostringstream out;
-  record(writer, out, labels(names), std::vector<FakeComponent>(250, sample(values)));
-  const std::string header = out.str().substr(0, 81);
-  EXPECT_EQ(header, "3500\t14\t250\t1000" + std::string(64, ' ') + "\n");
-  EXPECT_EQ(out.str().size(), 81 + 14 * 6 - 2 + 3 + 250 * 14 * 4u);
-
-  std::ostringstream empty;
-  HxMrdOutputWriter other;
-  record(other, empty, labels(names), {});
-  EXPECT_EQ(empty.str().substr(0, 81), paddedHeader("0\t14\t0\t1000"));
-  EXPECT_EQ(empty.str().size(), 81 + 14 * 6 - 2 + 3u);
-  EXPECT_EQ(empty.str().substr(empty.str().size() - 7), "c  -\n\n\n");
-}
-
-// A save never finished keeps 80 blanks; empty labels (disabled columns) keep their place.
-TEST(HxMrdOutputWriter, UnfinishedFileKeepsBlankHeader) {
-  HxMrdOutputWriter writer;
-  std::ostringstream out;
-  record(writer, out, labels({"Time", "Point Path Index", "", ""}), {sample({"1", "0"})}, false);
-  EXPECT_EQ(out.str(), std::string(80, ' ') + "\n" + "Time  -  Point_Path_Index  -    -    -\n\n\n" + bigEndian(1.0f) +
-                           bigEndian(0.0f));
-}
-
-// Values make a round trip through their text: the float stored is that of the double the
-// text reads back to; inf and nan pass too.
+// A value is the float of the double its text reads back to; inf, nan, the largest float and
+// an underflow pass too.
 TEST(HxMrdOutputWriter, StoresTheFloatOfTheTextsDouble) {
   HxMrdOutputWriter writer;
   std::ostringstream out;
@@ -89,44 +57,28 @@ TEST(HxMrdOutputWriter, StoresTheFloatOfTheTextsDouble) {
   EXPECT_EQ(bytes.substr(16, 4), bigEndian(0.0f));
 }
 
-// Any kind other than labels counts as a sample (another kind writes no bytes); initialize
-// resets the sample count but keeps the channel count; the total wraps in 32 bits.
-TEST(HxMrdOutputWriter, CountsWrapAndSurviveInitialize) {
-  HxMrdOutputWriter writer;
-  std::ostringstream out;
+// Any kind other than labels counts as a sample but writes no bytes; the total wraps in 32
+// bits; copies carry the counts; initialize resets the sample count but keeps the channels.
+TEST(HxMrdOutputWriter, CountsWrapAndTravelWithCopies) {
   const HxSystemDataVector data;
-  writer.writeDataComponent(labels(std::vector<std::string>(65536)), out);
-  const FakeComponent other(9, {"1", "2"});
-  const std::string::size_type before = out.str().size();
-  for (int i = 0; i < 65537; ++i) writer.writeDataComponent(other, out);
-  EXPECT_EQ(out.str().size(), before);
-  EXPECT_EQ(writer.sampleCount(), 65537u);
-
-  std::ostringstream patched(std::string(81, ' '));
-  writer.finalize(data, patched);
-  EXPECT_EQ(patched.str().substr(0, 19), "65536\t65536\t65537\t1");  // 65536 x 65537 mod 2^32
-
-  std::ostringstream again;
-  writer.initialize(data, again);
-  EXPECT_EQ(again.str(), std::string(80, ' ') + "\n");
-  EXPECT_EQ(writer.sampleCount(), 0u);
-  EXPECT_EQ(writer.channelCount(), 65536u);
-}
-
-// Copies carry the counts and the fourth header value; every MRD writer compares equal.
-TEST(HxMrdOutputWriter, CopiesCarryCounts) {
   HxMrdOutputWriter writer;
   std::ostringstream out;
-  writer.writeDataComponent(labels({"a", "b"}), out);
-  writer.writeDataComponent(sample({"1", "2"}), out);
-  const HxMrdOutputWriter copy(writer);
-  EXPECT_EQ(copy.sampleCount(), 1u);
-  EXPECT_EQ(copy.channelCount(), 2u);
-  EXPECT_EQ(copy.fourthHeaderValue(), 1000.0f);
+  writer.writeDataComponent(labels(std::vector<std::string>(65536)), out);
+  const std::string::size_type labelBytes = out.str().size();
+  for (int i = 0; i < 65537; ++i) writer.writeDataComponent(FakeComponent(9, {"1", "2"}), out);
+  EXPECT_EQ(out.str().size(), labelBytes);
+
+  std::ostringstream patched(header(""));
+  HxMrdOutputWriter(writer).finalize(data, patched);
+  EXPECT_EQ(patched.str(), header("65536\t65536\t65537\t1000"));  // 65536 x 65537 mod 2^32
+
   HxMrdOutputWriter assigned;
   assigned = writer;
-  EXPECT_EQ(assigned.channelCount(), 2u);
-  EXPECT_TRUE(assigned == HxMrdOutputWriter());
+  std::ostringstream again;
+  assigned.initialize(data, again);
+  EXPECT_EQ(again.str(), header(""));
+  EXPECT_EQ(assigned.sampleCount(), 0u);
+  EXPECT_EQ(assigned.channelCount(), 65536u);
 }
 
 }  // namespace

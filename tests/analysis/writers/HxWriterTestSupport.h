@@ -3,6 +3,7 @@
 // calling order replayed on a stream.
 
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -56,6 +57,16 @@ inline void record(HxBaseOutputWriter& writer, std::ostream& stream, const FakeC
     writer.writeComponentClosing(dataBlock, stream);
     writer.finalize(data, stream);
   }
+}
+
+/// The bytes `record` writes for these labels and samples' values.
+inline std::string recorded(HxBaseOutputWriter& writer, std::vector<std::string> labelTexts,
+                            const std::vector<std::vector<std::string>>& samples, bool finish = true) {
+  std::vector<FakeComponent> components;
+  for (const std::vector<std::string>& values : samples) components.push_back(sample(values));
+  std::ostringstream out;
+  record(writer, out, labels(std::move(labelTexts)), components, finish);
+  return out.str();
 }
 
 }  // namespace HxWriterTest
