@@ -470,11 +470,14 @@ void HxSystemDataCapture::getActiveData(const Flags& flags, const Values& data, 
   std::size_t first = 0;
   while (first < flagged && !disabled[first].value()) ++first;
 
-  // clear() keeps the buffer's capacity, so a warm buffer is refilled without allocating.
-  target.clear();
   if (first == flagged) {
-    // Nothing switched off (the usual case): the whole run in one copy.
-    target.assign(source.begin(), source.end());
+    // Nothing switched off (the usual case): the whole run, copied over the elements the
+    // buffer already holds (the buffer keeps its capacity: no allocation once warm).
+    const std::size_t n = source.size();
+    if (target.size() > n) target.resize(n);
+    const std::size_t kept = target.size();
+    std::copy(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(kept), target.begin());
+    target.insert(target.end(), source.begin() + static_cast<std::ptrdiff_t>(kept), source.end());
     return;
   }
   target.assign(source.begin(), source.begin() + static_cast<std::ptrdiff_t>(first));

@@ -107,7 +107,8 @@ void HxSystemDataStorage::refreshText() const {
   // Room for the longest text of every element and its separator: sized once per shape.
   const std::size_t capacity = static_cast<std::size_t>(size) * (HxDoubleTextCapacity + 1);
   if (m_textChars.size() < capacity) m_textChars.resize(capacity);
-  if (m_textOffsets.size() != static_cast<std::size_t>(size) + 1) m_textOffsets.resize(static_cast<std::size_t>(size) + 1);
+  const std::size_t offsetCount = static_cast<std::size_t>(size) + 1;
+  if (m_textOffsets.size() != offsetCount) m_textOffsets.resize(offsetCount);
 
   char* const begin = m_textChars.data();
   HxU32* const offsets = m_textOffsets.data();
