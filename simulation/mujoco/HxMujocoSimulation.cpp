@@ -308,6 +308,13 @@ struct HxMujocoSimulation::Impl {
       mj_comPos(mm, data);
       mj_comVel(mm, data);
       mj_collision(mm, data);
+      // The energy, when the model asks for it, as mj_step1 gives it in dynamic mode.
+      if (mm->opt.enableflags & mjENBL_ENERGY) {
+        mj_tendon(mm, data);
+        mj_crb(mm, data);
+        mj_energyPos(mm, data);
+        mj_energyVel(mm, data);
+      }
     }
   }
 
@@ -466,6 +473,13 @@ const std::string& HxMujocoSimulation::lastError() const { return impl_->error; 
 HxMujocoSimulation::Mode HxMujocoSimulation::mode() const { return impl_->mode; }
 double HxMujocoSimulation::time() const { return impl_->data ? impl_->data->time : 0.0; }
 double HxMujocoSimulation::timestep() const { return impl_->model ? impl_->model->opt.timestep : 0.0; }
+
+HxBoolean HxMujocoSimulation::mechanicalEnergy(double& energy) const {
+  energy = 0.0;
+  if (!isLoaded() || !(impl_->model->opt.enableflags & mjENBL_ENERGY)) return false;
+  energy = impl_->data->energy[0] + impl_->data->energy[1];
+  return true;
+}
 
 HxBoolean HxMujocoSimulation::setMode(Mode mode) {
   if (!isLoaded()) return false;

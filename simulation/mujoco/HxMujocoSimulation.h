@@ -67,6 +67,11 @@ class HxMujocoSimulation : public HxSystemSimulation {
   double time() const;
   /// Engine timestep, seconds (the model's option).
   double timestep() const;
+  /// Mechanical energy of the whole model at time(), joules: kinetic plus potential (gravity
+  /// and joint and tendon springs), as MuJoCo evaluates it (mj_energyPos, mj_energyVel) with
+  /// every step. False, with `energy` 0, when no model is loaded or the model does not enable
+  /// the engine's energy computation (MJCF <option><flag energy="enable"/></option>).
+  HxBoolean mechanicalEnergy(double& energy) const;
 
   // Names.
 
