@@ -1,50 +1,57 @@
 #pragma once
-// Serialisable test objects shared by the framework tests: a compound with every basic type,
-// an enum, attributes, a read-only member and a nested compound.
+// Serialisable test objects shared by the framework tests (a compound with every basic type,
+// an enum, attributes, a read-only member, a nested compound and a member of a second
+// namespace) and small helpers.
 
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
+#include <gtest/gtest.h>
+
+#include "framework/HxPrint.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlEnumType.h"
+#include "framework/HxXmlReader.h"
+#include "framework/HxXmlWriter.h"
 
 namespace HxFrameworkTest {
 
 /// Namespace of the test tokens.
 inline const std::string kNs = "http://example.org/namespace/test#";
+/// Start tag of a sample document, binding the prefix "t" to kNs.
+inline const std::string kOpen = "<t:sample xmlns:t=\"" + kNs + "\">";
 
-inline HxToken testToken(const char* local) {
-  HxToken token(kNs.c_str());
-  token += local;
-  return token;
-}
+inline HxToken testToken(const char* local) { return HxToken(kNs + local); }
 
-class Inner : public HxXmlCompoundType {
+/// The boilerplate slots of a test compound, from its class token and operator==.
+template <class Derived>
+class TestCompound : public HxXmlCompoundType {
+ public:
+  HxXmlObject* clone() const override { return new Derived(static_cast<const Derived&>(*this)); }
+  HxXmlObject* newObject() const override { return new Derived(); }
+  static HxXmlObject* creator() { return new Derived(); }
+  const HxToken& token() const override { return Derived::classToken(); }
+  HxBoolean equality(const HxXmlObject* other) const override {
+    const auto* same = dynamic_cast<const Derived*>(other);
+    return same && static_cast<const Derived&>(*this) == *same;
+  }
+};
+
+class Inner : public TestCompound<Inner> {
  public:
   HxXmlBasicType<double> gain;
   HxXmlBasicType<std::string> label;
 
-  Inner() = default;
-  Inner(const Inner& other) : HxXmlCompoundType(other), gain(other.gain), label(other.label) {}
-  Inner& operator=(const Inner& other) {
-    HxXmlCompoundType::operator=(other);
-    gain = other.gain;
-    label = other.label;
-    return *this;
-  }
   bool operator==(const Inner& other) const { return gain == other.gain && label == other.label; }
-
-  HxXmlObject* clone() const override { return new Inner(*this); }
-  HxXmlObject* newObject() const override { return new Inner(); }
   static const HxToken& classToken() {
     static const HxToken token = testToken("inner");
     return token;
-  }
-  const HxToken& token() const override { return classToken(); }
-  static HxXmlObject* creator() { return new Inner(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* same = dynamic_cast<const Inner*>(other);
-    return same && *this == *same;
   }
   void registerComponents() override {
     registerComponent(testToken("gain"), &gain);
@@ -52,7 +59,7 @@ class Inner : public HxXmlCompoundType {
   }
 };
 
-class Sample : public HxXmlCompoundType {
+class Sample : public TestCompound<Sample> {
  public:
   enum Mode : unsigned int { Idle = 0, Running = 1, Stopped = 7 };
 
@@ -66,52 +73,24 @@ class Sample : public HxXmlCompoundType {
   HxXmlBasicType<unsigned int> id;      // attribute
   HxXmlBasicType<double> scale;         // attribute
   HxXmlEnumType<unsigned int> unit;     // attribute
+  HxXmlBasicType<double> foreign;       // of another namespace
 
-  Sample() { nameModes(); }
-  Sample(const Sample& other)
-      : HxXmlCompoundType(other),
-        name(other.name),
-        time(other.time),
-        count(other.count),
-        enabled(other.enabled),
-        mode(other.mode),
-        inner(other.inner),
-        version(other.version),
-        id(other.id),
-        scale(other.scale),
-        unit(other.unit) {}
-  Sample& operator=(const Sample& other) {
-    HxXmlCompoundType::operator=(other);
-    name = other.name;
-    time = other.time;
-    count = other.count;
-    enabled = other.enabled;
-    mode = other.mode;
-    inner = other.inner;
-    version = other.version;
-    id = other.id;
-    scale = other.scale;
-    unit = other.unit;
-    return *this;
+  Sample() {
+    mode.setEnumString(Idle, "idle");
+    mode.setEnumString(Running, "running");
+    mode.setEnumString(Stopped, "stopped");
+    unit.setEnumString(0, "metre");
+    unit.setEnumString(1, "millimetre");
   }
   /// Compares everything that is read back (the read-only version is not).
   bool operator==(const Sample& other) const {
     return name == other.name && time == other.time && count == other.count && enabled == other.enabled &&
            mode == other.mode && inner == other.inner && id == other.id && scale == other.scale &&
-           unit == other.unit;
+           unit == other.unit && foreign == other.foreign;
   }
-
-  HxXmlObject* clone() const override { return new Sample(*this); }
-  HxXmlObject* newObject() const override { return new Sample(); }
   static const HxToken& classToken() {
     static const HxToken token = testToken("sample");
     return token;
-  }
-  const HxToken& token() const override { return classToken(); }
-  static HxXmlObject* creator() { return new Sample(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* same = dynamic_cast<const Sample*>(other);
-    return same && *this == *same;
   }
   void registerComponents() override {
     registerAttributeComponent(HxToken("id"), &id);
@@ -124,15 +103,7 @@ class Sample : public HxXmlCompoundType {
     registerComponent(testToken("mode"), &mode);
     registerComponent(testToken("inner"), &inner);
     registerComponentReadOnly(testToken("version"), &version);
-  }
-
- private:
-  void nameModes() {
-    mode.setEnumString(Idle, "idle");
-    mode.setEnumString(Running, "running");
-    mode.setEnumString(Stopped, "stopped");
-    unit.setEnumString(0, "metre");
-    unit.setEnumString(1, "millimetre");
+    registerComponent(HxToken("http://example.org/other#foreign"), &foreign);
   }
 };
 
@@ -150,7 +121,53 @@ inline Sample filledSample() {
   sample.id = 42u;
   sample.scale = 1e21;
   sample.unit = 1u;
+  sample.foreign = 2.0;
   return sample;
 }
+
+/// The document the writer makes of `object`.
+inline std::string written(const HxXmlObject& object) {
+  std::ostringstream stream;
+  HxXmlWriter writer("test", stream);
+  EXPECT_TRUE(writer.writeObject(object));
+  return stream.str();
+}
+
+/// What reading a document produced: the result, every message, what reached standard error
+/// (libxml2 must print nothing itself) and how long it took.
+struct ReadResult {
+  bool result = false;
+  std::vector<Hx::PrintRecord> messages;
+  std::string standardError;
+  double seconds = 0.0;
+};
+
+inline ReadResult readInto(HxXmlObject& object, const std::string& text, const std::string& name = "sample.xml") {
+  ReadResult out;
+  Hx::ScopedPrintCapture capture;
+  testing::internal::CaptureStderr();
+  const auto start = std::chrono::steady_clock::now();
+  {
+    HxXmlReader reader;
+    reader.openMemory(text, name);
+    out.result = reader.readObject(object);
+  }
+  out.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  out.standardError = testing::internal::GetCapturedStderr();
+  out.messages = capture.records();
+  return out;
+}
+
+/// Runs xmllint with `arguments` on `document` (written to a temporary file); true when it
+/// succeeds. Call only when xmllintAvailable().
+inline bool xmllintAccepts(const std::string& document, const std::string& arguments = "") {
+  const std::string path = testing::TempDir() + "hx_xmllint_input.xml";
+  std::ofstream(path, std::ios::binary) << document;
+  const int status = std::system(("xmllint --noout " + arguments + " '" + path + "' >/dev/null 2>&1").c_str());
+  std::remove(path.c_str());
+  return status == 0;
+}
+
+inline bool xmllintAvailable() { return std::system("command -v xmllint >/dev/null 2>&1") == 0; }
 
 }  // namespace HxFrameworkTest

@@ -12,6 +12,7 @@ void reportBadIndex(unsigned int index) {
   Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__) << "bad index (" << index << ")\n";
 }
 
+// A message is delivered once its stream object is gone, with type, context and text.
 TEST(HxPrint, CaptureReceivesTypeContextAndTextAtTheEndOfTheExpression) {
   Hx::ScopedPrintCapture capture;
   {
@@ -19,21 +20,19 @@ TEST(HxPrint, CaptureReceivesTypeContextAndTextAtTheEndOfTheExpression) {
     message << "pieces " << 1 << ' ' << 2.5;
     EXPECT_TRUE(capture.records().empty());  // not yet delivered
   }
-  ASSERT_EQ(capture.records().size(), 1u);
-  EXPECT_EQ(capture.records()[0].type, Hx::Print::Warning);
-  EXPECT_EQ(capture.records()[0].context, "context");
-  EXPECT_EQ(capture.records()[0].text, "pieces 1 2.5");
-
   reportBadIndex(1234567);
   ASSERT_EQ(capture.records().size(), 2u);
+  EXPECT_EQ(capture.records()[0].type, Hx::Print::Warning);
+  EXPECT_EQ(capture.records()[0].context, "context");
   EXPECT_EQ(capture.records()[1].type, Hx::Print::Error);
   EXPECT_EQ(capture.records()[1].context, "void {anonymous}::reportBadIndex(unsigned int)");
-  EXPECT_EQ(capture.records()[1].text, "bad index (1234567)\n");
   EXPECT_EQ(capture.text(), "pieces 1 2.5bad index (1234567)\n");
   capture.clear();
   EXPECT_TRUE(capture.records().empty());
 }
 
+// The innermost capture receives; leaving it restores the previous sink, finally the default
+// "[type] context: text" on standard error; setSink hands back the sink it replaces.
 TEST(HxPrint, CapturesNestAndTheDefaultSinkWritesToStandardError) {
   testing::internal::CaptureStderr();
   {
@@ -44,7 +43,7 @@ TEST(HxPrint, CapturesNestAndTheDefaultSinkWritesToStandardError) {
       EXPECT_EQ(inner.records().size(), 1u);
     }
     reportBadIndex(2);
-    EXPECT_EQ(outer.records().size(), 1u);
+    ASSERT_EQ(outer.records().size(), 1u);
     EXPECT_EQ(outer.records()[0].text, "bad index (2)\n");
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
@@ -54,15 +53,12 @@ TEST(HxPrint, CapturesNestAndTheDefaultSinkWritesToStandardError) {
   Hx::Print::instance().ostream(Hx::Print::Warning, "f()") << "no line end";
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "[Error] void {anonymous}::reportBadIndex(unsigned int): bad index (3)\n[Warning] f(): no line end\n");
-}
 
-TEST(HxPrint, SetSinkReturnsThePreviousSink) {
   int calls = 0;
-  Hx::Print::Sink previous =
-      Hx::Print::instance().setSink([&calls](Hx::Print::PrintType, const std::string&, const std::string&) { ++calls; });
+  const Hx::Print::Sink previous = Hx::Print::instance().setSink(
+      [&calls](Hx::Print::PrintType, const std::string&, const std::string&) { ++calls; });
   reportBadIndex(4);
-  EXPECT_EQ(calls, 1);
-  Hx::Print::Sink mine = Hx::Print::instance().setSink(previous);
+  const Hx::Print::Sink mine = Hx::Print::instance().setSink(previous);
   ASSERT_TRUE(static_cast<bool>(mine));
   mine(Hx::Print::Info, "", "");
   EXPECT_EQ(calls, 2);

@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
 #include "tests/framework/HxFrameworkTestTypes.h"
 
 namespace {
@@ -28,32 +25,32 @@ class Recorder : public HxXmlObjectVisitor {
   void exit(const HxXmlObject* object) override { exited.push_back(object->token().token()); }
 };
 
+// Every member is entered under its own token at its depth; exit comes after the children.
 TEST(HxXmlObjectVisitor, WalksCompoundsInRegistrationOrder) {
-  Sample sample;
   Recorder recorder;
   recorder.setCurrentToken(Sample::classToken());
-  sample.accept(&recorder);
+  Sample().accept(&recorder);
   EXPECT_EQ(recorder.entered, (std::vector<std::string>{"0:sample", "1:id", "1:scale", "1:unit", "1:name", "1:time",
                                                         "1:count", "1:enabled", "1:mode", "1:inner", "2:gain",
-                                                        "2:label", "1:version"}));
+                                                        "2:label", "1:version", "1:foreign"}));
   EXPECT_EQ(recorder.exited.size(), recorder.entered.size());
-  EXPECT_EQ(recorder.exited.back(), Sample::classToken().token());  // exit after the children
+  EXPECT_EQ(recorder.exited.back(), Sample::classToken().token());
   EXPECT_EQ(recorder.depth(), 0);
   // The description list of the last object: its type name and its token.
   ASSERT_EQ(recorder.descriptions().size(), 2u);
   EXPECT_NE(recorder.descriptions()[0].find("HxXmlBasicType"), std::string::npos);
 }
 
+// A false entry hook or the depth gate keeps the visitor out of the children.
 TEST(HxXmlObjectVisitor, EntryHookAndDepthGateStopTheDescent) {
-  Sample sample;
   Recorder noInner;
   noInner.descendIntoInner = false;
-  sample.accept(&noInner);
-  EXPECT_EQ(noInner.entered.size(), 11u);  // gain and label not visited
+  Sample().accept(&noInner);
+  EXPECT_EQ(noInner.entered.size(), 12u);  // gain and label not visited
 
   Recorder shallow;
   shallow.setMaxDepth(0);
-  sample.accept(&shallow);
+  Sample().accept(&shallow);
   EXPECT_EQ(shallow.entered, (std::vector<std::string>{"0:"}));
 }
 
