@@ -5,11 +5,13 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "framework/HxNumberText.h"
 
@@ -64,48 +66,34 @@ RunResult runHxrecord(const std::vector<std::string>& arguments, const std::stri
 }
 
 std::size_t Csv::column(const std::string& label) const {
-  for (std::size_t i = 0; i < labels.size(); ++i) {
-    if (labels[i] == label) return i;
-  }
-  ADD_FAILURE() << "no column '" << label << "'";
-  return labels.size();
+  const auto found = std::find(labels.begin(), labels.end(), label);
+  if (found == labels.end()) ADD_FAILURE() << "no column '" << label << "'";
+  return static_cast<std::size_t>(found - labels.begin());
 }
-
-namespace {
-std::vector<std::string> split(const std::string& line) {
-  std::vector<std::string> fields;
-  std::size_t start = 0;
-  while (true) {
-    const std::size_t comma = line.find(',', start);
-    fields.push_back(line.substr(start, comma == std::string::npos ? std::string::npos : comma - start));
-    if (comma == std::string::npos) return fields;
-    start = comma + 1;
-  }
-}
-}  // namespace
 
 bool readCsv(const std::string& path, Csv& csv) {
+  csv = Csv();
   std::ifstream in(path);
   std::string line;
-  if (!std::getline(in, line)) {
-    ADD_FAILURE() << "cannot read " << path;
-    return false;
-  }
-  csv.labels = split(line);
-  csv.rows.clear();
-  while (std::getline(in, line)) {
-    const std::vector<std::string> fields = split(line);
-    std::vector<double> row(fields.size());
+  for (std::size_t n = 0; std::getline(in, line); ++n) {
+    // Fields split at every comma; a line ending in a comma ends in an empty field.
+    std::vector<std::string> fields;
+    std::istringstream text(line + ",");
+    for (std::string field; std::getline(text, field, ',');) fields.push_back(field);
+    if (n == 0) {
+      csv.labels = std::move(fields);
+      continue;
+    }
+    std::vector<double>& row = csv.rows.emplace_back(fields.size());
     for (std::size_t i = 0; i < fields.size(); ++i) {
       if (!HxSTRING2DOUBLE(fields[i], row[i])) {
-        ADD_FAILURE() << path << ": sample " << csv.rows.size() << " field " << i << " is not a number: '" << fields[i]
-                      << "'";
+        ADD_FAILURE() << path << ": sample " << n - 1 << " field " << i << " is not a number: '" << fields[i] << "'";
         return false;
       }
     }
-    csv.rows.push_back(std::move(row));
   }
-  return true;
+  if (csv.labels.empty()) ADD_FAILURE() << "cannot read " << path;
+  return !csv.labels.empty();
 }
 
 std::string defaultModelPath() { return std::string(HX_SOURCE_DIR) + "/examples/models/two_arms_table.xml"; }

@@ -1,0 +1,245 @@
+// hxmrd: the loader (unfinished files, disabled columns, the unrecoverable ones) and the command
+// (output, warnings on standard error, exit status).
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "tools/lib/HxMrdFile.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string bigEndian(float value) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, 4);
+  return std::string{static_cast<char>(bits >> 24), static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
+                     static_cast<char>(bits)};
+}
+
+float fromBits(std::uint32_t bits) {
+  float value = 0.0f;
+  std::memcpy(&value, &bits, 4);
+  return value;
+}
+
+// An MRD file as the writer lays it out; an empty `header` leaves the header blank.
+std::string mrd(const std::string& header, const std::vector<std::string>& labels, const std::vector<float>& values) {
+  std::string bytes = header + std::string(80 - header.size(), ' ') + "\n";
+  for (std::size_t i = 0; i < labels.size(); ++i) bytes += (i ? "  " : "") + labels[i] + "  -";
+  bytes += "\n\n\n";
+  for (const float v : values) bytes += bigEndian(v);
+  return bytes;
+}
+
+bool parse(const std::string& bytes, HxU32 valuesPerSample, HxMrdFile& file, std::string& error) {
+  HxMrdLoadOptions options;
+  options.valuesPerSample = valuesPerSample;
+  return hxParseMrd(bytes, options, file, error);
+}
+
+// Where header and data disagree, the values per sample and the sample count are recovered and
+// every recovery is said: disabled columns leave the last labels without a column; a blank
+// header takes the labels less the empty ones at the end, or else the one layout that keeps
+// every sample's time and path-point index; an option decides over the header.
+TEST(HxMrdFile, RecoversCountsAndSaysHow) {
+  struct Case {
+    const char* what;
+    std::string bytes;
+    HxU32 option;
+    HxU32 valuesPerSample;
+    HxU32 samples;
+    std::vector<std::string> warnings;
+  };
+  const std::string blank = "header is blank (the recording was never finished); counts recovered from the file";
+  const std::vector<Case> cases = {
+      {"disabled columns",
+       mrd("12\t6\t2\t1000", {"Time", "Point_Path_Index", "a", "b", "", ""}, {0, 0, 1, 2, 0.5f, 1, 3, 4}),
+       0,
+       4,
+       2,
+       {"header gives 6 channels but each of the 2 samples holds 4 values; the last 2 labels have no column (columns "
+        "disabled)"}},
+      {"blank header",
+       mrd("", {"Time", "Point_Path_Index", "a", "", ""}, {0, 0, 7, 0.1f, 0, 8, 0.2f, 1, 9}),
+       0,
+       3,
+       3,
+       {blank, "each sample holds 3 values for 5 labels; the last 2 labels have no column"}},
+      {"blank header, no sample", mrd("", {"Time", "Point_Path_Index", "x"}, {}), 0, 3, 0, {blank}},
+      {"the one layout keeping time and index",
+       mrd("", {"Time", "Point_Path_Index", "Manip[1]:Manipulator_Power", "a", "b", ""},
+           {0.0f, 0, 0.3f, 0.7f, 0.25f, 1, 0.35f, 0.75f, 0.5f, 1, 0.45f, 0.85f}),
+       0,
+       4,
+       3,
+       {blank, "each sample holds 4 values for 6 labels; the last 2 labels have no column"}},
+      {"option over the header",
+       mrd("8\t4\t2\t1000", {"Time", "Point_Path_Index", "a", "b"}, std::vector<float>(8)),
+       2,
+       2,
+       4,
+       {"header gives 4 channels; using 2 values per sample as asked", "header gives 2 samples; the file holds 4"}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    HxMrdFile file;
+    std::string error;
+    ASSERT_TRUE(parse(c.bytes, c.option, file, error)) << error;
+    EXPECT_EQ(file.valuesPerSample, c.valuesPerSample);
+    EXPECT_EQ(file.sampleCount, c.samples);
+    EXPECT_EQ(file.warnings, c.warnings);
+  }
+  // The option also settles a blank header's ambiguous size.
+  HxMrdFile file;
+  std::string error;
+  ASSERT_TRUE(
+      parse(mrd("", {"Time", "Point_Path_Index", "a", "b", "c", "d", "e"}, std::vector<float>(12)), 4, file, error));
+  EXPECT_EQ(file.sampleCount, 3u);
+}
+
+// What cannot be recovered is refused with one clear sentence.
+TEST(HxMrdFile, RefusesWhatCannotBeRecovered) {
+  struct Case {
+    std::string bytes;
+    HxU32 option;
+    std::string error;
+  };
+  const std::string blank(80, ' ');
+  const std::string malformed = "malformed label line: expected labels joined by \"  -  \" and ending in \"  -\"";
+  const std::string noLayout =
+      " fits no layout of 2 to 4 values per sample starting with time and path-point index; "
+      "give --channels N";
+  const std::vector<std::string> twelve = {"Time", "Point_Path_Index", "a", "b", "c", "d", "e"};
+  const std::vector<Case> cases = {
+      {"short", 0, "file too short for an MRD header (5 bytes, at least 81 needed)"},
+      {std::string(81, ' '), 0, "no line end at offset 80: not an MRD header"},
+      {mrd("hello", {"Time"}, {}), 0, "header is neither blank nor four tab-separated numbers: \"hello\""},
+      {mrd("1\t2\t3", {"Time"}, {}), 0, "header is neither blank nor four tab-separated numbers: \"1\t2\t3\""},
+      {blank + "\nTime  -  Point_Pa", 0,
+       "truncated label line: no end of the labels (three line ends) after offset 81"},
+      {blank + "\nTime  -  Point Path Index  -\n\n\n", 0, malformed},
+      {blank + "\nTime  -  Point_Path_Index\n\n\n", 0, malformed},
+      {mrd("", {"Time", "Point_Path_Index"}, {0, 0}) + "xy", 0,
+       "data size (10 bytes) is not a whole number of 4-byte values"},
+      {mrd("", {"Time", "Point_Path_Index", "a", "b"}, {0, 0, 1, 2, 0.5f}), 0, "the data (5 values)" + noLayout},
+      {mrd("20\t4\t5\t1000", {"Time", "Point_Path_Index", "a", "b"}, {0, 0, 1, 2, 0.5f, 0, 1}), 0,
+       "the data (7 values)" + noLayout},
+      {mrd("", twelve, std::vector<float>(12)), 0,
+       "the data (12 values) fits several layouts (2, 3, 4, 6 values per sample); give --channels N"},
+      {mrd("", twelve, std::vector<float>(12)), 5, "the data (12 values) is not a whole number of samples of 5 values"},
+  };
+  for (const Case& c : cases) {
+    HxMrdFile file;
+    std::string error;
+    EXPECT_FALSE(parse(c.bytes, c.option, file, error)) << c.error;
+    EXPECT_EQ(error, c.error);
+  }
+}
+
+struct Result {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+// This process's scratch directory, removed at exit.
+const struct Scratch {
+  fs::path path = fs::path(::testing::TempDir()) / ("hx_hxmrd_" + std::to_string(::getpid()));
+  ~Scratch() { fs::remove_all(path); }
+} kScratch;
+const fs::path& kDirectory = kScratch.path;
+
+std::string slurp(const fs::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// Writes `bytes` into this run's directory; returns the file's path.
+std::string put(const std::string& name, const std::string& bytes) {
+  fs::create_directories(kDirectory);
+  std::ofstream(kDirectory / name, std::ios::binary) << bytes;
+  return (kDirectory / name).string();
+}
+
+// Runs hxmrd with `arguments`, standard output and error kept apart.
+Result hxmrd(const std::string& arguments) {
+  Result r;
+#ifndef HX_HXMRD_PATH
+  ADD_FAILURE() << "hxmrd was not built (HX_BUILD_TOOLS is off)";
+#else
+  const std::string out = put("stdout.txt", ""), err = put("stderr.txt", "");
+  const int status = std::system((std::string(HX_HXMRD_PATH) + " " + arguments + " >" + out + " 2>" + err).c_str());
+  r = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+#endif
+  return r;
+}
+
+// Each invocation's status, standard output and standard error, exactly: the header fields as
+// comment lines, then the CSV, each value the shortest text of its float (0x0A bytes in the data
+// do not end the labels); --csv the CSV only, --header every label; recoveries as warnings on
+// standard error naming the file, the labels without a column listed; a file that cannot be read
+// or recovered gives the loader's sentence and status 1; a usage error status 2.
+TEST(HxMrdTool, EveryInvocation) {
+  const std::string run = put("run.mrd", mrd("6\t3\t2\t1000", {"Time", "Point_Path_Index", "x"},
+                                             {fromBits(0x0A0A0A0Au), 0, 0.1f, 0.5f, 2, fromBits(0x3F0A0A0Au)}));
+  const std::string unfinished =
+      put("unfinished.mrd", mrd("", {"Time", "Point_Path_Index", "a", ""}, {0, 0, 1, 0.5f, 1, 2}));
+  const std::string truncated = put("truncated.mrd", std::string(80, ' ') + "\nTime  -  Point_Pa");
+  const std::string noLayout = put("nolayout.mrd", mrd("", {"Time", "Point_Path_Index", "a"}, {0, 0, 1, 2, 3}));
+  const std::string missing = (kDirectory / "missing.mrd").string();
+  const std::string csv = "Time,Point_Path_Index,x\n6.6463464e-33,0,0.1\n0.5,2,0.5392157\n";
+  const std::string runHeader = "# file: " + run +
+                                "\n# total values: 6\n# channels: 3\n# samples: 2\n# fourth value: 1000\n"
+                                "# labels: 3\n# values per sample: 3\n# samples in file: 2\n";
+  const std::string warning = "hxmrd: warning: " + unfinished + ": ";
+  const std::string tryHelp = "\nTry 'hxmrd --help'.\n";
+  const std::vector<std::pair<std::string, Result>> cases = {
+      {run, {0, runHeader + csv, ""}},
+      {"--csv " + run, {0, csv, ""}},
+      {"--header " + run, {0, runHeader + "# label 0: Time\n# label 1: Point_Path_Index\n# label 2: x\n", ""}},
+      {unfinished,
+       {0,
+        "# file: " + unfinished +
+            "\n# header: blank\n# labels: 4\n# values per sample: 3\n# samples in file: 2\n"
+            "# label without a column: 3: \nTime,Point_Path_Index,a\n0,0,1\n0.5,1,2\n",
+        warning + "header is blank (the recording was never finished); counts recovered from the file\n" + warning +
+            "each sample holds 3 values for 4 labels; the last label has no column\n"}},
+      {truncated,
+       {1, "",
+        "hxmrd: error: " + truncated +
+            ": truncated label line: no end of the labels (three line ends) after offset 81\n"}},
+      {missing, {1, "", "hxmrd: error: " + missing + ": cannot open \"" + missing + "\"\n"}},
+      {"", {2, "", "hxmrd: no MRD file given" + tryHelp}},
+      {"--bogus " + noLayout, {2, "", "hxmrd: unknown option '--bogus'" + tryHelp}},
+      {"--channels x " + noLayout, {2, "", "hxmrd: --channels needs a whole number above 0, not 'x'" + tryHelp}},
+      {"--channels", {2, "", "hxmrd: --channels needs a value" + tryHelp}},
+      {noLayout + " " + truncated, {2, "", "hxmrd: one MRD file at a time" + tryHelp}},
+  };
+  for (const auto& [arguments, expected] : cases) {
+    const Result r = hxmrd(arguments);
+    EXPECT_EQ(r.status, expected.status) << arguments;
+    EXPECT_EQ(r.out, expected.out) << arguments;
+    EXPECT_EQ(r.err, expected.err) << arguments;
+  }
+  // -o writes the output to a file; --channels rescues a size no layout fits.
+  const std::string written = (kDirectory / "copy.csv").string();
+  EXPECT_EQ(hxmrd("--csv -o " + written + " " + run).status, 0);
+  EXPECT_EQ(slurp(written), csv);
+  EXPECT_EQ(hxmrd(noLayout).status, 1);
+  EXPECT_EQ(hxmrd("--channels 5 " + noLayout).status, 0);
+  const Result help = hxmrd("--help");
+  EXPECT_EQ(help.status, 0);
+  EXPECT_NE(help.out.find("Values per sample are found in this order"), std::string::npos);
+}
+
+}  // namespace
