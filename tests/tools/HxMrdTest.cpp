@@ -88,7 +88,15 @@ TEST(HxMrdFile, RecoversCountsAndSaysHow) {
        2,
        2,
        4,
-       {"header gives 4 channels; using 2 values per sample as asked", "header gives 2 samples; the file holds 4"}},
+       {"header gives 4 channels; using 2 values per sample as asked",
+        "each sample holds 2 values for 4 labels; the last 2 labels have no column",
+        "header gives 2 samples; the file holds 4"}},
+      {"option over a blank header",
+       mrd("", {"Time", "Point_Path_Index", "a", ""}, std::vector<float>(6)),
+       3,
+       3,
+       2,
+       {blank, "each sample holds 3 values for 4 labels; the last label has no column"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);

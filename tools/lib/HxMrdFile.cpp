@@ -185,9 +185,15 @@ HxBoolean hxParseMrd(const std::string& bytes, const HxMrdLoadOptions& options, 
               std::to_string(valuesPerSample) + " values";
       return false;
     }
-    if (!header.blank && header.channels != valuesPerSample) {
+    if (header.blank) {
+      file.warnings.push_back("header is blank (the recording was never finished); counts recovered from the file");
+    } else if (header.channels != valuesPerSample) {
       file.warnings.push_back("header gives " + std::to_string(header.channels) + " channels; using " +
                               std::to_string(valuesPerSample) + " values per sample as asked");
+    }
+    if (valuesPerSample < labels) {
+      file.warnings.push_back("each sample holds " + std::to_string(valuesPerSample) + " values for " +
+                              std::to_string(labels) + " labels; " + columnlessLabels(labels - valuesPerSample));
     }
   } else if (!header.blank && std::uint64_t{header.channels} * header.samples == total && header.channels != 0) {
     valuesPerSample = header.channels;
