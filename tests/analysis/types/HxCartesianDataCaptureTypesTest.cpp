@@ -8,79 +8,54 @@
 
 #include "analysis/types/HxCartesianDataCaptureTypes.h"
 #include "simulation/HxScriptedSimulation.h"
+#include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {
 
-std::vector<double> values(const HxDataCaptureType& type) {
-  std::vector<double> result;
-  for (HxU32 i = 0; i < type.data().size(); ++i) result.push_back(type.data()[i].value());
-  return result;
-}
-
-std::vector<double> zeros(HxU32 n) { return std::vector<double>(n, 0.0); }
+using HxTypesTest::values;
+using HxTypesTest::zeros;
 
 const HxCoordSystemXform kActiveBase(HxVector(1, 2, 3), HxOrientation(0.5, 0.5, 0.5, 0.5));
 const HxCoordSystemXform kSystemBase(HxVector(4, 5, 6), HxOrientation(0.0, 1.0, 0.0, 0.0));
 
-// The base placement comes from the active state with dynamics, from the system state
-// without; an absent system state or a manipulator past the last gives seven zeros.
-TEST(HxCartesianDataCaptureTypes, BasePositionReadsActiveOrSystemState) {
+// The base placement and velocity come from the active state with dynamics and from the
+// system state without (refused when there is none); the base acceleration from the dynamic
+// simulator. A missing active state is refused even when the system state has one.
+TEST(HxCartesianDataCaptureTypes, BaseQuantitiesReadTheStateOfTheirPath) {
   HxScriptedSimulation sim(2, 2, 1);
   sim.activeState(1).mutablePositionState().setCoordSystemXform(kActiveBase);
   sim.systemPositionState(1).setCoordSystemXform(kSystemBase);
+  sim.activeState(1).mutableVelocityState().setBaseVelocity(HxGeneralMotion(1, 2, 3, 4, 5, 6));
+  sim.systemVelocityState(1).setBaseVelocity(HxGeneralMotion(6, 5, 4, 3, 2, 1));
+  sim.individualSimulator(1).setBaseAcceleration(HxGeneralMotion(7, 8, 9, 10, 11, 12));
   HxBasePositionDataCaptureType position;
+  HxBaseVelocityDataCaptureType velocity;
+  HxBaseAccelerationDataCaptureType acceleration;
 
   sim.setDynamicsEnabled(true);
   EXPECT_TRUE(position.captureData(sim, 1, 99));
   EXPECT_EQ(values(position), (std::vector<double>{1, 2, 3, 0.5, 0.5, 0.5, 0.5}));
-  EXPECT_FALSE(position.captureData(sim, 2, 0));
-  EXPECT_EQ(values(position), zeros(7));
+  EXPECT_TRUE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 3, 4, 5, 6}));
+  EXPECT_TRUE(acceleration.captureData(sim, 1, 0));
+  EXPECT_EQ(values(acceleration), (std::vector<double>{7, 8, 9, 10, 11, 12}));
 
   sim.setDynamicsEnabled(false);
   EXPECT_TRUE(position.captureData(sim, 1, 0));
   EXPECT_EQ(values(position), (std::vector<double>{4, 5, 6, 0, 1, 0, 0}));
-  EXPECT_FALSE(position.captureData(sim, 2, 0));
-  EXPECT_EQ(values(position), zeros(7));
-  sim.setSystemStatePresent(false);
-  EXPECT_FALSE(position.captureData(sim, 1, 0));
-  EXPECT_EQ(values(position), zeros(7));
-}
-
-// The base velocity follows the same two paths with the velocity states.
-TEST(HxCartesianDataCaptureTypes, BaseVelocityReadsActiveOrSystemState) {
-  HxScriptedSimulation sim(2, 2, 1);
-  sim.activeState(1).mutableVelocityState().setBaseVelocity(HxGeneralMotion(1, 2, 3, 4, 5, 6));
-  sim.systemVelocityState(1).setBaseVelocity(HxGeneralMotion(6, 5, 4, 3, 2, 1));
-  HxBaseVelocityDataCaptureType velocity;
-
-  sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 3, 4, 5, 6}));
-  sim.mutableActiveStates().resize(1);
-  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(velocity), zeros(6));
-
-  sim.setDynamicsEnabled(false);
   EXPECT_TRUE(velocity.captureData(sim, 1, 0));
   EXPECT_EQ(values(velocity), (std::vector<double>{6, 5, 4, 3, 2, 1}));
   sim.setSystemStatePresent(false);
+  EXPECT_FALSE(position.captureData(sim, 1, 0));
   EXPECT_FALSE(velocity.captureData(sim, 1, 0));
   EXPECT_EQ(values(velocity), zeros(6));
-}
 
-// The base acceleration exists only with dynamics.
-TEST(HxCartesianDataCaptureTypes, BaseAccelerationNeedsDynamics) {
-  HxScriptedSimulation sim(2, 2, 1);
-  sim.individualSimulator(1).setBaseAcceleration(HxGeneralMotion(1, 2, 3, 4, 5, 6));
-  HxBaseAccelerationDataCaptureType acceleration;
-
-  EXPECT_FALSE(acceleration.captureData(sim, 1, 0));
-  EXPECT_EQ(values(acceleration), zeros(6));
+  sim.setSystemStatePresent(true);
   sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(acceleration.captureData(sim, 1, 0));
-  EXPECT_EQ(values(acceleration), (std::vector<double>{1, 2, 3, 4, 5, 6}));
-  EXPECT_FALSE(acceleration.captureData(sim, 2, 0));
-  EXPECT_EQ(values(acceleration), zeros(6));
+  sim.mutableActiveStates().resize(1);
+  EXPECT_FALSE(position.captureData(sim, 1, 0));
+  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
+  EXPECT_EQ(values(position), zeros(7));
 }
 
 // The centre of mass is asked for the dynamic simulator's own active state, or for a state
@@ -123,8 +98,8 @@ TEST(HxCartesianDataCaptureTypes, CenterOfMassEvaluatesTheRightState) {
 }
 
 // The end-effector placement is computed for the active state with dynamics and resolved from
-// the held placements without; an end effector past the last gives seven zeros; a sample
-// without a state entry for the manipulator computes on the previous working state.
+// the held placements without (refused when there are none); a sample without a state entry
+// for the manipulator computes on the previous working state.
 TEST(HxCartesianDataCaptureTypes, EndEffectorPlacementOnBothPaths) {
   HxScriptedSimulation sim(1, 1, 2);
   // X of the computed placement is the first joint position of the state passed.
@@ -139,10 +114,6 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorPlacementOnBothPaths) {
   sim.setDynamicsEnabled(true);
   EXPECT_TRUE(placement.captureData(sim, 0, 1));
   EXPECT_EQ(values(placement), (std::vector<double>{0.3, 1, 0, 0, 0, 0, 1}));
-  EXPECT_FALSE(placement.captureData(sim, 0, 2));
-  EXPECT_EQ(values(placement), zeros(7));
-  EXPECT_FALSE(placement.captureData(sim, 1, 0));
-  EXPECT_EQ(values(placement), zeros(7));
 
   // No active state for the manipulator: the working state of the last sample is used.
   sim.mutableActiveStates().clear();
@@ -157,26 +128,32 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorPlacementOnBothPaths) {
   EXPECT_EQ(values(placement), zeros(7));
 }
 
-// The end-effector velocity is the end effector's answer for the working state; without
-// dynamics the position and the velocity state are refreshed each on its own.
-TEST(HxCartesianDataCaptureTypes, EndEffectorVelocityUsesTheWorkingState) {
+// The end-effector velocity and acceleration are the end effector's answers for the working
+// state; without dynamics the position and the velocity state are refreshed each on its own.
+TEST(HxCartesianDataCaptureTypes, EndEffectorMotionUsesTheWorkingState) {
   HxScriptedSimulation sim(1, 1, 2);
-  // Linear X: first joint position; linear Y: first joint velocity; angular Z: the index.
+  // Linear X: first joint position (acceleration: first joint acceleration); linear Y: first
+  // joint velocity; angular Z: the index.
   sim.kinematics(0).setVelocityFunction([](HxU32 e, const HxManipulatorActiveState& state) {
     return HxGeneralMotion(state.positionState().jointPositions()[0], state.velocityState().jointVelocities()[0],
                            0, 0, 0, e);
   });
+  sim.kinematics(0).setAccelerationFunction([](HxU32 e, const HxManipulatorActiveState& state) {
+    return HxGeneralMotion(state.accelerationState().jointAccelerations()[0], 0, 0, 0, 0, e);
+  });
   sim.activeState(0).mutablePositionState().setJointPositions({1});
   sim.activeState(0).mutableVelocityState().setJointVelocities({2});
+  sim.activeState(0).mutableAccelerationState().setJointAccelerations({2.5});
   sim.systemPositionState(0).setJointPositions({3});
   sim.systemVelocityState(0).setJointVelocities({4});
   HxEndEffectorVelocityDataCaptureType velocity;
+  HxEndEffectorAccelerationDataCaptureType acceleration;
 
   sim.setDynamicsEnabled(true);
   EXPECT_TRUE(velocity.captureData(sim, 0, 1));
   EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 0, 0, 0, 1}));
-  EXPECT_FALSE(velocity.captureData(sim, 0, 2));
-  EXPECT_EQ(values(velocity), zeros(6));
+  EXPECT_TRUE(acceleration.captureData(sim, 0, 1));
+  EXPECT_EQ(values(acceleration), (std::vector<double>{2.5, 0, 0, 0, 0, 1}));
 
   sim.setDynamicsEnabled(false);
   EXPECT_TRUE(velocity.captureData(sim, 0, 0));
@@ -193,29 +170,6 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorVelocityUsesTheWorkingState) {
   sim.setSystemStatePresent(false);
   EXPECT_TRUE(velocity.captureData(sim, 0, 0));
   EXPECT_EQ(values(velocity), (std::vector<double>{5, 4, 0, 0, 0, 0}));
-
-  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(velocity), zeros(6));
-}
-
-// The end-effector acceleration exists only with dynamics and is asked for the active state.
-TEST(HxCartesianDataCaptureTypes, EndEffectorAccelerationNeedsDynamics) {
-  HxScriptedSimulation sim(1, 1, 2);
-  sim.kinematics(0).setAccelerationFunction([](HxU32 e, const HxManipulatorActiveState& state) {
-    return HxGeneralMotion(state.accelerationState().jointAccelerations()[0], 0, 0, 0, 0, e);
-  });
-  sim.activeState(0).mutableAccelerationState().setJointAccelerations({2.5});
-  HxEndEffectorAccelerationDataCaptureType acceleration;
-
-  EXPECT_FALSE(acceleration.captureData(sim, 0, 1));
-  EXPECT_EQ(values(acceleration), zeros(6));
-  sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(acceleration.captureData(sim, 0, 1));
-  EXPECT_EQ(values(acceleration), (std::vector<double>{2.5, 0, 0, 0, 0, 1}));
-  EXPECT_FALSE(acceleration.captureData(sim, 0, 2));
-  EXPECT_EQ(values(acceleration), zeros(6));
-  EXPECT_FALSE(acceleration.captureData(sim, 1, 0));
-  EXPECT_EQ(values(acceleration), zeros(6));
 }
 
 }  // namespace

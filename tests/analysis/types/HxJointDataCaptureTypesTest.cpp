@@ -1,6 +1,7 @@
 // The joint-space quantities: which source each reads on each path, its index checks, and the
 // two finite-difference velocities over several samples.
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,8 +12,9 @@
 
 namespace {
 
-// Manipulator 1, joint 2 of a 2-manipulator, 3-joint simulation get a different value in
-// every source, so that a test sees which one a type read.
+// Manipulator 1, joint 2 of a 2-manipulator, 5-joint simulation gets a different value in
+// every source, each holding 3 joints only, so that a test sees which source a type read and
+// that it checks the joint against that source, not against the joint count.
 void setSources(HxScriptedSimulation& sim) {
   sim.activeState(1).mutablePositionState().setJointPositions({0, 0, 1.5});
   sim.controlOutputPositionState(1).setJointPositions({0, 0, 2.5});
@@ -29,219 +31,114 @@ void setSources(HxScriptedSimulation& sim) {
   sim.individualSimulator(1).mutableActiveState().mutableVelocityState().setJointVelocities({0, 0, -1});
 }
 
-struct Expectation {
+// The simple joint types with the value each reads after setSources() with and without
+// dynamics (0: refused, since the sources are all non-zero).
+struct JointType {
   const char* name;
-  const HxDataCaptureType& type;
-  bool captured;
-  double value;
+  std::shared_ptr<HxDataCaptureType> type;
+  double dynamic;
+  double kinematic;
 };
 
-void expectCaptures(const HxSystemSimulation& sim, const std::vector<Expectation>& expectations,
-                    const std::string& path) {
-  for (const Expectation& e : expectations) {
-    EXPECT_EQ(e.type.captureData(sim, 1, 2), e.captured) << e.name << " " << path;
-    ASSERT_EQ(e.type.data().size(), 1u) << e.name;
-    EXPECT_EQ(e.type.data()[0].value(), e.value) << e.name << " " << path;
-  }
+std::vector<JointType> simpleJointTypes() {
+  return {{"position", std::make_shared<HxJointPositionDataCaptureType>(), 1.5, 2.5},
+          {"velocity", std::make_shared<HxJointVelocityDataCaptureType>(), 3.5, 4.5},
+          {"acceleration", std::make_shared<HxJointAccelerationDataCaptureType>(), 5.5, 0},
+          {"torque", std::make_shared<HxJointTorqueDataCaptureType>(), 6.5, 0},
+          {"input", std::make_shared<HxControlInputDataCaptureType>(), 7.5, 0},
+          {"controlTorque", std::make_shared<HxControlTorqueDataCaptureType>(), 8.5, 0},
+          {"outputPosition", std::make_shared<HxControlOutputJointPositionDataCaptureType>(), 2.5, 2.5},
+          {"outputVelocity", std::make_shared<HxControlOutputJointVelocityDataCaptureType>(), 4.5, 4.5}};
 }
 
 // Each type reads its own source: the dynamics' with dynamics, the control output's without;
-// the types that need dynamics refuse with a zero without them.
-TEST(HxJointDataCaptureTypes, ReadTheirSourceOnEachPath) {
-  HxScriptedSimulation sim(2, 3, 1);
+// a joint or manipulator past the end of the type's own source gives false and a zero on both
+// paths, also after a filled buffer.
+TEST(HxJointDataCaptureTypes, ReadTheirSourceOnEachPathAndRefuseIndicesPastIt) {
+  HxScriptedSimulation sim(2, 5, 1);
   setSources(sim);
-  HxJointPositionDataCaptureType position;
-  HxJointVelocityDataCaptureType velocity;
-  HxJointAccelerationDataCaptureType acceleration;
-  HxJointTorqueDataCaptureType torque;
-  HxControlInputDataCaptureType input;
-  HxControlTorqueDataCaptureType controlTorque;
-  HxControlOutputJointPositionDataCaptureType outputPosition;
-  HxControlOutputJointVelocityDataCaptureType outputVelocity;
-
-  sim.setDynamicsEnabled(true);
-  expectCaptures(sim,
-                 {{"position", position, true, 1.5},
-                  {"velocity", velocity, true, 3.5},
-                  {"acceleration", acceleration, true, 5.5},
-                  {"torque", torque, true, 6.5},
-                  {"input", input, true, 7.5},
-                  {"controlTorque", controlTorque, true, 8.5},
-                  {"outputPosition", outputPosition, true, 2.5},
-                  {"outputVelocity", outputVelocity, true, 4.5}},
-                 "dynamic");
-
-  sim.setDynamicsEnabled(false);
-  expectCaptures(sim,
-                 {{"position", position, true, 2.5},
-                  {"velocity", velocity, true, 4.5},
-                  {"acceleration", acceleration, false, 0.0},
-                  {"torque", torque, false, 0.0},
-                  {"input", input, false, 0.0},
-                  {"controlTorque", controlTorque, false, 0.0},
-                  {"outputPosition", outputPosition, true, 2.5},
-                  {"outputVelocity", outputVelocity, true, 4.5}},
-                 "kinematic");
-}
-
-// A joint past the last, a manipulator past the last, or a per-joint vector shorter than the
-// others gives false and a zero, on both paths.
-TEST(HxJointDataCaptureTypes, RefuseIndicesOutOfRange) {
-  HxJointPositionDataCaptureType position;
-  HxJointVelocityDataCaptureType velocity;
-  HxJointAccelerationDataCaptureType acceleration;
-  HxJointTorqueDataCaptureType torque;
-  HxControlInputDataCaptureType input;
-  HxControlTorqueDataCaptureType controlTorque;
-  HxControlOutputJointPositionDataCaptureType outputPosition;
-  HxControlOutputJointVelocityDataCaptureType outputVelocity;
-  const std::vector<const HxDataCaptureType*> all = {&position, &velocity,      &acceleration,   &torque,
-                                                     &input,    &controlTorque, &outputPosition, &outputVelocity};
-
-  for (bool dynamics : {true, false}) {
-    HxScriptedSimulation sim(2, 3, 1);
-    setSources(sim);
-    sim.setDynamicsEnabled(dynamics);
-    for (const HxDataCaptureType* type : all) {
-      // Fill the buffer first so that a refusal visibly resets it.
-      type->captureData(sim, 1, 2);
-      EXPECT_FALSE(type->captureData(sim, 1, 3)) << type->description() << " dynamics " << dynamics;
-      EXPECT_EQ(type->data()[0].value(), 0.0);
-      type->captureData(sim, 1, 2);
-      EXPECT_FALSE(type->captureData(sim, 2, 0)) << type->description() << " dynamics " << dynamics;
-      EXPECT_EQ(type->data()[0].value(), 0.0);
+  const std::vector<JointType> types = simpleJointTypes();
+  for (const JointType& row : types) {
+    for (bool dynamics : {true, false}) {
+      SCOPED_TRACE(std::string(row.name) + (dynamics ? " dynamic" : " kinematic"));
+      sim.setDynamicsEnabled(dynamics);
+      const double expected = dynamics ? row.dynamic : row.kinematic;
+      EXPECT_EQ(row.type->captureData(sim, 1, 2), expected != 0.0);
+      EXPECT_EQ(row.type->data()[0].value(), expected);
+      EXPECT_FALSE(row.type->captureData(sim, 1, 3));
+      EXPECT_EQ(row.type->data()[0].value(), 0.0);
     }
   }
-
-  // Each source checked against its own size.
-  HxScriptedSimulation sim(2, 3, 1);
-  setSources(sim);
   sim.setDynamicsEnabled(true);
-  sim.controlInput(1).setValues({1, 2});
-  sim.torque(1).setValues({1, 2});
-  sim.individualSimulator(1).setJointTorques({1, 2});
-  sim.individualSimulator(1).setJointAccelerations({1, 2});
-  sim.activeState(1).mutablePositionState().setJointPositions({1, 2});
-  sim.activeState(1).mutableVelocityState().setJointVelocities({1, 2});
-  sim.controlOutputPositionState(1).setJointPositions({1, 2});
-  sim.controlOutputVelocityState(1).setJointVelocities({1, 2});
-  for (const HxDataCaptureType* type : all) {
-    EXPECT_FALSE(type->captureData(sim, 1, 2)) << type->description();
-    EXPECT_TRUE(type->captureData(sim, 1, 1)) << type->description();
-    EXPECT_EQ(type->data()[0].value(), 2.0) << type->description();
-  }
   sim.mutableManipulatorControlInputs().resize(1);
-  EXPECT_FALSE(input.captureData(sim, 1, 0));
+  EXPECT_FALSE(types[4].type->captureData(sim, 1, 2)) << "control input";
   sim.mutableIndividualSimulators().resize(1);
-  EXPECT_FALSE(torque.captureData(sim, 1, 0));
-  EXPECT_FALSE(acceleration.captureData(sim, 1, 0));
+  EXPECT_FALSE(types[2].type->captureData(sim, 1, 2)) << "acceleration";
+  EXPECT_FALSE(types[3].type->captureData(sim, 1, 2)) << "torque";
+}
+
+// One sample of a finite-difference velocity on a 1-manipulator, 2-joint simulation whose
+// control output gives joint 1 the velocity 7: the control-output time and position of joint
+// 1, the indices asked for, and what the type returns and holds.
+struct Sample {
+  const char* what;
+  double time;
+  double position;
+  HxU32 manipulator;
+  HxU32 joint;
+  bool captured;
+  double velocity;
+  bool dynamics = false;
+};
+
+// Captures `samples` in order with one object.
+void expectSamples(const HxDataCaptureType& type, const std::vector<Sample>& samples) {
+  HxScriptedSimulation sim(1, 2, 0);
+  sim.controlOutputVelocityState(0).setJointVelocities({0.0, 7.0});
+  sim.activeState(0).mutableVelocityState().setJointVelocities({0.0, -3.0});
+  for (const Sample& sample : samples) {
+    SCOPED_TRACE(sample.what);
+    sim.setDynamicsEnabled(sample.dynamics);
+    sim.setControlOutputTime(sample.time);
+    sim.controlOutputPositionState(0).setJointPositions({0.0, sample.position});
+    EXPECT_EQ(type.captureData(sim, sample.manipulator, sample.joint), sample.captured);
+    EXPECT_NEAR(type.data()[0].value(), sample.velocity, 1e-12);
+  }
 }
 
 // Without dynamics the joint velocity is the control output's velocity when the time has not
 // advanced (first sample, repeated time) and the difference quotient of the position when it
 // has; a refused sample does not move the history on; the dynamic path leaves it alone.
 TEST(HxJointDataCaptureTypes, JointVelocityDifferentiatesTheControlOutput) {
+  const HxJointVelocityDataCaptureType velocity;
+  expectSamples(velocity, {{"first sample: the control output's velocity", 0.5, 0.5, 0, 1, true, 7},
+                           {"a refused joint keeps time and position", 0.6, 0.9, 0, 2, false, 0},
+                           {"a refused manipulator keeps them too", 0.6, 0.9, 1, 1, false, 0},
+                           {"the dynamic path reads the active state", 0.6, 0.9, 0, 1, true, -3, true},
+                           {"a step: (0.51 - 0.5) / (0.6 - 0.5)", 0.6, 0.51, 0, 1, true, 0.1},
+                           {"the same time: the control output's velocity", 0.6, 0.8, 0, 1, true, 7},
+                           {"the next step starts from there: (1.0 - 0.8) / 0.5", 1.1, 1.0, 0, 1, true, 0.4}});
+  // Without a control-output velocity for the joint the sample is refused.
   HxScriptedSimulation sim(1, 2, 0);
-  HxJointVelocityDataCaptureType velocity;
-
-  // First sample: no time step yet.
-  sim.setControlOutputTime(0.5);
-  sim.controlOutputPositionState(0).setJointPositions({0.0, 0.5});
-  sim.controlOutputVelocityState(0).setJointVelocities({0.0, 7.0});
-  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
-  EXPECT_EQ(velocity.data()[0].value(), 7.0);
-
-  // A refused sample at a later time changes neither the time nor the position kept.
-  sim.setControlOutputTime(0.6);
-  sim.controlOutputPositionState(0).setJointPositions({0.0, 0.9});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 2));
-  EXPECT_FALSE(velocity.captureData(sim, 1, 1));
-
-  // The dynamic path reads the active state and leaves the history alone.
-  sim.setDynamicsEnabled(true);
-  sim.activeState(0).mutableVelocityState().setJointVelocities({0.0, -3.0});
-  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
-  EXPECT_EQ(velocity.data()[0].value(), -3.0);
-  sim.setDynamicsEnabled(false);
-
-  // A time step: (0.51 - 0.5) / (0.6 - 0.5).
-  sim.controlOutputPositionState(0).setJointPositions({0.0, 0.51});
-  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
-  EXPECT_NEAR(velocity.data()[0].value(), 0.1, 1e-12);
-
-  // The same time again: the control output's velocity once more.
-  sim.controlOutputPositionState(0).setJointPositions({0.0, 0.8});
-  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
-  EXPECT_EQ(velocity.data()[0].value(), 7.0);
-
-  // The next step differentiates from the position of the repeated sample: (1.0 - 0.8) / 0.5.
-  sim.setControlOutputTime(1.1);
-  sim.controlOutputPositionState(0).setJointPositions({0.0, 1.0});
-  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
-  EXPECT_NEAR(velocity.data()[0].value(), 0.4, 1e-12);
-
-  // Without a velocity entry for the joint the sample is refused.
   sim.controlOutputVelocityState(0).setJointVelocities({0.0});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 1));
-  EXPECT_EQ(velocity.data()[0].value(), 0.0);
-
-  // A copy takes the history along.
-  HxJointVelocityDataCaptureType copy(velocity);
-  sim.setControlOutputTime(1.6);
-  sim.controlOutputPositionState(0).setJointPositions({0.0, 2.0});
-  EXPECT_TRUE(copy.captureData(sim, 0, 1));
-  EXPECT_NEAR(copy.data()[0].value(), 2.0, 1e-12);
+  EXPECT_FALSE(HxJointVelocityDataCaptureType().captureData(sim, 0, 1));
 }
 
 // The actual joint velocity always reports false, while its buffer holds the difference
 // quotient (from time 0 and position 0 at the first sample); without a time step it only
-// remembers the position.
+// remembers the position, and a bad index ends the call only on a time step.
 TEST(HxJointDataCaptureTypes, ActualJointVelocityAlwaysReportsFalse) {
-  HxScriptedSimulation sim(1, 1, 0);
-  HxControlOutputActualJointVelocityDataCaptureType velocity;
-
-  // First sample at 2.0: 1.0 / 2.0.
-  sim.setControlOutputTime(2.0);
-  sim.controlOutputPositionState(0).setJointPositions({1.0});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(velocity.data()[0].value(), 0.5);
-
-  // A step of 0.5: (1.25 - 1.0) / 0.5.
-  sim.setControlOutputTime(2.5);
-  sim.controlOutputPositionState(0).setJointPositions({1.25});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(velocity.data()[0].value(), 0.5);
-
-  // The same time: zero, and the position is remembered.
-  sim.controlOutputPositionState(0).setJointPositions({2.0});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(velocity.data()[0].value(), 0.0);
-  sim.setControlOutputTime(3.0);
-  sim.controlOutputPositionState(0).setJointPositions({2.5});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(velocity.data()[0].value(), 1.0);
-
-  // Without a time step a bad index does not end the call: the time is still taken, here
-  // moving it back to 2.0, so that 2.5 is a step again.
-  sim.setControlOutputTime(2.0);
-  EXPECT_FALSE(velocity.captureData(sim, 0, 4));
-  sim.setControlOutputTime(2.5);
-  sim.controlOutputPositionState(0).setJointPositions({3.0});
-  EXPECT_FALSE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(velocity.data()[0].value(), 1.0);
-}
-
-// On a time step a bad index returns before the time is taken.
-TEST(HxJointDataCaptureTypes, ActualJointVelocityKeepsItsTimeOnARefusedStep) {
-  HxScriptedSimulation sim(1, 1, 0);
-  HxControlOutputActualJointVelocityDataCaptureType velocity;
-  sim.setControlOutputTime(1.0);
-  sim.controlOutputPositionState(0).setJointPositions({3.0});
-  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
-  EXPECT_FALSE(velocity.captureData(sim, 0, 1));
-  EXPECT_EQ(velocity.data()[0].value(), 0.0);
-  EXPECT_FALSE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(velocity.data()[0].value(), 3.0);
+  expectSamples(HxControlOutputActualJointVelocityDataCaptureType(),
+                {{"first sample at 2.0: 1.0 / 2.0", 2.0, 1.0, 0, 1, false, 0.5},
+                 {"a step of 0.5: (1.25 - 1.0) / 0.5", 2.5, 1.25, 0, 1, false, 0.5},
+                 {"the same time: zero, the position remembered", 2.5, 2.0, 0, 1, false, 0},
+                 {"a step from it: (2.5 - 2.0) / 0.5", 3.0, 2.5, 0, 1, false, 1},
+                 {"no step, bad joint: the time 2.0 is still taken", 2.0, 9.0, 0, 4, false, 0},
+                 {"so 2.5 is a step: (3.0 - 2.5) / 0.5", 2.5, 3.0, 0, 1, false, 1}});
+  expectSamples(HxControlOutputActualJointVelocityDataCaptureType(),
+                {{"a step with a bad manipulator returns before taking the time", 1.0, 3.0, 1, 1, false, 0},
+                 {"a step with a bad joint too", 1.0, 3.0, 0, 2, false, 0},
+                 {"so the step is still from time 0: 3.0 / 1.0", 1.0, 3.0, 0, 1, false, 3}});
 }
 
 }  // namespace

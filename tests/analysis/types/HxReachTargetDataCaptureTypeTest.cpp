@@ -1,6 +1,6 @@
 // HxReachTargetDataCaptureType: the reached flag against both tolerances (equality counting as
 // reached), point and frame end effectors, the desired placement carried over, the event
-// flags, its index checks and its tolerances.
+// flags and its tolerances (index checks: HxDataCaptureTypeSharedTest).
 
 #include <cmath>
 #include <vector>
@@ -10,20 +10,21 @@
 #include "analysis/types/HxReachTargetDataCaptureType.h"
 #include "simulation/HxEndEffector.h"
 #include "simulation/HxScriptedSimulation.h"
+#include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {
 
-std::vector<double> values(const HxDataCaptureType& type) {
-  std::vector<double> result;
-  for (HxU32 i = 0; i < type.data().size(); ++i) result.push_back(type.data()[i].value());
-  return result;
-}
+using HxTypesTest::values;
 
 double reached(const HxDataCaptureType& type) { return type.data()[0].value(); }
 double translationError(const HxDataCaptureType& type) { return type.data()[1].value(); }
 double orientationError(const HxDataCaptureType& type) { return type.data()[2].value(); }
+std::vector<double> events(const HxDataCaptureType& type) {
+  return {type.data()[17].value(), type.data()[18].value(), type.data()[19].value()};
+}
 
-const HxOrientation kTurned = HxOrientation::fromAxisAngle(HxVector(0, 0, 1), 0.01);
+HxOrientation turnedBy(double angle) { return HxOrientation::fromAxisAngle(HxVector(0, 0, 1), angle); }
+const HxOrientation kTurned = turnedBy(0.01);
 
 // One manipulator with two end effectors; end effector 1 is at `actual`, asked to reach
 // `desired`.
@@ -35,14 +36,14 @@ struct Scene {
   }
 };
 
-// Equal placements: reached with no error; every column in its place.
-TEST(HxReachTargetDataCaptureType, RecordsBothPlacementsAndErrors) {
+// Equal placements on both paths: reached with no error, every column in its place; the event
+// flags are those of the manipulator's propagation result, zeros without one.
+TEST(HxReachTargetDataCaptureType, RecordsBothPlacementsErrorsAndEvents) {
   Scene scene;
   const HxEndEffectorPlacement placement(HxVector(1, 2, 3), HxOrientation(0.5, 0.5, 0.5, 0.5));
   scene.place(placement, placement);
   scene.sim.propagationResult(0) = HxPropagationResultData(true, false, true);
   HxReachTargetDataCaptureType reach;
-
   for (bool dynamics : {true, false}) {
     scene.sim.setDynamicsEnabled(dynamics);
     EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
@@ -50,81 +51,54 @@ TEST(HxReachTargetDataCaptureType, RecordsBothPlacementsAndErrors) {
                                                   1, 0, 1}))
         << "dynamics " << dynamics;
   }
-
-  // Without a propagation result the event flags are zero and the capture still succeeds.
-  scene.sim.mutablePropagationResults().clear();
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reach.data()[17].value(), 0.0);
-  EXPECT_EQ(reach.data()[18].value(), 0.0);
-  EXPECT_EQ(reach.data()[19].value(), 0.0);
-  scene.sim.mutablePropagationResults().resize(1);
   scene.sim.propagationResult(0) = HxPropagationResultData(false, true, false);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reach.data()[17].value(), 0.0);
-  EXPECT_EQ(reach.data()[18].value(), 1.0);
-  EXPECT_EQ(reach.data()[19].value(), 0.0);
+  EXPECT_EQ(events(reach), (std::vector<double>{0, 1, 0}));
+  scene.sim.mutablePropagationResults().clear();
+  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
+  EXPECT_EQ(events(reach), (std::vector<double>{0, 0, 0}));
 }
 
-// A translation error exactly at the tolerance is reached, one just above is not; the default
-// tolerance is 0.001.
-TEST(HxReachTargetDataCaptureType, TranslationToleranceIncludesEquality) {
+// The reached flag against both tolerances (0.001 by default): an error equal to a tolerance
+// counts as reached; the orientation counts for a frame end effector, not for a point one.
+TEST(HxReachTargetDataCaptureType, ReachedWithinBothTolerances) {
+  struct Case {
+    const char* what;
+    double offset;
+    double angle;
+    bool point;
+    double reached;
+  };
+  const Case cases[] = {{"translation error at the tolerance", 0.001, 0, false, 1},
+                        {"translation error above it", 0.0011, 0, false, 0},
+                        {"orientation error above the tolerance, frame", 0, 0.01, false, 0},
+                        {"orientation error above the tolerance, point", 0, 0.01, true, 1},
+                        {"translation error above the tolerance, point", 0.0011, 0.01, true, 0}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    Scene scene;
+    scene.place(HxEndEffectorPlacement(HxVector(0, 0, 0), HxOrientation()),
+                HxEndEffectorPlacement(HxVector(c.offset, 0, 0), turnedBy(c.angle)));
+    if (c.point) {
+      ASSERT_TRUE(scene.sim.setEndEffectorToken(0, 1, HxControl::HxPointEndEffectorToken));
+    }
+    HxReachTargetDataCaptureType reach;
+    EXPECT_EQ(reach.translationTolerance(), 0.001);
+    EXPECT_EQ(reach.orientationTolerance(), 0.001);
+    EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
+    EXPECT_EQ(translationError(reach), c.offset);
+    EXPECT_NEAR(orientationError(reach), c.angle, 1e-12);
+    EXPECT_EQ(reached(reach), c.reached);
+  }
+
+  // An orientation tolerance equal to the error is reached, one just below it is not.
   Scene scene;
-  HxReachTargetDataCaptureType reach;
-  EXPECT_EQ(reach.translationTolerance(), 0.001);
-  EXPECT_EQ(reach.orientationTolerance(), 0.001);
-
-  scene.place(HxEndEffectorPlacement(HxVector(0, 0, 0), HxOrientation()),
-              HxEndEffectorPlacement(HxVector(0.001, 0, 0), HxOrientation()));
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  ASSERT_EQ(translationError(reach), 0.001);
-  EXPECT_EQ(reached(reach), 1.0);
-
-  scene.place(HxEndEffectorPlacement(HxVector(0, 0, 0), HxOrientation()),
-              HxEndEffectorPlacement(HxVector(0.0011, 0, 0), HxOrientation()));
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reached(reach), 0.0);
-
-  // A tolerance set to the error itself, then just below it.
-  scene.place(HxEndEffectorPlacement(HxVector(0.1, 0.2, 0.3), HxOrientation()),
-              HxEndEffectorPlacement(HxVector(0.4, -0.1, 0.2), HxOrientation()));
-  const double error = HxVector(0.1, 0.2, 0.3).distanceTo(HxVector(0.4, -0.1, 0.2));
-  reach.setTranslationTolerance(error);
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(translationError(reach), error);
-  EXPECT_EQ(reached(reach), 1.0);
-  reach.setTranslationTolerance(std::nextafter(error, 0.0));
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reached(reach), 0.0);
-}
-
-// An orientation error above the tolerance fails a frame end effector but not a point one;
-// an error exactly at the tolerance is reached.
-TEST(HxReachTargetDataCaptureType, OrientationCountsOnlyForFrameEndEffectors) {
-  Scene scene;
-  HxReachTargetDataCaptureType reach;
   scene.place(HxEndEffectorPlacement(HxVector(1, 0, 0), HxOrientation()),
               HxEndEffectorPlacement(HxVector(1, 0, 0), kTurned));
-
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_NEAR(orientationError(reach), 0.01, 1e-12);
-  EXPECT_EQ(translationError(reach), 0.0);
-  EXPECT_EQ(reached(reach), 0.0) << "frame end effector";
-
-  ASSERT_TRUE(scene.sim.setEndEffectorToken(0, 1, HxControl::HxPointEndEffectorToken));
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reached(reach), 1.0) << "point end effector";
-
-  // A point end effector is still judged on its translation.
-  reach.setTranslationTolerance(-1.0);
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reached(reach), 0.0);
-  reach.setTranslationTolerance(0.001);
-
-  // Frame again, with the tolerance at the error and just below it.
-  ASSERT_TRUE(scene.sim.setEndEffectorToken(0, 1, HxControl::HxFrameEndEffectorToken));
   double angle = 0.0;
   HxVector axis;
   HxOrientation().angleAxisBetween(kTurned, angle, axis);
+  HxReachTargetDataCaptureType reach;
   reach.setOrientationTolerance(angle);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
   EXPECT_EQ(orientationError(reach), angle);
@@ -185,36 +159,17 @@ TEST(HxReachTargetDataCaptureType, UsesTheWorkingStateOfItsPath) {
   EXPECT_EQ(reach.data()[10].value(), 0.75) << "both system entries are needed";
 }
 
-// An end effector or a manipulator past the last gives false and 20 zeros.
-TEST(HxReachTargetDataCaptureType, RefusesIndicesOutOfRange) {
-  Scene scene;
-  const HxEndEffectorPlacement placement(HxVector(1, 2, 3), HxOrientation());
-  scene.place(placement, placement);
-  HxReachTargetDataCaptureType reach;
-  for (bool dynamics : {true, false}) {
-    scene.sim.setDynamicsEnabled(dynamics);
-    EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-    EXPECT_FALSE(reach.captureData(scene.sim, 0, 2));
-    EXPECT_EQ(values(reach), std::vector<double>(20, 0.0));
-    EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-    EXPECT_FALSE(reach.captureData(scene.sim, 1, 1));
-    EXPECT_EQ(values(reach), std::vector<double>(20, 0.0));
-  }
-}
-
 // The tolerances take part in comparison and copies.
 TEST(HxReachTargetDataCaptureType, ComparesTolerances) {
   HxReachTargetDataCaptureType reach;
   HxReachTargetDataCaptureType other;
-  EXPECT_TRUE(reach.equality(&other));
   other.setTranslationTolerance(0.002);
   EXPECT_FALSE(reach.equality(&other));
   other = reach;
   other.setOrientationTolerance(0.1);
   EXPECT_FALSE(reach.equality(&other));
-  HxReachTargetDataCaptureType copy(other);
+  const HxReachTargetDataCaptureType copy(other);
   EXPECT_TRUE(copy.equality(&other));
-  EXPECT_EQ(copy.orientationTolerance(), 0.1);
 }
 
 }  // namespace

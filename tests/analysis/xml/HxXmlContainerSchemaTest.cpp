@@ -12,19 +12,14 @@
 
 namespace {
 
-using HxXmlTest::Circle;
-using HxXmlTest::Point;
-using HxXmlTest::ShapeVector;
-using HxXmlTest::Square;
+using namespace HxXmlTest;
 using Doubles = HxXmlVectorType<HxXmlBasicType<double>>;
 
-// One member of each container form.
-class Document : public HxXmlCompoundType {
+inline constexpr char kDocument[] = "http://www.hxtoolkit.org/namespace/sm#systemDataVector";
+
+// One member of each container form, under module (namespaced) names.
+class Document : public Serialisable<Document, HxXmlCompoundType, kDocument> {
  public:
-  HxXmlObject* clone() const override { return new Document(*this); }
-  HxXmlObject* newObject() const override { return new Document(); }
-  HxBoolean equality(const HxXmlObject*) const override { return false; }
-  const HxToken& token() const override { return HxSimAnalysis::HxSystemDataVectorToken; }
   void registerComponents() override {
     registerComponent(HxSimAnalysis::HxDataLabelsToken, &labels);
     registerComponent(HxSimAnalysis::HxDisableFlagsToken, &points);
@@ -40,10 +35,7 @@ class Document : public HxXmlCompoundType {
 };
 
 bool validates(const std::string& schemaPath, const std::string& instancePath, const std::string& instance) {
-  {
-    std::ofstream file(instancePath, std::ios::binary);
-    file << instance;
-  }
+  std::ofstream(instancePath, std::ios::binary) << instance;
   const std::string command = "xmllint --noout --schema '" + schemaPath + "' '" + instancePath + "' >/dev/null 2>&1";
   return std::system(command.c_str()) == 0;
 }
@@ -53,6 +45,8 @@ std::string replaced(std::string text, const std::string& what, const std::strin
   return at == std::string::npos ? std::string() : text.replace(at, what.size(), by);
 }
 
+// What the containers write validates against their schema; a stray child, a negative count or
+// a third pair member does not.
 TEST(HxXmlContainerSchema, WrittenContainersValidate) {
   if (std::system("command -v xmllint >/dev/null 2>&1") != 0) GTEST_SKIP() << "xmllint is not installed";
   const std::string schemaPath = testing::TempDir() + "hx_container_schema.xsd";
@@ -68,9 +62,8 @@ TEST(HxXmlContainerSchema, WrittenContainersValidate) {
   document.pair.set(std::string("name"), Doubles(1, 2.0));
   ASSERT_TRUE(document.createSchema(schemaPath, document.token()));
 
-  const std::string instance = HxXmlTest::writeToString(document, document.token());
+  const std::string instance = writeToString(document, document.token());
   EXPECT_TRUE(validates(schemaPath, instancePath, instance)) << instance;
-  // A stray child in a vector of compounds, a negative count and a third pair member break it.
   for (const std::string& broken : {replaced(instance, "<element>", "<bogus/><element>"),
                                     replaced(instance, "count=\"1\"", "count=\"-1\""),
                                     replaced(instance, "</second>", "</second><third/>")}) {

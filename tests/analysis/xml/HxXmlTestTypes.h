@@ -1,8 +1,11 @@
 #pragma once
 // Small serialisable types and helpers shared by the container tests.
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "analysis/xml/HxXmlPairType.h"
 #include "analysis/xml/HxXmlVariableVectorType.h"
@@ -15,23 +18,37 @@
 
 namespace HxXmlTest {
 
-/// A compound with a few scalar members, the element of the compound vectors under test.
-class Point : public HxXmlCompoundType {
+/// The object-making members of a test class `Derived` (deriving from `Base`) named `kName`;
+/// equality is Derived's operator== after a dynamic cast.
+template <class Derived, class Base, const char* kName>
+class Serialisable : public Base {
  public:
-  Point() = default;
-  Point(double xValue, unsigned int idValue, const std::string& nameValue) : x(xValue), id(idValue), name(nameValue) {}
-
-  HxXmlObject* clone() const override { return new Point(*this); }
-  HxXmlObject* newObject() const override { return new Point(); }
+  using Base::Base;
+  HxXmlObject* clone() const override { return new Derived(static_cast<const Derived&>(*this)); }
+  HxXmlObject* newObject() const override { return new Derived(); }
   HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* point = dynamic_cast<const Point*>(other);
-    return point != nullptr && *this == *point;
+    const auto* same = dynamic_cast<const Derived*>(other);
+    return same != nullptr && static_cast<const Derived&>(*this) == *same;
   }
   const HxToken& token() const override { return classToken(); }
   static const HxToken& classToken() {
-    static const HxToken token("point");
+    static const HxToken token(kName);
     return token;
   }
+  static HxXmlObject* creator() { return new Derived(); }
+};
+
+inline constexpr char kPoint[] = "point";
+inline constexpr char kCircle[] = "circle";
+inline constexpr char kSquare[] = "square";
+inline constexpr char kTriangle[] = "triangle";
+inline constexpr char kShapes[] = "shapes";
+
+/// A compound with a few scalar members, the element of the compound vectors under test.
+class Point : public Serialisable<Point, HxXmlCompoundType, kPoint> {
+ public:
+  Point() = default;
+  Point(double xValue, unsigned int idValue, const std::string& nameValue) : x(xValue), id(idValue), name(nameValue) {}
   void registerComponents() override {
     registerComponent("x", &x);
     registerComponent("id", &id);
@@ -47,115 +64,39 @@ class Point : public HxXmlCompoundType {
 /// Abstract element class of the polymorphic vector under test.
 class Shape : public HxXmlCompoundType {
  public:
-  virtual double area() const = 0;
-  void registerComponents() override { registerComponent("label", &label); }
-  bool operator==(const Shape& other) const { return label == other.label; }
+  void registerComponents() override {
+    registerComponent("label", &label);
+    registerComponent("size", &size);
+  }
+  bool operator==(const Shape& other) const { return label == other.label && size == other.size; }
 
   HxXmlBasicType<std::string> label;
+  HxXmlBasicType<double> size;
 };
 
-class Circle : public Shape {
+/// The concrete shapes differ only in their class and token.
+template <const char* kName>
+class ShapeOf : public Serialisable<ShapeOf<kName>, Shape, kName> {
  public:
-  Circle() = default;
-  Circle(const std::string& labelValue, double radiusValue) : radius(radiusValue) { label = labelValue; }
-
-  double area() const override { return 3.0 * radius * radius; }
-  HxXmlObject* clone() const override { return new Circle(*this); }
-  HxXmlObject* newObject() const override { return new Circle(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* circle = dynamic_cast<const Circle*>(other);
-    return circle != nullptr && Shape::operator==(*circle) && radius == circle->radius;
+  ShapeOf() = default;
+  ShapeOf(const std::string& labelValue, double sizeValue) {
+    this->label = labelValue;
+    this->size = sizeValue;
   }
-  const HxToken& token() const override { return classToken(); }
-  static const HxToken& classToken() {
-    static const HxToken token("circle");
-    return token;
-  }
-  static HxXmlObject* creator() { return new Circle(); }
-  void registerComponents() override {
-    Shape::registerComponents();
-    registerComponent("radius", &radius);
-  }
-
-  HxXmlBasicType<double> radius;
 };
+using Circle = ShapeOf<kCircle>;
+using Square = ShapeOf<kSquare>;
+using Triangle = ShapeOf<kTriangle>;  // the vector has no creator for it; only the factory makes it
 
-class Square : public Shape {
+/// The polymorphic vector under test: creators for circles and squares, and one registered
+/// under "notAShape" that makes something other than a shape.
+class ShapeVector : public Serialisable<ShapeVector, HxXmlVariableVectorType<Shape>, kShapes> {
  public:
-  Square() = default;
-  Square(const std::string& labelValue, double sideValue) : side(sideValue) { label = labelValue; }
-
-  double area() const override { return side * side; }
-  HxXmlObject* clone() const override { return new Square(*this); }
-  HxXmlObject* newObject() const override { return new Square(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* square = dynamic_cast<const Square*>(other);
-    return square != nullptr && Shape::operator==(*square) && side == square->side;
-  }
-  const HxToken& token() const override { return classToken(); }
-  static const HxToken& classToken() {
-    static const HxToken token("square");
-    return token;
-  }
-  static HxXmlObject* creator() { return new Square(); }
-  void registerComponents() override {
-    Shape::registerComponents();
-    registerComponent("side", &side);
-  }
-
-  HxXmlBasicType<double> side;
-};
-
-/// A shape that the vector has no creator for; only the reader's factory makes it.
-class Triangle : public Shape {
- public:
-  double area() const override { return 0.5 * base * height; }
-  HxXmlObject* clone() const override { return new Triangle(*this); }
-  HxXmlObject* newObject() const override { return new Triangle(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* triangle = dynamic_cast<const Triangle*>(other);
-    return triangle != nullptr && Shape::operator==(*triangle) && base == triangle->base &&
-           height == triangle->height;
-  }
-  const HxToken& token() const override { return classToken(); }
-  static const HxToken& classToken() {
-    static const HxToken token("triangle");
-    return token;
-  }
-  void registerComponents() override {
-    Shape::registerComponents();
-    registerComponent("base", &base);
-    registerComponent("height", &height);
-  }
-
-  HxXmlBasicType<double> base;
-  HxXmlBasicType<double> height;
-};
-
-/// A creator that makes something other than a shape, registered under "notAShape".
-inline HxXmlObject* makeNotAShape() { return new HxXmlBasicType<double>(1.0); }
-
-/// The polymorphic vector under test: creators for circles and squares (and a wrong one).
-class ShapeVector : public HxXmlVariableVectorType<Shape> {
- public:
-  ShapeVector() = default;
-  explicit ShapeVector(HxU32 n) : HxXmlVariableVectorType<Shape>(n) {}
-
-  HxXmlObject* clone() const override { return new ShapeVector(*this); }
-  HxXmlObject* newObject() const override { return new ShapeVector(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* vector = dynamic_cast<const ShapeVector*>(other);
-    return vector != nullptr && *this == *vector;
-  }
-  const HxToken& token() const override { return classToken(); }
-  static const HxToken& classToken() {
-    static const HxToken token("shapes");
-    return token;
-  }
+  using Serialisable::Serialisable;
   void registerComponentCreators() override {
     registerComponentCreator(Circle::classToken(), &Circle::creator);
     registerComponentCreator(Square::classToken(), &Square::creator);
-    registerComponentCreator("notAShape", &makeNotAShape);
+    registerComponentCreator("notAShape", []() -> HxXmlObject* { return new HxXmlBasicType<double>(1.0); });
   }
 };
 
@@ -182,22 +123,47 @@ inline HxBoolean readFromString(HxXmlObject& object, const std::string& text,
                                 const HxXmlObjectFactory* factory = nullptr) {
   HxXmlReader reader;
   reader.setObjectFactory(factory);
-  if (!reader.openMemory(text, "test.xml")) {
-    return false;
+  return reader.openMemory(text, "test.xml") && reader.readObject(object);
+}
+
+/// Expects `text` to read back, without a message, into an object equal to `written`.
+template <class T>
+void expectReadsBack(const T& written, const std::string& text, const HxXmlObjectFactory* factory = nullptr) {
+  Hx::ScopedPrintCapture capture;
+  T read;
+  EXPECT_TRUE(readFromString(read, text, factory)) << text;
+  EXPECT_TRUE(read == written) << text;
+  EXPECT_EQ(capture.text(), "");
+}
+
+/// How often `what` occurs in `text`.
+inline std::size_t occurrences(const std::string& text, const std::string& what) {
+  std::size_t count = 0;
+  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
+  return count;
+}
+
+/// One expected message: its exact text, its type, and pieces that its context (the reporting
+/// function's __PRETTY_FUNCTION__) holds in this order, such as {"HxXmlVectorType<", ">::erase(HxU32)"}.
+struct Message {
+  std::string text;
+  Hx::Print::PrintType type;
+  std::vector<std::string> context;
+};
+
+/// Expects the captured messages to be exactly `expected`, in order.
+inline void expectMessages(const Hx::ScopedPrintCapture& capture, const std::vector<Message>& expected) {
+  ASSERT_EQ(capture.records().size(), expected.size()) << capture.text();
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    const Hx::PrintRecord& record = capture.records()[i];
+    EXPECT_EQ(record.text, expected[i].text);
+    EXPECT_EQ(record.type, expected[i].type) << record.text;
+    std::size_t at = 0;
+    for (const std::string& piece : expected[i].context) {
+      at = record.context.find(piece, at);
+      ASSERT_NE(at, std::string::npos) << "\"" << piece << "\" in order in " << record.context;
+    }
   }
-  return reader.readObject(object);
-}
-
-/// Whether a message context (the reporting function's __PRETTY_FUNCTION__) names the member
-/// `function` (its name and the start of its parameter list) of the class template `className`.
-inline bool contextNames(const Hx::PrintRecord& record, const std::string& className, const std::string& function) {
-  const std::size_t classAt = record.context.find(className + "<");
-  return classAt != std::string::npos && record.context.find(">::" + function, classAt) != std::string::npos;
-}
-
-/// Whether a message context contains `text`.
-inline bool contextHas(const Hx::PrintRecord& record, const std::string& text) {
-  return record.context.find(text) != std::string::npos;
 }
 
 }  // namespace HxXmlTest

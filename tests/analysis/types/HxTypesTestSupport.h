@@ -1,0 +1,105 @@
+#pragma once
+// The table of the 21 captured quantities and helpers shared by their tests.
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "analysis/types/HxDataCaptureTypes.h"
+
+namespace HxTypesTest {
+
+using Labels = std::vector<std::string>;
+
+inline const Labels kMotionLabels = {"Linear X", "Linear Y", "Linear Z", "Angular X", "Angular Y", "Angular Z"};
+inline const Labels kPlacementLabels = {"Translation X", "Translation Y", "Translation Z", "Quaternion 0",
+                                        "Quaternion 1",  "Quaternion 2",  "Quaternion 3"};
+inline const Labels kForceLabels = {"Force X", "Force Y", "Force Z", "Moment X", "Moment Y", "Moment Z"};
+
+/// When captureData reports success on a simulation that holds everything it reads.
+enum Succeeds { OnBothPaths, OnlyWithDynamics, Never };
+
+/// One row per class: how to make it, what it must say about itself, and its place among the
+/// creators of HxDataCaptureTypeVector (-1: left out on purpose).
+struct TypeRow {
+  std::string name;  // the token's local name without "DataCaptureType"
+  HxXmlObject* (*create)();
+  const HxToken& (*classToken)();
+  const char* description;
+  HxU32 level;
+  Labels labels;
+  Succeeds succeeds;
+  int creatorOrder;
+};
+
+inline void PrintTo(const TypeRow& type, std::ostream* os) { *os << type.name; }
+
+template <class T>
+TypeRow row(const char* name, const char* description, HxU32 level, Labels labels, Succeeds succeeds, int order) {
+  return TypeRow{name, &T::creator, &T::classToken, description, level, std::move(labels), succeeds, order};
+}
+
+/// The 21 classes.
+inline std::vector<TypeRow> allTypes() {
+  return {
+      row<HxBaseAccelerationDataCaptureType>("baseAcceleration", "Base Accelerations", 0, kMotionLabels,
+                                             OnlyWithDynamics, 0),
+      row<HxBasePositionDataCaptureType>("basePosition", "Base Positions", 0, kPlacementLabels, OnBothPaths, 1),
+      row<HxBaseVelocityDataCaptureType>("baseVelocity", "Base Velocities", 0, kMotionLabels, OnBothPaths, 2),
+      row<HxCenterOfMassDataCaptureType>("centerOfMass", "Center of Mass", 0, {"X", "Y", "Z"}, OnBothPaths, 3),
+      row<HxManipulatorPowerDataCaptureType>("manipulatorPower", "Manipulator Power", 0, {"Manipulator Power"},
+                                             OnlyWithDynamics, 17),
+      row<HxControlInputDataCaptureType>("controlInput", "Control Input", 1, {"Control Input"}, OnlyWithDynamics,
+                                         -1),
+      row<HxControlOutputActualJointVelocityDataCaptureType>("controlOutputActualJointVelocity",
+                                                             "Control Output Actual Joint Velocities", 1,
+                                                             {"Joint Velocity"}, Never, -1),
+      row<HxControlOutputJointVelocityDataCaptureType>("controlOutputJointVelocity", "Control Output Joint Velocities",
+                                                       1, {"Joint Velocity"}, OnBothPaths, 16),
+      row<HxControlOutputJointPositionDataCaptureType>("controlOutputJointPosition", "Control Output Joint Positions",
+                                                       1, {"Joint Position"}, OnBothPaths, -1),
+      row<HxControlTorqueDataCaptureType>("controlTorque", "Control Torques", 1, {"Control Torque"}, OnlyWithDynamics,
+                                          4),
+      row<HxExternalForceDataCaptureType>("externalForce", "External Forces", 1, kForceLabels, OnlyWithDynamics, 8),
+      row<HxJointAccelerationDataCaptureType>("jointAcceleration", "Joint Accelerations", 1, {"Joint Acceleration"},
+                                              OnlyWithDynamics, 9),
+      row<HxJointPositionDataCaptureType>("jointPosition", "Joint Positions", 1, {"Joint Position"}, OnBothPaths, 10),
+      row<HxJointTorqueDataCaptureType>("jointTorque", "Joint Torques", 1, {"Joint Torque"}, OnlyWithDynamics, 12),
+      row<HxJointVelocityDataCaptureType>("jointVelocity", "Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths, 11),
+      row<HxMotorPowerDataCaptureType>("motorPower", "Motor Power", 1, {"Motor Power"}, OnlyWithDynamics, 13),
+      row<HxStructuralForceDataCaptureType>("structuralForce", "Structural Forces", 1, kForceLabels, OnlyWithDynamics,
+                                            15),
+      row<HxEndEffectorAccelerationDataCaptureType>("endEffectorAcceleration", "End Effector Accelerations", 2,
+                                                    kMotionLabels, OnlyWithDynamics, 5),
+      row<HxEndEffectorPlacementDataCaptureType>("endEffectorPlacement", "End Effector Placements", 2,
+                                                 kPlacementLabels, OnBothPaths, 6),
+      row<HxEndEffectorVelocityDataCaptureType>("endEffectorVelocity", "End Effector Velocities", 2, kMotionLabels,
+                                                OnBothPaths, 7),
+      row<HxReachTargetDataCaptureType>(
+          "reachTarget", "Reach Target", 2,
+          {"Target Reached", "Translation Error", "Orientation Error", "Desired X", "Desired Y", "Desired Z",
+           "Desired Quaternion 0", "Desired Quaternion 1", "Desired Quaternion 2", "Desired Quaternion 3",
+           "Actual X", "Actual Y", "Actual Z", "Actual Quaternion 0", "Actual Quaternion 1", "Actual Quaternion 2",
+           "Actual Quaternion 3", "Hit Joint Limit", "Hit Singularity", "Collision Occurred"},
+          OnBothPaths, 14),
+  };
+}
+
+/// The capture buffer of `type` as plain doubles.
+inline std::vector<double> values(const HxDataCaptureType& type) {
+  std::vector<double> result;
+  for (const auto& value : type.data().vectorContainer()) result.push_back(value.value());
+  return result;
+}
+
+/// The buffer of a refused capture with `n` columns.
+inline std::vector<double> zeros(HxU32 n) { return std::vector<double>(n, 0.0); }
+
+/// A disable-flag vector holding `values`.
+inline HxDataCaptureType::FlagVector flags(const std::vector<bool>& values) {
+  HxDataCaptureType::FlagVector result;
+  for (bool value : values) result.pushBack(HxXmlBasicType<bool>(value));
+  return result;
+}
+
+}  // namespace HxTypesTest
