@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -79,10 +78,9 @@ TEST_P(HxDataCaptureTypeShared, DescribesItself) {
 
   const HxU32 size = static_cast<HxU32>(expected.labels.size());
   EXPECT_EQ(type->dataSize(), size);
-  EXPECT_EQ(values(*type), std::vector<double>(size, 0.0));
+  EXPECT_EQ(values(*type), zeros(size));
   for (HxU32 i = 0; i < size; ++i) EXPECT_EQ(type->label(i), expected.labels[i]) << "column " << i;
   EXPECT_EQ(type->label(size), "");
-  EXPECT_EQ(type->label(size + 100), "");
   EXPECT_EQ(type->disableFlags().size(), 0u);
 }
 
@@ -143,20 +141,20 @@ TEST_P(HxDataCaptureTypeShared, CapturesOnEachPathAndRefusesIndicesPastTheLast) 
     SCOPED_TRACE(dynamics ? "dynamics" : "kinematics");
     sim->setDynamicsEnabled(dynamics);
     std::unique_ptr<HxDataCaptureType> type = make(GetParam());
-    const std::vector<double> zeros(type->dataSize(), 0.0);
+    const std::vector<double> refused = zeros(type->dataSize());
     const bool expected = succeeds == OnBothPaths || (succeeds == OnlyWithDynamics && dynamics);
     EXPECT_EQ(type->captureData(*sim, 1, elementFor(*type)), expected);
     if (succeeds != Never) {
-      EXPECT_EQ(values(*type) != zeros, expected);
+      EXPECT_EQ(values(*type) != refused, expected);
     }
     const bool manipulatorLevel = type->type() == 0;
     EXPECT_EQ(type->captureData(*sim, 1, 7), expected && manipulatorLevel) << "7 joints, 2 end effectors";
     if (!manipulatorLevel) {
-      EXPECT_EQ(values(*type), zeros);
+      EXPECT_EQ(values(*type), refused);
     }
     type->captureData(*sim, 1, elementFor(*type));
     EXPECT_FALSE(type->captureData(*sim, 2, elementFor(*type)));
-    EXPECT_EQ(values(*type), zeros);
+    EXPECT_EQ(values(*type), refused);
   }
 }
 

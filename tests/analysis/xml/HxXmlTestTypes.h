@@ -136,6 +136,32 @@ void expectReadsBack(const T& written, const std::string& text, const HxXmlObjec
   EXPECT_EQ(capture.text(), "");
 }
 
+/// The document that the streaming interface writes for `vector` with `appended` appended after
+/// its body; "" when a step fails.
+template <class Vector, class Element>
+std::string streamed(const Vector& vector, const Element& appended) {
+  std::ostringstream stream;
+  HxXmlWriter* writer = nullptr;
+  const bool written = vector.writeHeaderToStream(stream, writer, "recording", "samples") &&
+                       vector.writeBodyToStream(writer) && vector.appendElementToStream(writer, appended) &&
+                       vector.writeFooterToStream(writer);
+  return written && writer == nullptr ? stream.str() : std::string();
+}
+
+/// Expects a failed stream (`state`) to create no writer and every streaming step to refuse a
+/// null writer.
+template <class Vector, class Element>
+void expectStreamingRefusals(const Vector& vector, const Element& element, std::ios::iostate state) {
+  std::ostringstream failed;
+  failed.setstate(state);
+  HxXmlWriter* writer = nullptr;
+  EXPECT_FALSE(vector.writeHeaderToStream(failed, writer, "x", "x"));
+  EXPECT_EQ(writer, nullptr);
+  EXPECT_FALSE(vector.writeBodyToStream(nullptr));
+  EXPECT_FALSE(vector.appendElementToStream(nullptr, element));
+  EXPECT_FALSE(vector.writeFooterToStream(writer));
+}
+
 /// How often `what` occurs in `text`.
 inline std::size_t occurrences(const std::string& text, const std::string& what) {
   std::size_t count = 0;

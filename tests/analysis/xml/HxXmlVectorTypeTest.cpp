@@ -209,40 +209,22 @@ TEST(HxXmlVectorType, HostileDocuments) {
 // stream creates no writer; a null writer is refused.
 TEST(HxXmlVectorType, Streaming) {
   Hx::ScopedPrintCapture capture;
-  std::ostringstream stream;
-  HxXmlWriter* writer = nullptr;
-  const Doubles body = doubles({1, 2});
-  ASSERT_TRUE(body.writeHeaderToStream(stream, writer, "samples", "samples"));
-  EXPECT_TRUE(body.writeBodyToStream(writer));
-  EXPECT_TRUE(body.appendElementToStream(writer, 3.0));
-  EXPECT_TRUE(body.writeFooterToStream(writer));
-  EXPECT_EQ(writer, nullptr);
-  EXPECT_EQ(occurrences(stream.str(), "<group>"), 1u) << stream.str();
+  const std::string text = streamed(doubles({1, 2}), HxXmlBasicType<double>(3.0));
+  EXPECT_EQ(occurrences(text, "<group>"), 1u) << text;
   Doubles read;
-  EXPECT_TRUE(readFromString(read, stream.str()));
+  EXPECT_TRUE(readFromString(read, text));
   EXPECT_EQ(values(read), (std::vector<double>{1, 2, 3}));
   ASSERT_EQ(capture.records().size(), 2u);
   EXPECT_EQ(capture.records()[0].text, "HxXmlVectorType Error: array size not equal to attribute value -- 2, actual -- 3\n");
 
-  std::ostringstream pointStream;
   Points points;
   points.pushBack(Point(1, 2, "a"));
-  ASSERT_TRUE(points.writeHeaderToStream(pointStream, writer, "points", "points"));
-  EXPECT_TRUE(points.writeBodyToStream(writer));
-  EXPECT_TRUE(points.appendElementToStream(writer, Point(3, 4, "b")));
-  EXPECT_TRUE(points.writeFooterToStream(writer));
+  const std::string pointsText = streamed(points, Point(3, 4, "b"));
   points.pushBack(Point(3, 4, "b"));
   Points pointsRead;
-  EXPECT_TRUE(readFromString(pointsRead, pointStream.str()));
-  EXPECT_TRUE(pointsRead == points);
-
-  std::ostringstream failed;
-  failed.setstate(std::ios::failbit);
-  EXPECT_FALSE(body.writeHeaderToStream(failed, writer, "x", "x"));
-  EXPECT_EQ(writer, nullptr);
-  EXPECT_FALSE(body.writeBodyToStream(nullptr));
-  EXPECT_FALSE(body.appendElementToStream(nullptr, 1.0));
-  EXPECT_FALSE(body.writeFooterToStream(writer));
+  EXPECT_TRUE(readFromString(pointsRead, pointsText));
+  EXPECT_TRUE(pointsRead == points) << pointsText;
+  expectStreamingRefusals(points, Point(), std::ios::failbit);
 }
 
 // Accepts and drops everything, so that only the writing path itself can allocate.
