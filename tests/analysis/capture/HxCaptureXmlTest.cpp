@@ -106,9 +106,9 @@ TEST(HxCaptureXml, DisplayPlotTypes) {
   <sm:plotType>scrollingCurve</sm:plotType>
 </sm:displaySystemDataCapture>
 )");
-  EXPECT_FALSE(display.setPlotType(std::string("pieChart")));
-  EXPECT_EQ(display.plotType(), 0u);
   display.setPlotType(7u);
+  EXPECT_EQ(display.plotType(), 7u);
+  EXPECT_FALSE(display.setPlotType(std::string("pieChart")));
   EXPECT_EQ(display.plotType(), 7u);
 }
 

@@ -1,10 +1,11 @@
 #pragma once
-// Shared by the recorder tests: a scripted two-manipulator recording, temporary directories,
-// running external programs and reading files.
+// Shared by the storage and recorder tests: a scripted two-manipulator recording, temporary
+// directories, running external programs and reading files.
 
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -30,29 +31,24 @@ namespace HxRecorderTest {
 
 namespace fs = std::filesystem;
 
-/// A fresh directory under the system's temporary directory, removed at the end of the test.
-class TempDir {
- public:
+/// A fresh directory under the system's temporary directory for the running test, removed at
+/// the end of the test.
+struct TempDir {
   TempDir() {
-    const ::testing::TestInfo* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    path_ = fs::temp_directory_path() /
-            ("hx_recorder_" + std::string(info->test_suite_name()) + "_" + info->name() + "_" +
-             std::to_string(::getpid()));
-    fs::remove_all(path_);
-    fs::create_directories(path_);
+    fs::remove_all(path);
+    fs::create_directories(path);
   }
   ~TempDir() {
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    fs::remove_all(path, ignored);
   }
-  TempDir(const TempDir&) = delete;
-  TempDir& operator=(const TempDir&) = delete;
+  std::string file(const std::string& name) const { return (path / name).string(); }
 
-  const fs::path& path() const { return path_; }
-  std::string file(const std::string& name) const { return (path_ / name).string(); }
-
- private:
-  fs::path path_;
+  const fs::path path = [] {
+    const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    return fs::temp_directory_path() / ("hx_recorder_" + std::string(test->test_suite_name()) + "_" + test->name() +
+                                        "_" + std::to_string(::getpid()));
+  }();
 };
 
 /// The whole content of a file ("" when it cannot be read).
@@ -68,22 +64,16 @@ inline int run(const std::string& command, std::string& output) {
   FILE* pipe = ::popen((command + " 2>&1").c_str(), "r");
   if (pipe == nullptr) return -1;
   std::array<char, 4096> buffer{};
-  std::size_t n = 0;
-  while ((n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0) output.append(buffer.data(), n);
+  for (std::size_t n; (n = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;) output.append(buffer.data(), n);
   const int status = ::pclose(pipe);
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-/// Whether a program is on the PATH.
-inline bool onPath(const std::string& program) {
-  std::string ignored;
-  return run("command -v " + program, ignored) == 0;
-}
-
-/// Every writer, in the order text, XML, MRD, MATLAB, Mathematica.
-inline HxOutputWriterVector allFiveWriters() {
+/// The given writers, or every writer in the order text, XML, MRD, MATLAB, Mathematica.
+inline HxOutputWriterVector writers(bool all = true) {
   HxOutputWriterVector writers;
   writers.pushBack(HxTextOutputWriter());
+  if (!all) return writers;
   writers.pushBack(HxXmlOutputWriter());
   writers.pushBack(HxMrdOutputWriter());
   writers.pushBack(HxMatlabOutputWriter());
@@ -107,50 +97,36 @@ inline HxSystemDataCapture::Flags flags(std::initializer_list<bool> values) {
 /// - manipulator 1: manipulator power (its single column disabled: its label stays); joint
 ///   position on both links; end-effector placement.
 ///
-/// 53 labels (36 of them non-empty), 35 values per sample.
-class TwoArmScene {
- public:
+/// 53 labels (36 of them non-empty), 35 values per sample. The golden notebook
+/// tests/data/recording_two_arms.nb is this recording: keep the two in step.
+struct TwoArmScene {
   static constexpr unsigned int kSamples = 4;
   static constexpr std::size_t kLabels = 53;
   static constexpr std::size_t kValues = 35;
-  static constexpr std::size_t kDisabled = 18;
 
   /// With `disableColumns` false every column is recorded (53 labels, 53 values).
-  explicit TwoArmScene(bool disableColumns = true)
-      : simulation_(2, std::vector<std::string>{"shoulder", "elbow"}, 1) {
-    simulation_.setDynamicsEnabled(true);
+  explicit TwoArmScene(bool disableColumns = true) : simulation(2, std::vector<std::string>{"shoulder", "elbow"}, 1) {
     using namespace HxSimAnalysis;
-    HxSystemDataCapture& c = capture_;
+    simulation.setDynamicsEnabled(true);
+    HxSystemDataCapture& c = capture;
     c.setLabel("two arms");
     EXPECT_TRUE(c.addManipulatorDataCaptureType(0, HxBasePositionDataCaptureTypeToken));
-    EXPECT_TRUE(c.addLinkDataCaptureType(0, HxJointPositionDataCaptureTypeToken, simulation_.manipulator(0)));
-    EXPECT_TRUE(c.addLinkDataCaptureType(0, HxExternalForceDataCaptureTypeToken, simulation_.manipulator(0)));
+    EXPECT_TRUE(c.addLinkDataCaptureType(0, HxJointPositionDataCaptureTypeToken, simulation.manipulator(0)));
+    EXPECT_TRUE(c.addLinkDataCaptureType(0, HxExternalForceDataCaptureTypeToken, simulation.manipulator(0)));
     EXPECT_TRUE(c.addEndEffectorDataCaptureType(0, HxReachTargetDataCaptureTypeToken, 1u));
     EXPECT_TRUE(c.addManipulatorDataCaptureType(1, HxManipulatorPowerDataCaptureTypeToken));
-    EXPECT_TRUE(c.addLinkDataCaptureType(1, HxJointPositionDataCaptureTypeToken, simulation_.manipulator(1)));
+    EXPECT_TRUE(c.addLinkDataCaptureType(1, HxJointPositionDataCaptureTypeToken, simulation.manipulator(1)));
     EXPECT_TRUE(c.addEndEffectorDataCaptureType(1, HxEndEffectorPlacementDataCaptureTypeToken, 1u));
-
-    if (disableColumns) disableSomeColumns();
-    c.allocateStorage(expected_);
-    configuration_ = c;
+    if (disableColumns) {
+      EXPECT_TRUE(c.setDisableFlags(0, HxBasePositionDataCaptureTypeToken, flags({0, 0, 0, 0, 1, 1, 1})));
+      EXPECT_TRUE(c.setDisableFlags(0, "elbow", HxExternalForceDataCaptureTypeToken, flags({0, 0, 0, 1, 1, 1})));
+      EXPECT_TRUE(c.setDisableFlags(0, 0u, HxReachTargetDataCaptureTypeToken,
+                                    flags({0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 1, 1, 1, 1, 0, 0, 0})));
+      EXPECT_TRUE(c.setDisableFlags(1, HxManipulatorPowerDataCaptureTypeToken, flags({1})));
+    }
+    c.allocateStorage(expected);
+    configuration = c;
   }
-
-  /// Disables the 18 columns listed in the class comment.
-  void disableSomeColumns() {
-    using namespace HxSimAnalysis;
-    HxSystemDataCapture& c = capture_;
-    EXPECT_TRUE(c.setDisableFlags(0, HxBasePositionDataCaptureTypeToken, flags({0, 0, 0, 0, 1, 1, 1})));
-    EXPECT_TRUE(c.setDisableFlags(0, std::string("elbow"), HxExternalForceDataCaptureTypeToken,
-                                  flags({0, 0, 0, 1, 1, 1})));
-    EXPECT_TRUE(c.setDisableFlags(0, 0u, HxReachTargetDataCaptureTypeToken,
-                                  flags({0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 1, 1, 1, 1, 0, 0, 0})));
-    EXPECT_TRUE(c.setDisableFlags(1, HxManipulatorPowerDataCaptureTypeToken, flags({1})));
-  }
-
-  const HxSystemDataCapture& capture() const { return capture_; }
-  /// The capture as configured, before any sample was captured into its quantities' buffers.
-  const HxSystemDataCapture& configuration() const { return configuration_; }
-  HxScriptedSimulation& simulation() { return simulation_; }
 
   /// Time of sample k.
   static double time(unsigned int k) { return 0.25 * k; }
@@ -158,9 +134,9 @@ class TwoArmScene {
   /// and repeats the one before.
   static unsigned int pathPointIndex(unsigned int k) { return k < 3 ? k : 2; }
 
-  /// Sets the simulation to sample k and captures it.
+  /// Sets the simulation to sample k, captures it, and keeps the record it should give.
   void captureSample(unsigned int k) {
-    HxScriptedSimulation& s = simulation_;
+    HxScriptedSimulation& s = simulation;
     const double kd = k;
     // Manipulator 0: joints, base, link wrenches, end effector against a fixed target.
     s.setJointPositions(0, {0.5 * kd, -0.25 * (kd + 1)});
@@ -177,12 +153,11 @@ class TwoArmScene {
         1, 0, HxEndEffectorPlacement(HxVector(0.5, -0.5, 2 + 0.125 * kd), HxOrientation(0.5, 0.5, 0.5, 0.5))));
     s.setControlOutputTime(time(k));
 
-    capture_.captureData(simulation_);
-    // What the recorder's record should hold for this sample, kept for the checks.
-    expected_.setTime(time(k));
-    expected_.setPathPointIndex(pathPointIndex(k));
-    capture_.storeData(expected_);
-    samples_.push_back(expected_);
+    capture.captureData(simulation);
+    expected.setTime(time(k));
+    expected.setPathPointIndex(pathPointIndex(k));
+    capture.storeData(expected);
+    samples.push_back(expected);
   }
 
   /// Records all samples through `recorder`, which must hold the writers and be saving.
@@ -190,29 +165,27 @@ class TwoArmScene {
     for (unsigned int k = 0; k < kSamples; ++k) {
       captureSample(k);
       if (k < 3) {
-        recorder.saveCapturedData(time(k), pathPointIndex(k), capture_);
+        recorder.saveCapturedData(time(k), pathPointIndex(k), capture);
       } else {
-        recorder.saveCapturedData(time(k), capture_);
+        recorder.saveCapturedData(time(k), capture);
       }
     }
   }
 
-  /// The records as they should have been written, one per sample.
-  const std::vector<HxSystemDataStorage>& samples() const { return samples_; }
-
   /// The values of sample k as reals (time, index, values).
   std::vector<double> values(unsigned int k) const {
     std::vector<double> out;
-    samples_[k].getRealElements(out, false);
+    samples[k].getRealElements(out, false);
     return out;
   }
 
- private:
-  HxScriptedSimulation simulation_;
-  HxSystemDataCapture capture_;
-  HxSystemDataCapture configuration_;
-  HxSystemDataStorage expected_;
-  std::vector<HxSystemDataStorage> samples_;
+  HxScriptedSimulation simulation;
+  HxSystemDataCapture capture;
+  /// The capture as configured, before any sample was captured into its quantities' buffers.
+  HxSystemDataCapture configuration;
+  /// The record each sample should give, the last one in `expected`.
+  HxSystemDataStorage expected;
+  std::vector<HxSystemDataStorage> samples;
 };
 
 }  // namespace HxRecorderTest
