@@ -56,7 +56,9 @@ class HxSystemStoredData {
   /// Starts a set of files named `fileName` plus each writer's extension. Files of an earlier
   /// save still open are closed unfinished (no trailer: an MRD header stays blank, an XML
   /// document unclosed). Each writer then writes its header and the label block, and opens
-  /// its data block. With no writers, no file is made. Enters the saving state.
+  /// its data block; these reach the file at once (the stream is flushed), while samples are
+  /// gathered in each stream's 64 KiB buffer. With no writers, no file is made. Enters the
+  /// saving state.
   void beginSaveToFile(const std::string& fileName);
 
   /// Stamps the sample record with `time` (the path-point index stays what it last was), fills
