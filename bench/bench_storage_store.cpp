@@ -14,63 +14,21 @@
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "bench/HxAllocationCounter.h"
+#include "bench/HxBenchScene.h"
 #include "simulation/HxScriptedSimulation.h"
 
 namespace {
 
 using namespace HxSimAnalysis;
 
-constexpr unsigned int kManipulators = 2;
-constexpr unsigned int kJoints = 7;
 
-// A scripted system with values of every magnitude, and the capture configuration over it.
+// The shared benchmark system and a record shaped by its configuration.
 struct Setup {
-  HxScriptedSimulation simulation{kManipulators, kJoints, 1};
-  HxSystemDataCapture capture;
+  HxBenchScene scene;
+  HxSystemDataCapture& capture = scene.capture;
   HxSystemDataStorage record;
 
-  Setup() {
-    simulation.setDynamicsEnabled(true);
-    double v = 0.123456789;
-    auto next = [&v]() {
-      v = v * 7.31 + 0.0173;
-      if (v > 1000.0) v /= 997.0;
-      return v;
-    };
-    for (unsigned int m = 0; m < kManipulators; ++m) {
-      std::vector<double> positions, velocities;
-      std::vector<HxGeneralForce> forces;
-      for (unsigned int j = 0; j < kJoints; ++j) {
-        positions.push_back(next());
-        velocities.push_back(-next());
-        forces.emplace_back(next(), next(), next(), next(), next(), next());
-      }
-      simulation.setJointPositions(m, positions);
-      simulation.setJointVelocities(m, velocities);
-      simulation.individualSimulator(m).setJointAccelerations(velocities);
-      simulation.individualSimulator(m).setJointTorques(positions);
-      simulation.externalForce(m).setForces(forces);
-      simulation.setEndEffectorPlacement(
-          m, 0, HxEndEffectorPlacement(HxVector(next(), next(), next()), HxOrientation(0.5, 0.5, -0.5, 0.5)));
-      simulation.setEndEffectorVelocity(m, 0, HxGeneralMotion(next(), next(), next(), next(), next(), next()));
-      simulation.setEndEffectorAcceleration(m, 0, HxGeneralMotion(next(), next(), next(), next(), next(), next()));
-
-      const HxIndividualManipulator& arm = simulation.manipulators()[m];
-      capture.addManipulatorDataCaptureType(m, HxBasePositionDataCaptureTypeToken);
-      for (const HxToken* token : {&HxJointPositionDataCaptureTypeToken, &HxJointVelocityDataCaptureTypeToken,
-                                   &HxJointAccelerationDataCaptureTypeToken, &HxJointTorqueDataCaptureTypeToken,
-                                   &HxExternalForceDataCaptureTypeToken}) {
-        capture.addLinkDataCaptureType(m, *token, arm);
-      }
-      for (const HxToken* token : {&HxEndEffectorPlacementDataCaptureTypeToken,
-                                   &HxEndEffectorVelocityDataCaptureTypeToken,
-                                   &HxEndEffectorAccelerationDataCaptureTypeToken}) {
-        capture.addEndEffectorDataCaptureType(m, 0u, *token);
-      }
-    }
-    capture.captureData(simulation);
-    capture.allocateStorage(record);
-  }
+  Setup() { capture.allocateStorage(record); }
 
   // One sample: stamp and store.
   void store(double time, unsigned int index) {
