@@ -1,14 +1,18 @@
-// The three text formats: comma-delimited text, MATLAB and Mathematica, byte for byte. The
-// notebook's header and trailer are pinned whole by the recorder's hand-written golden file.
+// The file formats byte for byte: comma-delimited text, MATLAB and Mathematica (the notebook's
+// header and trailer are pinned whole by the recorder's hand-written golden file), and MRD
+// (blank header patched at the end, label line, big-endian float samples).
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstring>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "analysis/writers/HxMathematicaOutputWriter.h"
 #include "analysis/writers/HxMatlabOutputWriter.h"
+#include "analysis/writers/HxMrdOutputWriter.h"
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "tests/analysis/writers/HxWriterTestSupport.h"
 
@@ -62,6 +66,57 @@ TEST(HxTextFormatWriters, RowsOfEveryKind) {
   matlab.writeDataComponent(other, out);
   matlab.writeComponentClosing(other, out);
   EXPECT_EQ(out.str(), "];\n");
+}
+
+
+std::string bigEndian(float value) {
+  std::uint32_t bits = 0;
+  std::memcpy(&bits, &value, 4);
+  return std::string{static_cast<char>(bits >> 24), static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
+                     static_cast<char>(bits)};
+}
+
+std::string header(const std::string& fields) { return fields + std::string(80 - fields.size(), ' ') + "\n"; }
+
+// Whole files: the header patched over its 80 blanks with total, channels (one per label, the
+// empty labels of disabled columns included), samples and 1000; the label line with blanks made
+// "_"; each value a big-endian float (1.5 is 3F C0 00 00). A save never finished keeps the blanks.
+TEST(HxMrdOutputWriter, FilesByteForByte) {
+  HxMrdOutputWriter writer;
+  EXPECT_EQ(recorded(writer, {"Time", "Point Path Index", "Manip[0]:Joint Positions:Joint Position"},
+                     {{"0", "0", "1.5"}, {"0.01", "2", "-0.25"}}),
+            header("6\t3\t2\t1000") + "Time  -  Point_Path_Index  -  Manip[0]:Joint_Positions:Joint_Position  -\n\n\n" +
+                bigEndian(0) + bigEndian(0) + std::string("\x3F\xC0\x00\x00", 4) + bigEndian(0.01f) + bigEndian(2) +
+                bigEndian(-0.25f));
+  EXPECT_EQ(recorded(writer, {"Time", "Point Path Index", "", ""}, {{"1", "0"}}),
+            header("4\t4\t1\t1000") + "Time  -  Point_Path_Index  -    -    -\n\n\n" + bigEndian(1) + bigEndian(0));
+  EXPECT_EQ(recorded(writer, {"Time", "x"}, {{"1", "0"}}, false),
+            header("") + "Time  -  x  -\n\n\n" + bigEndian(1) + bigEndian(0));
+  EXPECT_EQ(recorded(writer, {"Time", "x"}, {}), header("0\t2\t0\t1000") + "Time  -  x  -\n\n\n");
+}
+
+// Any kind other than labels counts as a sample but writes no bytes; the total wraps in 32
+// bits; copies carry the counts; initialize resets the sample count but keeps the channels.
+TEST(HxMrdOutputWriter, CountsWrapAndTravelWithCopies) {
+  const HxSystemDataVector data;
+  HxMrdOutputWriter writer;
+  std::ostringstream out;
+  writer.writeDataComponent(labels(std::vector<std::string>(65536)), out);
+  const std::string::size_type labelBytes = out.str().size();
+  for (int i = 0; i < 65537; ++i) writer.writeDataComponent(FakeComponent(9, {"1", "2"}), out);
+  EXPECT_EQ(out.str().size(), labelBytes);
+
+  std::ostringstream patched(header(""));
+  HxMrdOutputWriter(writer).finalize(data, patched);
+  EXPECT_EQ(patched.str(), header("65536\t65536\t65537\t1000"));  // 65536 x 65537 mod 2^32
+
+  HxMrdOutputWriter assigned;
+  assigned = writer;
+  std::ostringstream again;
+  assigned.initialize(data, again);
+  EXPECT_EQ(again.str(), header(""));
+  EXPECT_EQ(assigned.sampleCount(), 0u);
+  EXPECT_EQ(assigned.channelCount(), 65536u);
 }
 
 }  // namespace
