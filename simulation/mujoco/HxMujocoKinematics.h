@@ -50,7 +50,8 @@ class HxMujocoKinematics : public HxManipulatorKinematics {
 
   /// World placement of end effector `e` in evaluated data `d` (after mj_kinematics).
   static HxEndEffectorPlacement placementIn(const mjModel* m, const mjData* d, const HxMujocoEndEffectorLayout& e);
-  /// Velocity of end effector `e` in `d` (after mj_comVel): linear, angular, world frame.
+  /// Velocity of an object's origin in `d` (after mj_comVel): linear, angular, world frame.
+  /// A body's frame is mjOBJ_XBODY; MuJoCo's mjOBJ_BODY stands for its centre of mass.
   static HxGeneralMotion velocityIn(const mjModel* m, const mjData* d, int objectType, int objectId);
   /// Kinematic acceleration of an object in `d` (after mj_rnePostConstraint), gravity removed.
   static HxGeneralMotion accelerationIn(const mjModel* m, const mjData* d, int objectType, int objectId);

@@ -116,7 +116,7 @@ HxBoolean hxMujocoBuildLayouts(const mjModel* model, const mjData* data,
       }
     }
     for (int body = root; body < model->nbody; ++body) {
-      if (model->body_rootid[body] == root) addEndEffector(layout, objectName(model, mjOBJ_BODY, body), mjOBJ_BODY, body);
+      if (model->body_rootid[body] == root) addEndEffector(layout, objectName(model, mjOBJ_BODY, body), mjOBJ_XBODY, body);
     }
     collectPathPoints(model, data, layout);
     layouts.push_back(std::move(layout));

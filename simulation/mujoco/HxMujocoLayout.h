@@ -15,7 +15,7 @@
 /// prefix.
 struct HxMujocoEndEffectorLayout {
   std::string name;       ///< name without the prefix
-  int objectType = 0;     ///< mjOBJ_SITE or mjOBJ_BODY
+  int objectType = 0;     ///< mjOBJ_SITE, or mjOBJ_XBODY: the body frame (mjOBJ_BODY is its centre of mass)
   int objectId = -1;
   bool point = false;     ///< true: point end effector, false: frame end effector
 };

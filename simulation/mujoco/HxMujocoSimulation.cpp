@@ -97,8 +97,10 @@ struct HxMujocoSimulation::Impl {
 
   const mjModel* m() const { return model.get(); }
 
-  // Restarts the control output from the current state.
+  // Restarts the control output from the current state. In kinematic mode the state is the
+  // control output, so the manipulators (a free base too) hold still from here.
   void syncControlOutput() {
+    const bool kinematic = mode == Mode::Kinematic;
     for (std::size_t k = 0; k < layouts.size(); ++k) {
       const auto& layout = *layouts[k];
       auto& control = controls[k];
@@ -106,7 +108,9 @@ struct HxMujocoSimulation::Impl {
         control.position[j] = data->qpos[layout.qposAddresses[j]];
         control.velocity[j] = 0.0;
         control.previousVelocity[j] = 0.0;
+        if (kinematic) data->qvel[layout.dofAddresses[j]] = 0.0;
       }
+      if (kinematic && layout.freeJoint >= 0) mju_zero(data->qvel + layout.freeDofAddress, 6);
     }
   }
 
@@ -619,8 +623,9 @@ void HxMujocoSimulation::refresh() {
     const HxCoordSystemXform base(HxVector(basePos[0], basePos[1], basePos[2]),
                                   HxOrientation(baseQuat[0], baseQuat[1], baseQuat[2], baseQuat[3]));
     position.setCoordSystemXform(base);
-    velocity.setBaseVelocity(HxMujocoKinematics::velocityIn(m, d, mjOBJ_BODY, root));
-    acceleration.setBaseAcceleration(dynamic ? HxMujocoKinematics::accelerationIn(m, d, mjOBJ_BODY, root)
+    // Motions of the root body's frame origin (mjOBJ_XBODY), not of its centre of mass.
+    velocity.setBaseVelocity(HxMujocoKinematics::velocityIn(m, d, mjOBJ_XBODY, root));
+    acceleration.setBaseAcceleration(dynamic ? HxMujocoKinematics::accelerationIn(m, d, mjOBJ_XBODY, root)
                                              : HxGeneralMotion());
     for (std::size_t j = 0; j < n; ++j) {
       const int dof = layout.dofAddresses[j];

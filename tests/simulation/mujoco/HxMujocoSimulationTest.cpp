@@ -15,6 +15,7 @@
 #include "bench/HxAllocationCounter.h"
 #include "framework/HxPrint.h"
 #include "simulation/HxBasePowerConverter.h"
+#include "tests/simulation/mujoco/HxMujocoTestFixture.h"
 
 namespace {
 
@@ -55,44 +56,6 @@ const char* kPlanarArm = R"(
   </actuator>
   <keyframe><key qpos="0.3 0.8"/></keyframe>
 </mujoco>)";
-
-// Collects every engine warning; a test that meets one fails.
-std::vector<std::string>& engineWarnings() {
-  static std::vector<std::string> warnings;
-  return warnings;
-}
-
-class MujocoTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    engineWarnings().clear();
-    previous_ = mju_user_warning;
-    mju_user_warning = [](const char* message) { engineWarnings().emplace_back(message); };
-  }
-  void TearDown() override {
-    mju_user_warning = previous_;
-    for (const auto& warning : engineWarnings()) ADD_FAILURE() << "MuJoCo warning: " << warning;
-  }
-
-  // An independent engine instance of the same model, for cross-checks.
-  struct Reference {
-    mjModel* model = nullptr;
-    mjData* data = nullptr;
-    ~Reference() {
-      if (data) mj_deleteData(data);
-      if (model) mj_deleteModel(model);
-    }
-  };
-  static void loadReference(Reference& ref, const std::string& file) {
-    char error[512];
-    ref.model = mj_loadXML(file.c_str(), nullptr, error, sizeof error);
-    ASSERT_NE(ref.model, nullptr) << error;
-    ref.data = mj_makeData(ref.model);
-  }
-
- private:
-  void (*previous_)(const char*) = nullptr;
-};
 
 double distance(const HxVector& a, const HxVector& b) { return a.distanceTo(b); }
 
