@@ -325,8 +325,8 @@ print('csv ok: %d labels, %d rows' % (len(header), len(rows) - 1))
 )PY";
 
 // All five writers record the scene (finished twice: the second finish writes no second
-// trailer; copies finished before the samples); "expected.txt" holds the values each sample should hold (time, index, values;
-// %.17g, exact), one line per sample.
+// trailer; copies finished before the samples); "expected.txt" holds the values each sample
+// should hold (time, index, values; %.17g, exact), one line per sample.
 class HxSystemStoredDataEndToEnd : public HxSystemStoredDataTest {
  protected:
   void record(TwoArmScene& recorded, const HxOutputWriterVector& writers) {

@@ -68,7 +68,6 @@ TEST(HxTextFormatWriters, RowsOfEveryKind) {
   EXPECT_EQ(out.str(), "];\n");
 }
 
-
 std::string bigEndian(float value) {
   std::uint32_t bits = 0;
   std::memcpy(&bits, &value, 4);

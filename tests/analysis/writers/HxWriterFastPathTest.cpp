@@ -36,12 +36,14 @@ double fromBits(std::uint64_t bits) {
 std::vector<double> specialValues() {
   const double inf = std::numeric_limits<double>::infinity(), nan = std::numeric_limits<double>::quiet_NaN();
   const double halfLeastFloat = std::ldexp(1.0, -150), overflow = std::ldexp(2.0 - std::ldexp(1.0, -24), 127);
+  // clang-format off
   return {0.0, -0.0, 5e-324, -5e-324, 2.2250738585072009e-308, std::numeric_limits<double>::min(),  // 0-5
           std::ldexp(1.0, -149), halfLeastFloat, std::nextafter(halfLeastFloat, 1.0), 1e-40, 1.0 / 3.0, 0.1,  // 6-11
           1.0 + std::ldexp(1.0, -24), 1.0 + 3.0 * std::ldexp(1.0, -24), 16777217.0,  // 12-14: ties to even
           static_cast<double>(std::numeric_limits<float>::max()), std::nextafter(overflow, 0.0), overflow,  // 15-17
           1e300, -1e300, std::numeric_limits<double>::max(), inf, -inf, nan, -nan,  // 18-24
           fromBits(0x7FF8000000000123u), fromBits(0xFFF0000000000001u), 123456789.125, -2.5e-17};  // 25-28
+  // clang-format on
 }
 
 /// A sample record holding `values` as the manipulator-level data of one manipulator, in
