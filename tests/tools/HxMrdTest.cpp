@@ -2,22 +2,19 @@
 // (output, warnings on standard error, exit status).
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "tests/tools/test_hxrecord_support.h"
 #include "tools/lib/HxMrdFile.h"
 
 namespace {
 
-namespace fs = std::filesystem;
+using namespace HxRecordTest;
 
 std::string bigEndian(float value) {
   std::uint32_t bits = 0;
@@ -53,53 +50,45 @@ bool parse(const std::string& bytes, HxU32 valuesPerSample, HxMrdFile& file, std
 // every sample's time and path-point index; an option decides over the header.
 TEST(HxMrdFile, RecoversCountsAndSaysHow) {
   struct Case {
-    const char* what;
     std::string bytes;
-    HxU32 option;
-    HxU32 valuesPerSample;
-    HxU32 samples;
+    HxU32 option, valuesPerSample, samples;
     std::vector<std::string> warnings;
   };
   const std::string blank = "header is blank (the recording was never finished); counts recovered from the file";
+  const std::string ti[] = {"Time", "Point_Path_Index"};
+  auto none = [](int n, int labels) {
+    return "each sample holds " + std::to_string(n) + " values for " + std::to_string(labels) + " labels; the last " +
+           (labels - n == 1 ? std::string("label has") : std::to_string(labels - n) + " labels have") + " no column";
+  };
   const std::vector<Case> cases = {
-      {"disabled columns",
-       mrd("12\t6\t2\t1000", {"Time", "Point_Path_Index", "a", "b", "", ""}, {0, 0, 1, 2, 0.5f, 1, 3, 4}),
+      // Disabled columns.
+      {mrd("12\t6\t2\t1000", {ti[0], ti[1], "a", "b", "", ""}, {0, 0, 1, 2, 0.5f, 1, 3, 4}),
        0,
        4,
        2,
        {"header gives 6 channels but each of the 2 samples holds 4 values; the last 2 labels have no column (columns "
         "disabled)"}},
-      {"blank header",
-       mrd("", {"Time", "Point_Path_Index", "a", "", ""}, {0, 0, 7, 0.1f, 0, 8, 0.2f, 1, 9}),
-       0,
-       3,
-       3,
-       {blank, "each sample holds 3 values for 5 labels; the last 2 labels have no column"}},
-      {"blank header, no sample", mrd("", {"Time", "Point_Path_Index", "x"}, {}), 0, 3, 0, {blank}},
-      {"the one layout keeping time and index",
-       mrd("", {"Time", "Point_Path_Index", "Manip[1]:Manipulator_Power", "a", "b", ""},
+      // A blank header, with and without samples.
+      {mrd("", {ti[0], ti[1], "a", "", ""}, {0, 0, 7, 0.1f, 0, 8, 0.2f, 1, 9}), 0, 3, 3, {blank, none(3, 5)}},
+      {mrd("", {ti[0], ti[1], "x"}, {}), 0, 3, 0, {blank}},
+      // The one layout keeping time and index.
+      {mrd("", {ti[0], ti[1], "Manip[1]:Manipulator_Power", "a", "b", ""},
            {0.0f, 0, 0.3f, 0.7f, 0.25f, 1, 0.35f, 0.75f, 0.5f, 1, 0.45f, 0.85f}),
        0,
        4,
        3,
-       {blank, "each sample holds 4 values for 6 labels; the last 2 labels have no column"}},
-      {"option over the header",
-       mrd("8\t4\t2\t1000", {"Time", "Point_Path_Index", "a", "b"}, std::vector<float>(8)),
+       {blank, none(4, 6)}},
+      // The option over the header, over a blank header, and settling an ambiguous size.
+      {mrd("8\t4\t2\t1000", {ti[0], ti[1], "a", "b"}, std::vector<float>(8)),
        2,
        2,
        4,
-       {"header gives 4 channels; using 2 values per sample as asked",
-        "each sample holds 2 values for 4 labels; the last 2 labels have no column",
+       {"header gives 4 channels; using 2 values per sample as asked", none(2, 4),
         "header gives 2 samples; the file holds 4"}},
-      {"option over a blank header",
-       mrd("", {"Time", "Point_Path_Index", "a", ""}, std::vector<float>(6)),
-       3,
-       3,
-       2,
-       {blank, "each sample holds 3 values for 4 labels; the last label has no column"}},
+      {mrd("", {ti[0], ti[1], "a", ""}, std::vector<float>(6)), 3, 3, 2, {blank, none(3, 4)}},
+      {mrd("", {ti[0], ti[1], "a", "b", "c", "d", "e"}, std::vector<float>(12)), 4, 4, 3, {blank, none(4, 7)}},
   };
   for (const Case& c : cases) {
-    SCOPED_TRACE(c.what);
     HxMrdFile file;
     std::string error;
     ASSERT_TRUE(parse(c.bytes, c.option, file, error)) << error;
@@ -107,12 +96,6 @@ TEST(HxMrdFile, RecoversCountsAndSaysHow) {
     EXPECT_EQ(file.sampleCount, c.samples);
     EXPECT_EQ(file.warnings, c.warnings);
   }
-  // The option also settles a blank header's ambiguous size.
-  HxMrdFile file;
-  std::string error;
-  ASSERT_TRUE(
-      parse(mrd("", {"Time", "Point_Path_Index", "a", "b", "c", "d", "e"}, std::vector<float>(12)), 4, file, error));
-  EXPECT_EQ(file.sampleCount, 3u);
 }
 
 // What cannot be recovered is refused with one clear sentence.
@@ -154,42 +137,25 @@ TEST(HxMrdFile, RefusesWhatCannotBeRecovered) {
   }
 }
 
-struct Result {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-// This process's scratch directory, removed at exit.
-const struct Scratch {
-  fs::path path = fs::path(::testing::TempDir()) / ("hx_hxmrd_" + std::to_string(::getpid()));
-  ~Scratch() { fs::remove_all(path); }
-} kScratch;
-const fs::path& kDirectory = kScratch.path;
-
-std::string slurp(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
+const std::string kDirectory = scratchDirectory("hxmrd");
 
 // Writes `bytes` into this run's directory; returns the file's path.
 std::string put(const std::string& name, const std::string& bytes) {
-  fs::create_directories(kDirectory);
-  std::ofstream(kDirectory / name, std::ios::binary) << bytes;
-  return (kDirectory / name).string();
+  writeFile(kDirectory + name, bytes);
+  return kDirectory + name;
 }
 
-// Runs hxmrd with `arguments`, standard output and error kept apart.
-Result hxmrd(const std::string& arguments) {
-  Result r;
+// Runs hxmrd with `arguments` (separated by blanks).
+RunResult hxmrd(const std::string& arguments) {
+  std::vector<std::string> words;
+  std::istringstream in(arguments);
+  for (std::string word; in >> word;) words.push_back(word);
 #ifndef HX_HXMRD_PATH
   ADD_FAILURE() << "hxmrd was not built (HX_BUILD_TOOLS is off)";
+  return {};
 #else
-  const std::string out = put("stdout.txt", ""), err = put("stderr.txt", "");
-  const int status = std::system((std::string(HX_HXMRD_PATH) + " " + arguments + " >" + out + " 2>" + err).c_str());
-  r = {WIFEXITED(status) ? WEXITSTATUS(status) : -1, slurp(out), slurp(err)};
+  return run(HX_HXMRD_PATH, words, kDirectory);
 #endif
-  return r;
 }
 
 // Each invocation's status, standard output and standard error, exactly: the header fields as
@@ -204,14 +170,14 @@ TEST(HxMrdTool, EveryInvocation) {
       put("unfinished.mrd", mrd("", {"Time", "Point_Path_Index", "a", ""}, {0, 0, 1, 0.5f, 1, 2}));
   const std::string truncated = put("truncated.mrd", std::string(80, ' ') + "\nTime  -  Point_Pa");
   const std::string noLayout = put("nolayout.mrd", mrd("", {"Time", "Point_Path_Index", "a"}, {0, 0, 1, 2, 3}));
-  const std::string missing = (kDirectory / "missing.mrd").string();
+  const std::string missing = kDirectory + "missing.mrd";
   const std::string csv = "Time,Point_Path_Index,x\n6.6463464e-33,0,0.1\n0.5,2,0.5392157\n";
   const std::string runHeader = "# file: " + run +
                                 "\n# total values: 6\n# channels: 3\n# samples: 2\n# fourth value: 1000\n"
                                 "# labels: 3\n# values per sample: 3\n# samples in file: 2\n";
   const std::string warning = "hxmrd: warning: " + unfinished + ": ";
   const std::string tryHelp = "\nTry 'hxmrd --help'.\n";
-  const std::vector<std::pair<std::string, Result>> cases = {
+  const std::vector<std::pair<std::string, RunResult>> cases = {
       {run, {0, runHeader + csv, ""}},
       {"--csv " + run, {0, csv, ""}},
       {"--header " + run, {0, runHeader + "# label 0: Time\n# label 1: Point_Path_Index\n# label 2: x\n", ""}},
@@ -234,19 +200,19 @@ TEST(HxMrdTool, EveryInvocation) {
       {noLayout + " " + truncated, {2, "", "hxmrd: one MRD file at a time" + tryHelp}},
   };
   for (const auto& [arguments, expected] : cases) {
-    const Result r = hxmrd(arguments);
-    EXPECT_EQ(r.status, expected.status) << arguments;
+    const RunResult r = hxmrd(arguments);
+    EXPECT_EQ(r.exitCode, expected.exitCode) << arguments;
     EXPECT_EQ(r.out, expected.out) << arguments;
     EXPECT_EQ(r.err, expected.err) << arguments;
   }
   // -o writes the output to a file; --channels rescues a size no layout fits.
-  const std::string written = (kDirectory / "copy.csv").string();
-  EXPECT_EQ(hxmrd("--csv -o " + written + " " + run).status, 0);
-  EXPECT_EQ(slurp(written), csv);
-  EXPECT_EQ(hxmrd(noLayout).status, 1);
-  EXPECT_EQ(hxmrd("--channels 5 " + noLayout).status, 0);
-  const Result help = hxmrd("--help");
-  EXPECT_EQ(help.status, 0);
+  const std::string written = kDirectory + "copy.csv";
+  EXPECT_EQ(hxmrd("--csv -o " + written + " " + run).exitCode, 0);
+  EXPECT_EQ(readFile(written), csv);
+  EXPECT_EQ(hxmrd(noLayout).exitCode, 1);
+  EXPECT_EQ(hxmrd("--channels 5 " + noLayout).exitCode, 0);
+  const RunResult help = hxmrd("--help");
+  EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.out.find("Values per sample are found in this order"), std::string::npos);
 }
 

@@ -21,6 +21,10 @@ namespace {
 namespace fs = std::filesystem;
 using namespace HxRecordTest;
 
+RunResult hxrecord(const std::vector<std::string>& arguments, const std::string& directory) {
+  return run(HX_RECORD_BINARY, arguments, directory);
+}
+
 // Options parse into their fields, in both "--name value" and "--name=value" form.
 TEST(HxRecordOptionsTest, ParsesEveryOption) {
   HxRecordOptions o;
@@ -93,7 +97,7 @@ TEST_P(HxRecordFailureTest, PrintsItsMessageAndExitStatus) {
   std::vector<std::string> arguments;
   std::istringstream words(failure.arguments);
   for (std::string word; words >> word;) arguments.push_back(word);
-  const RunResult run = runHxrecord(arguments, directory);
+  const RunResult run = hxrecord(arguments, directory);
   EXPECT_EQ(run.exitCode, failure.exitCode) << run.err;
   const std::string expected = "hxrecord: error: " + failure.message;
   EXPECT_EQ(failure.message.back() == '\n' ? run.err : run.err.substr(0, expected.size()), expected);
@@ -103,80 +107,72 @@ TEST_P(HxRecordFailureTest, PrintsItsMessageAndExitStatus) {
 
 const std::string kTry = "\nTry 'hxrecord --help'.\n";
 const std::string kSeconds = ": expected a positive number of seconds" + kTry;
-const std::string kWritersExample = std::string(HX_SOURCE_DIR) + "/examples/config/default_writers.xml";
+const std::string kWritersExample = examplePath("config/default_writers.xml");
 const std::string kScene = "the model 'built-in examples/models/two_arms_table.xml' has 2 manipulator(s)";
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryFailure, HxRecordFailureTest,
-    ::testing::Values(
-        // Options.
-        FailureCase{"UnknownOption", "--bogus", 2, "unknown option '--bogus'" + kTry},
-        FailureCase{"Positional", "scene.xml", 2, "unexpected argument 'scene.xml'" + kTry},
-        FailureCase{"MissingValue", "--duration", 2, "option '--duration' needs a value" + kTry},
-        FailureCase{"MissingShortValue", "-o", 2, "option '-o' needs a value" + kTry},
-        FailureCase{"NegativeDuration", "-d -1", 2, "invalid value '-1' for -d" + kSeconds},
-        FailureCase{"ZeroDuration", "--duration 0", 2, "invalid value '0' for --duration" + kSeconds},
-        FailureCase{"InfiniteDuration", "-d inf", 2, "invalid value 'inf' for -d" + kSeconds},
-        FailureCase{"IntervalWithUnit", "-s 1s", 2, "invalid value '1s' for -s" + kSeconds},
-        FailureCase{"NegativeDwell", "--dwell -1", 2,
-                    "invalid value '-1' for --dwell: expected a non-negative number of seconds" + kTry},
-        FailureCase{"EmptyModelName", "--model=", 2, "invalid value '' for --model: expected a file name" + kTry},
-        FailureCase{"ValueForAFlag", "--quiet=yes", 2, "option '--quiet' takes no value" + kTry},
-        FailureCase{"BadMode", "--mode fast", 2,
-                    "invalid value 'fast' for --mode: expected 'dynamic' or 'kinematic'" + kTry},
-        FailureCase{"IntervalBelowTimestep", "-s 0.001", 2,
-                    "sample interval 0.001 s is shorter than the model's timestep (0.002 s)\n"},
-        FailureCase{"DurationBelowTimestep", "-d 0.0005", 2,
-                    "duration 0.0005 s is shorter than the model's timestep (0.002 s)\n"},
-        // Model.
-        FailureCase{"MissingModel", "-m missing.xml", 3, "model file 'missing.xml' does not exist\n"},
-        FailureCase{"ModelIsDirectory", "-m taken", 3, "model file 'taken' is not a regular file\n"},
-        FailureCase{"InvalidModel", "-m broken_model.xml", 3, "cannot load model 'broken_model.xml': "},
-        FailureCase{"ModelWithoutManipulator", "-m no_joint.xml", 3,
-                    "model 'no_joint.xml' holds no manipulator: no tree under the world body carries a hinge or "
-                    "slide joint\n"},
-        // Configuration XML: file and line in every message.
-        FailureCase{"MissingCapture", "-c missing.xml", 4, "capture configuration file 'missing.xml' does not exist\n"},
-        FailureCase{"MissingWriters", "-w missing.xml", 4, "writer list file 'missing.xml' does not exist\n"},
-        FailureCase{"TruncatedCapture", "-c truncated.xml", 4, "invalid capture configuration: truncated.xml:"},
-        FailureCase{"BadValue", "-c bad_value.xml", 4, "invalid capture configuration: bad_value.xml:5: "},
-        FailureCase{"UnregisteredType", "-c unregistered.xml", 4,
-                    "invalid capture configuration: unregistered.xml:7: HxXmlVariableVectorType::readValueFromToken()"
-                    " error: \"http://www.hxtoolkit.org/namespace/sm#controlInputDataCaptureType\" tag not "
-                    "registered.\n"},
-        FailureCase{"WrongRoot", "-c " + kWritersExample, 4,
-                    "invalid capture configuration: " + kWritersExample +
-                        ":7: the root element is 'outputWriterVector', expected 'generalCapture'\n"},
-        FailureCase{"NoWriter", "-w no_writer.xml", 4,
-                    "writer list 'no_writer.xml' holds no writer: nothing would be recorded\n"},
-        // Configuration against the model.
-        FailureCase{"UnknownManipulator", "-c manipulator2.xml", 5,
-                    "capture configuration 'manipulator2.xml' names manipulator 2, but " + kScene +
-                        ": 0 'left_base', 1 'right_base'\n"},
-        FailureCase{"UnknownLink", "-c link.xml", 5,
-                    "capture configuration 'link.xml' names link 'left_link1' of manipulator 1 ('right_base'), which "
-                    "the model lacks; its links are: right_link1, right_link2, right_link3, right_link4, "
-                    "right_link5, right_link6\n"},
-        FailureCase{"UnknownEndEffector", "-c end_effector.xml", 5,
-                    "capture configuration 'end_effector.xml' names end effector 2 of manipulator 0 ('left_base'), "
-                    "which has 2 end effector(s): 0 'left_tool', 1 'left_probe'\n"},
-        // Output.
-        FailureCase{"OutputUnderAFile", "-o a_file/sub/run", 6,
-                    "cannot create output directory 'a_file/sub': Not a directory\n"},
-        FailureCase{"OutputFileIsDirectory", "-o taken/run", 6, "cannot write 'taken/run.csv': it is a directory\n"},
-        FailureCase{"OutputIsDirectoryName", "-o out/", 6,
-                    "output base name 'out/' names a directory; add a file name without extension, for example "
-                    "'out/recording'\n"},
-        FailureCase{"TwoWritersOneFile", "-w twice.xml", 6,
-                    "two writers would both write 'hxrecord-out/recording.mrd'\n"}),
-    [](const ::testing::TestParamInfo<FailureCase>& failure) { return std::string(failure.param.name); });
+const std::vector<FailureCase> kFailures = {
+    // Options.
+    {"UnknownOption", "--bogus", 2, "unknown option '--bogus'" + kTry},
+    {"Positional", "scene.xml", 2, "unexpected argument 'scene.xml'" + kTry},
+    {"MissingValue", "--duration", 2, "option '--duration' needs a value" + kTry},
+    {"MissingShortValue", "-o", 2, "option '-o' needs a value" + kTry},
+    {"NegativeDuration", "-d -1", 2, "invalid value '-1' for -d" + kSeconds},
+    {"ZeroDuration", "--duration 0", 2, "invalid value '0' for --duration" + kSeconds},
+    {"InfiniteDuration", "-d inf", 2, "invalid value 'inf' for -d" + kSeconds},
+    {"IntervalWithUnit", "-s 1s", 2, "invalid value '1s' for -s" + kSeconds},
+    {"NegativeDwell", "--dwell -1", 2,
+     "invalid value '-1' for --dwell: expected a non-negative number of seconds" + kTry},
+    {"EmptyModelName", "--model=", 2, "invalid value '' for --model: expected a file name" + kTry},
+    {"ValueForAFlag", "--quiet=yes", 2, "option '--quiet' takes no value" + kTry},
+    {"BadMode", "--mode fast", 2, "invalid value 'fast' for --mode: expected 'dynamic' or 'kinematic'" + kTry},
+    {"IntervalBelowTimestep", "-s 0.001", 2,
+     "sample interval 0.001 s is shorter than the model's timestep (0.002 s)\n"},
+    {"DurationBelowTimestep", "-d 0.0005", 2, "duration 0.0005 s is shorter than the model's timestep (0.002 s)\n"},
+    // Model.
+    {"MissingModel", "-m missing.xml", 3, "model file 'missing.xml' does not exist\n"},
+    {"ModelIsDirectory", "-m taken", 3, "model file 'taken' is not a regular file\n"},
+    {"InvalidModel", "-m broken_model.xml", 3, "cannot load model 'broken_model.xml': "},
+    {"ModelWithoutManipulator", "-m no_joint.xml", 3,
+     "model 'no_joint.xml' holds no manipulator: no tree under the world body carries a hinge or slide joint\n"},
+    // Configuration XML: file and line in every message.
+    {"MissingCapture", "-c missing.xml", 4, "capture configuration file 'missing.xml' does not exist\n"},
+    {"MissingWriters", "-w missing.xml", 4, "writer list file 'missing.xml' does not exist\n"},
+    {"TruncatedCapture", "-c truncated.xml", 4, "invalid capture configuration: truncated.xml:"},
+    {"BadValue", "-c bad_value.xml", 4, "invalid capture configuration: bad_value.xml:5: "},
+    {"UnregisteredType", "-c unregistered.xml", 4,
+     "invalid capture configuration: unregistered.xml:7: HxXmlVariableVectorType::readValueFromToken() error: "
+     "\"http://www.hxtoolkit.org/namespace/sm#controlInputDataCaptureType\" tag not registered.\n"},
+    {"WrongRoot", "-c " + kWritersExample, 4,
+     "invalid capture configuration: " + kWritersExample +
+         ":7: the root element is 'outputWriterVector', expected 'generalCapture'\n"},
+    {"NoWriter", "-w no_writer.xml", 4, "writer list 'no_writer.xml' holds no writer: nothing would be recorded\n"},
+    // Configuration against the model.
+    {"UnknownManipulator", "-c manipulator2.xml", 5,
+     "capture configuration 'manipulator2.xml' names manipulator 2, but " + kScene +
+         ": 0 'left_base', 1 'right_base'\n"},
+    {"UnknownLink", "-c link.xml", 5,
+     "capture configuration 'link.xml' names link 'left_link1' of manipulator 1 ('right_base'), which the model lacks; "
+     "its links are: right_link1, right_link2, right_link3, right_link4, right_link5, right_link6\n"},
+    {"UnknownEndEffector", "-c end_effector.xml", 5,
+     "capture configuration 'end_effector.xml' names end effector 2 of manipulator 0 ('left_base'), which has 2 end "
+     "effector(s): 0 'left_tool', 1 'left_probe'\n"},
+    // Output.
+    {"OutputUnderAFile", "-o a_file/sub/run", 6, "cannot create output directory 'a_file/sub': Not a directory\n"},
+    {"OutputFileIsDirectory", "-o taken/run", 6, "cannot write 'taken/run.csv': it is a directory\n"},
+    {"OutputIsDirectoryName", "-o out/", 6,
+     "output base name 'out/' names a directory; add a file name without extension, for example 'out/recording'\n"},
+    {"TwoWritersOneFile", "-w twice.xml", 6, "two writers would both write 'hxrecord-out/recording.mrd'\n"},
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryFailure, HxRecordFailureTest, ::testing::ValuesIn(kFailures),
+                         [](const auto& failure) { return std::string(failure.param.name); });
 
 // With no argument the built-in scene is recorded into ./hxrecord-out/ in all five formats, the
 // summary naming every file with its size; the example files give the very same bytes; --help
 // prints the usage and records nothing.
 TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
   const std::string directory = scratchDirectory("default");
-  const RunResult run = runHxrecord({}, directory);
+  const RunResult run = hxrecord({}, directory);
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_EQ(run.err, "");  // no progress bar when standard error is not a terminal
   // 8 s at 0.01 s, sample 0 included; 2 + 2 x 215 columns.
@@ -187,9 +183,10 @@ TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
             0u)
       << run.out;
   EXPECT_NE(run.out.find("simulated/wall time ratio "), std::string::npos);
-  const RunResult files = runHxrecord({"-q", "-o", "files/run", "--model", defaultModelPath(), "--capture",
-                                       defaultCapturePath(), "--writers", defaultWritersPath()},
-                                      directory);
+  const RunResult files =
+      hxrecord({"-q", "-o", "files/run", "--model", defaultModelPath(), "--capture",
+                examplePath("config/default_capture.xml"), "--writers", examplePath("config/default_writers.xml")},
+               directory);
   ASSERT_EQ(files.exitCode, 0) << files.err;
   for (const char* extension : {".csv", ".xml", ".mrd", ".m", ".nb"}) {
     const std::string file = std::string("hxrecord-out/recording") + extension;
@@ -205,7 +202,7 @@ TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
   EXPECT_EQ(csv.rows.size(), 801u);
 
   const std::string helpDirectory = scratchDirectory("help");
-  const RunResult help = runHxrecord({"--help"}, helpDirectory);
+  const RunResult help = hxrecord({"--help"}, helpDirectory);
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_EQ(help.out, hxRecordUsage());
   EXPECT_EQ(help.err, "");
@@ -213,8 +210,9 @@ TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
 }
 
 // On a terminal a progress bar is drawn, ends at 100 % and is wiped before the summary; quiet
-// prints nothing at all, even on a terminal.
-TEST(HxRecordProgramTest, ProgressBarOnATerminalUnlessQuiet) {
+// prints nothing but warnings, even on a terminal: a sample interval that is not a whole number
+// of timesteps is rounded, with a warning.
+TEST(HxRecordProgramTest, ProgressBarWarningsAndQuiet) {
   const std::string directory = scratchDirectory("progress");
   const std::string writers = textWriterOnly(directory);
   std::ostringstream out, err;
@@ -226,18 +224,13 @@ TEST(HxRecordProgramTest, ProgressBarOnATerminalUnlessQuiet) {
   EXPECT_EQ(out.str().rfind("Recorded 51 samples of 432 columns", 0), 0u) << out.str();
 
   std::ostringstream quietOut, quietErr;
-  EXPECT_EQ(hxRecordMain({"-q", "-d", "0.1", "-o", directory + "run", "-w", writers}, quietOut, quietErr, true), 0);
-  EXPECT_EQ(quietErr.str() + quietOut.str(), "");
-}
-
-// A sample interval that is not a whole number of timesteps is rounded, with a warning.
-TEST(HxRecordProgramTest, SampleIntervalIsRoundedToTimesteps) {
-  const std::string directory = scratchDirectory("rounding");
-  const RunResult run = runHxrecord({"-q", "-d", "0.1", "-s", "0.005", "-w", textWriterOnly(directory)}, directory);
-  EXPECT_EQ(run.exitCode, 0);
-  EXPECT_EQ(run.err, "hxrecord: warning: sample interval 0.005 s rounded to 0.006 s (3 timestep(s) of 0.002 s)\n");
+  EXPECT_EQ(hxRecordMain({"-q", "-d", "0.1", "-s", "0.005", "-o", directory + "run", "-w", writers}, quietOut,
+                         quietErr, true),
+            0);
+  EXPECT_EQ(quietErr.str() + quietOut.str(),
+            "hxrecord: warning: sample interval 0.005 s rounded to 0.006 s (3 timestep(s) of 0.002 s)\n");
   Csv csv;
-  ASSERT_TRUE(readCsv(directory + "hxrecord-out/recording.csv", csv));
+  ASSERT_TRUE(readCsv(directory + "run.csv", csv));
   ASSERT_EQ(csv.rows.size(), 17u);  // 50 steps: samples at steps 0, 3, ..., 48
   EXPECT_NEAR(csv.rows[1][0], 0.006, 1e-12);
   EXPECT_NEAR(csv.rows.back()[0], 0.096, 1e-12);

@@ -41,19 +41,9 @@ HxEndEffectorPlacement placementAt(const Csv& csv, std::size_t row, const std::s
                                 HxOrientation(v[c + 3], v[c + 4], v[c + 5], v[c + 6]));
 }
 
-void expectSamePlacement(const HxEndEffectorPlacement& recorded, const HxEndEffectorPlacement& engine,
-                         std::size_t row) {
-  EXPECT_LT(recorded.translation().distanceTo(engine.translation()), 1e-12) << "sample " << row;
-  double angle = 0.0;
-  HxVector axis;
-  recorded.orientation().angleAxisBetween(engine.orientation(), angle, axis);
-  EXPECT_LT(angle, 1e-7) << "sample " << row;
-}
-
-// Records `duration` seconds of the default scene (or of `model`) in `mode`, one sample every
-// `interval`, into a CSV file only.
-class Recording {
- public:
+// `duration` seconds of the default scene (or of `model`) recorded in `mode`, one sample every
+// `interval`, into a CSV file only; `ok` when recording and reading back succeeded.
+struct Recording {
   Recording(const std::string& name, Mode mode, double duration = 8.0, double interval = 0.01,
             const std::string& model = "") {
     const std::string directory = scratchDirectory(name + (mode == Mode::Dynamic ? "_dynamic" : "_kinematic"));
@@ -65,67 +55,51 @@ class Recording {
     options.outputBase = directory + "run";
     options.writersFile = textWriterOnly(directory);
     options.quiet = true;
-    session_ = std::make_unique<HxRecordSession>(options);
+    session = std::make_unique<HxRecordSession>(options);
+    ok = session->prepare() == HxRecordStatus::Success && session->record({}) == HxRecordStatus::Success;
+    for (const auto& error : session->errors()) ADD_FAILURE() << error;
+    ok = ok && readCsv(directory + "run.csv", csv);
   }
-  // Prepares and records; true when the CSV file could be read back.
-  bool run(const HxRecordSession::SampleObserver& observer = {}) {
-    const bool ok =
-        session_->prepare() == HxRecordStatus::Success && session_->record(observer) == HxRecordStatus::Success;
-    for (const auto& error : session_->errors()) ADD_FAILURE() << error;
-    return ok && readCsv(session_->options().outputBase + ".csv", csv_);
-  }
-  const HxMujocoSimulation& simulation() const { return session_->simulation(); }
-  const Csv& csv() const { return csv_; }
+  const HxMujocoSimulation& simulation() const { return session->simulation(); }
 
- private:
-  std::unique_ptr<HxRecordSession> session_;
-  Csv csv_;
+  std::unique_ptr<HxRecordSession> session;
+  Csv csv;
+  bool ok = false;
 };
 
 class HxRecordPhysicsTest : public ::testing::TestWithParam<Mode> {};
 
-// End-effector placement columns are the engine's site poses, centre-of-mass columns its
-// subtree centre of mass: at the moment of each sample (the simulation's own answers) and for
-// the recorded base placement and joint positions (the engine asked again for that state).
+// End-effector placement columns are the engine's site poses and centre-of-mass columns its
+// subtree centre of mass: after the recording, the engine asked again for each sample's recorded
+// base placement and joint positions gives the recorded values.
 TEST_P(HxRecordPhysicsTest, PlacementAndCenterOfMassColumnsAreTheEngines) {
   Recording recording("placements", GetParam(), 2.0, 0.05);
-  // Per sample, per manipulator (and per end effector): the engine's answers, in that order.
-  std::vector<HxEndEffectorPlacement> sites;
-  std::vector<HxVector> centers;
-  ASSERT_TRUE(recording.run([&](HxU32, const HxMujocoSimulation& sim) {
-    for (HxU32 m = 0; m < 2; ++m) {
-      const HxIndividualManipulator& manipulator = sim.manipulators()[m];
-      for (HxU32 e = 0; e < 2; ++e) {
-        sites.push_back(
-            sim.endEffectorPlacements()[m].endEffectorPlacement(e, sim.systemPositionStates()[m], manipulator));
-      }
-      centers.push_back(manipulator.centerOfMass(sim.activeStates()[m]));
-    }
-  }));
-  const Csv& csv = recording.csv();
+  ASSERT_TRUE(recording.ok);
+  const Csv& csv = recording.csv;
   ASSERT_EQ(csv.rows.size(), 41u);
-  ASSERT_EQ(centers.size(), 2 * csv.rows.size());
-
   double moved = 0.0;
   for (std::size_t row = 0; row < csv.rows.size(); ++row) {
     for (HxU32 m = 0; m < 2; ++m) {
-      const HxIndividualManipulator& manipulator = recording.simulation().manipulators()[m];
       HxManipulatorActiveState state(6);
       state.mutablePositionState().setCoordSystemXform(
           placementAt(csv, row, prefix(m) + "Base Positions:Translation X"));
       for (HxU32 j = 0; j < 6; ++j) {
         state.mutablePositionState().mutableJointPositions()[j] = csv.at(row, linkPrefix(m, j) + "Joint Positions");
       }
+      const HxIndividualManipulator& manipulator = recording.simulation().manipulators()[m];
       for (HxU32 e = 0; e < 2; ++e) {
         const std::string first = prefix(m) + "EE[" + std::to_string(e) + "]:End Effector Placements:Translation X";
-        const HxEndEffectorPlacement recorded = placementAt(csv, row, first);
-        expectSamePlacement(recorded, sites[4 * row + 2 * m + e], row);
-        expectSamePlacement(recorded, manipulator.endEffectorPlacement(e, state), row);
-        moved = std::max(moved, recorded.translation().distanceTo(sites[2 * m + e].translation()));
+        const HxEndEffectorPlacement recorded = placementAt(csv, row, first),
+                                     engine = manipulator.endEffectorPlacement(e, state);
+        double angle = 0.0;
+        HxVector axis;
+        recorded.orientation().angleAxisBetween(engine.orientation(), angle, axis);
+        EXPECT_LT(recorded.translation().distanceTo(engine.translation()), 1e-12) << "sample " << row;
+        EXPECT_LT(angle, 1e-7) << "sample " << row;
+        moved = std::max(moved, recorded.translation().distanceTo(placementAt(csv, 0, first).translation()));
       }
-      const HxVector center(csv.at(row, prefix(m) + "Center of Mass:X"), csv.at(row, prefix(m) + "Center of Mass:Y"),
-                            csv.at(row, prefix(m) + "Center of Mass:Z"));
-      EXPECT_LT(center.distanceTo(centers[2 * row + m]), 1e-12) << "sample " << row;
+      const std::string com = prefix(m) + "Center of Mass:";
+      const HxVector center(csv.at(row, com + "X"), csv.at(row, com + "Y"), csv.at(row, com + "Z"));
       EXPECT_LT(center.distanceTo(manipulator.centerOfMass(state)), 1e-12) << "sample " << row;
     }
   }
@@ -139,8 +113,8 @@ TEST_P(HxRecordPhysicsTest, PlacementAndCenterOfMassColumnsAreTheEngines) {
 // of torque x velocity. Without dynamics torques and power stay 0.
 TEST_P(HxRecordPhysicsTest, JointVelocityAndPowerColumnsAgree) {
   Recording recording("joints", GetParam(), 1.0, 0.002);
-  ASSERT_TRUE(recording.run());
-  const Csv& csv = recording.csv();
+  ASSERT_TRUE(recording.ok);
+  const Csv& csv = recording.csv;
   ASSERT_EQ(csv.rows.size(), 501u);
   const bool dynamic = GetParam() == Mode::Dynamic;
   const double gears[] = {100, 150, 100, 50, 50, 30};
@@ -178,8 +152,8 @@ TEST_P(HxRecordPhysicsTest, JointVelocityAndPowerColumnsAgree) {
 // through all points.
 TEST_P(HxRecordPhysicsTest, DefaultSceneReachesEveryPathPoint) {
   Recording recording("reach", GetParam());
-  ASSERT_TRUE(recording.run());
-  const Csv& csv = recording.csv();
+  ASSERT_TRUE(recording.ok);
+  const Csv& csv = recording.csv;
   std::vector<double> indices;
   for (const auto& row : csv.rows) {
     if (indices.empty() || indices.back() != row[1]) indices.push_back(row[1]);
@@ -211,16 +185,16 @@ INSTANTIATE_TEST_SUITE_P(BothModes, HxRecordPhysicsTest, ::testing::Values(Mode:
                            return mode.param == Mode::Dynamic ? "Dynamic" : "Kinematic";
                          });
 
-// Records 4 s of the default model whose left arm has the one path point `site` (an MJCF site);
-// null (with the failures added) when that fails.
-std::unique_ptr<Recording> recordLeftPath(const std::string& name, Mode mode, const std::string& site) {
-  const std::string model = readFile(defaultModelPath());
-  const std::string replaced = std::regex_replace(model, std::regex("<site name=\"path:left_base:[^>]*/>"), "");
-  const std::size_t end = replaced.find("</worldbody>");
+// The CSV of 4 s of the default model whose left arm has the one path point `site` (an MJCF
+// site); empty (with the failures added) when recording fails.
+Csv recordLeftPath(const std::string& name, Mode mode, const std::string& site) {
+  const std::string model =
+      std::regex_replace(readFile(defaultModelPath()), std::regex("<site name=\"path:left_base:[^>]*/>"), "");
+  const std::size_t end = model.find("</worldbody>");
   const std::string path = scratchDirectory(name + "_model") + "model.xml";
-  EXPECT_TRUE(writeFile(path, replaced.substr(0, end) + site + "\n  " + replaced.substr(end)));
-  auto recording = std::make_unique<Recording>(name, mode, 4.0, 0.01, path);
-  return recording->run() ? std::move(recording) : nullptr;
+  EXPECT_TRUE(writeFile(path, model.substr(0, end) + site + "\n  " + model.substr(end)));
+  Recording recording(name, mode, 4.0, 0.01, path);
+  return recording.ok ? recording.csv : Csv();
 }
 
 // Any sample of `csv` whose column `label` is 1.
@@ -232,14 +206,13 @@ bool raised(const Csv& csv, const std::string& label) {
 // Driving the left arm's tool down into the table raises "Collision Occurred" for the left arm
 // only (not at the start), with an upward external force on one of its links while touching.
 TEST(HxRecordEventTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
-  const auto recording = recordLeftPath("collision", Mode::Dynamic,
-                                        R"(<site name="path:left_base:0" pos="0.45 0.3 0.6" euler="0 180 0"/>)");
-  ASSERT_TRUE(recording);
-  const Csv& csv = recording->csv();
+  const Csv csv = recordLeftPath("collision", Mode::Dynamic,
+                                 R"(<site name="path:left_base:0" pos="0.45 0.3 0.6" euler="0 180 0"/>)");
+  ASSERT_FALSE(csv.rows.empty());
   const std::size_t flag = csv.column(reachPrefix(0, 0) + "Collision Occurred");
   EXPECT_EQ(csv.rows.front()[flag], 0.0);
-  EXPECT_TRUE(raised(csv, reachPrefix(0, 0) + "Collision Occurred"));
-  EXPECT_TRUE(raised(csv, reachPrefix(0, 1) + "Collision Occurred"));
+  EXPECT_TRUE(raised(csv, reachPrefix(0, 0) + "Collision Occurred") &&
+              raised(csv, reachPrefix(0, 1) + "Collision Occurred"));
   EXPECT_FALSE(raised(csv, reachPrefix(1, 0) + "Collision Occurred"));
   EXPECT_FALSE(raised(csv, reachPrefix(0, 0) + "Target Reached"));  // the table is in the way
   bool pushed = false;
@@ -256,10 +229,9 @@ TEST(HxRecordEventTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
 // range drives that joint into its limit and raises "Hit Joint Limit", in both modes.
 TEST(HxRecordEventTest, DrivingIntoAJointLimitRaisesTheFlag) {
   for (Mode mode : {Mode::Kinematic, Mode::Dynamic}) {
-    const auto recording =
+    const Csv csv =
         recordLeftPath("limit", mode, R"(<site name="path:left_base:0" pos="0.08 0.4 1.0" euler="0 90 0"/>)");
-    ASSERT_TRUE(recording);
-    const Csv& csv = recording->csv();
+    ASSERT_FALSE(csv.rows.empty());
     const std::string flag = reachPrefix(0, 0) + "Hit Joint Limit";
     EXPECT_EQ(csv.rows.front()[csv.column(flag)], 0.0);
     EXPECT_TRUE(raised(csv, flag)) << (mode == Mode::Dynamic ? "dynamic" : "kinematic");
