@@ -71,10 +71,7 @@ Texts texts(const HxSystemDataStorage& record) {
 
 std::string xmlText(const HxXmlObject& object) {
   std::ostringstream out;
-  {
-    HxXmlWriter writer("test", out);
-    writer.writeObject(object);
-  }
+  HxXmlWriter("test", out).writeObject(object);  // the writer ends the document when it goes
   return out.str();
 }
 
@@ -88,8 +85,8 @@ T roundTrip(const T& object) {
 }
 
 // A record with no manipulators has time and index only; before its size is computed it is
-// empty and the size without time and index wraps.
-TEST(HxSystemDataStorage, FreshAndEmptyRecords) {
+// empty and the size without time and index wraps. A shaped record's values come in flat order.
+TEST(HxSystemDataStorage, ElementSizeAndFlatOrder) {
   HxSystemDataStorage record;
   EXPECT_EQ(record.type(), 1u);
   EXPECT_EQ(record.elementSize(true), 4294967294u);
@@ -101,12 +98,10 @@ TEST(HxSystemDataStorage, FreshAndEmptyRecords) {
   EXPECT_EQ(record.elementSize(true), 0u);
   EXPECT_EQ(texts(record), (Texts{"0.5", "12"}));
   EXPECT_EQ(reals(record, false), (std::vector<double>{0.5, 12.0}));
-}
 
-// Reals share the flat order of the texts (pinned below); a stale (smaller) element size
-// bounds the output instead of overrunning it.
-TEST(HxSystemDataStorage, FlatOrderAndStaleElementSize) {
-  HxSystemDataStorage record = shapedRecord();
+  // Reals share the flat order of the texts (pinned below); a stale (smaller) element size
+  // bounds the output instead of overrunning it.
+  record = shapedRecord();
   EXPECT_EQ(record.elementSize(true), 12u);
   EXPECT_EQ(reals(record, true), (std::vector<double>{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11.5, 12}));
   HxSystemDataStorage::ManipulatorDataVector more = record.manipulatorDataVector();
@@ -124,25 +119,24 @@ TEST(HxSystemDataStorage, WritesThatDoNotFitAreRefusedSilently) {
   HxSystemDataStorage record = shapedRecord();
   const HxSystemDataStorage before = record;
   Hx::ScopedPrintCapture messages;
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(2, 0, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(0, 2, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(0, 0, 3, 99.0));
-  EXPECT_FALSE(record.setSpecificLinkLevelData(0, 2, 0, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificLinkLevelData(0, 0, 2, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificLinkLevelData(0, 0, 0, 1, 99.0));
-  EXPECT_FALSE(record.setSpecificLinkLevelData(5, 0, 0, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificEndEffectorData(0, 1, 0, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificEndEffectorData(1, 0, 0, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificEndEffectorData(1, 0, 1, 2, 99.0));
-  EXPECT_FALSE(record.setSpecificEndEffectorData(9, 0, 1, 0, 99.0));
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(0, 0, 1, values({91, 92, 93})));  // overruns by one
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(0, 0, 0, values({91, 92, 93, 94})));
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(0, 0, 0, values({})));
-  EXPECT_FALSE(record.setSpecificManipulatorLevelData(0, 0, 4294967295u, values({91})));
-  EXPECT_FALSE(record.setSpecificLinkLevelData(0, 0, 1, 1, values({91, 92})));
-  EXPECT_FALSE(record.setSpecificLinkLevelData(0, 3, 0, 0, values({91})));
-  EXPECT_FALSE(record.setSpecificEndEffectorData(1, 0, 1, 1, values({91, 92})));
-  EXPECT_FALSE(record.setSpecificEndEffectorData(2, 0, 1, 0, values({91})));
+  // Out-of-range indices at every level, runs that overrun by one or more, an empty run.
+  const bool stored[] = {
+      record.setSpecificManipulatorLevelData(2, 0, 0, 99.0), record.setSpecificManipulatorLevelData(0, 2, 0, 99.0),
+      record.setSpecificManipulatorLevelData(0, 0, 3, 99.0), record.setSpecificLinkLevelData(0, 2, 0, 0, 99.0),
+      record.setSpecificLinkLevelData(0, 0, 2, 0, 99.0), record.setSpecificLinkLevelData(0, 0, 0, 1, 99.0),
+      record.setSpecificLinkLevelData(5, 0, 0, 0, 99.0), record.setSpecificEndEffectorData(0, 1, 0, 0, 99.0),
+      record.setSpecificEndEffectorData(1, 0, 0, 0, 99.0), record.setSpecificEndEffectorData(1, 0, 1, 2, 99.0),
+      record.setSpecificEndEffectorData(9, 0, 1, 0, 99.0),
+      record.setSpecificManipulatorLevelData(0, 0, 1, values({91, 92, 93})),
+      record.setSpecificManipulatorLevelData(0, 0, 0, values({91, 92, 93, 94})),
+      record.setSpecificManipulatorLevelData(0, 0, 0, values({})),
+      record.setSpecificManipulatorLevelData(0, 0, 4294967295u, values({91})),
+      record.setSpecificLinkLevelData(0, 0, 1, 1, values({91, 92})),
+      record.setSpecificLinkLevelData(0, 3, 0, 0, values({91})),
+      record.setSpecificEndEffectorData(1, 0, 1, 1, values({91, 92})),
+      record.setSpecificEndEffectorData(2, 0, 1, 0, values({91})),
+  };
+  for (std::size_t i = 0; i < std::size(stored); ++i) EXPECT_FALSE(stored[i]) << "write " << i;
   EXPECT_EQ(record, before);
   EXPECT_TRUE(messages.records().empty()) << messages.text();
   EXPECT_TRUE(record.setSpecificManipulatorLevelData(0, 0, 1, values({92, 93})));
