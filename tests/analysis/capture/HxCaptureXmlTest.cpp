@@ -43,8 +43,9 @@ std::unique_ptr<HxXmlObject> roundTrip(const HxXmlObject& object) {
 }
 
 // Every capture class reads back equal to what it wrote, clones equal, and is equal to no
-// object of another class; a configuration read back has its element size again. "barChart"
-// is plot type 1.
+// object of another class; a configuration read back has its element size again. A display
+// writes its plot type by name ("scrollingCurve" is 0, "barChart" 1); an unknown name is
+// refused and a number is taken unchecked.
 TEST(HxCaptureXml, EveryClassRoundTripsAndClonesEqual) {
   HxSystemDataCapture system;
   system.setLabel("round trip");
@@ -60,6 +61,7 @@ TEST(HxCaptureXml, EveryClassRoundTripsAndClonesEqual) {
   const HxManipulatorDataCapture& manipulator = system.manipulatorDataCaptureVector()[0];
 
   HxDisplaySystemDataCapture display;
+  EXPECT_NE(writeToString(display).find("<sm:plotType>scrollingCurve</sm:plotType>"), std::string::npos);
   display.setTitle("Joint tracking");
   display.setLeftSystemDataCapture(system);
   display.rightSystemDataCapture().addLinkDataCaptureType(0, "elbow", HxControlOutputJointVelocityDataCaptureTypeToken);
@@ -72,42 +74,18 @@ TEST(HxCaptureXml, EveryClassRoundTripsAndClonesEqual) {
       &display};
   for (std::size_t i = 0; i < objects.size(); ++i) {
     SCOPED_TRACE(objects[i]->token().token());
-    const std::unique_ptr<HxXmlObject> read = roundTrip(*objects[i]);
-    EXPECT_TRUE(objects[i]->equality(read.get()));
+    EXPECT_TRUE(objects[i]->equality(roundTrip(*objects[i]).get()));
     EXPECT_TRUE(objects[i]->equality(std::unique_ptr<HxXmlObject>(objects[i]->clone()).get()));
     EXPECT_FALSE(objects[i]->equality(objects[(i + 1) % objects.size()]));
     EXPECT_FALSE(objects[i]->equality(nullptr));
   }
-  const std::unique_ptr<HxXmlObject> read = roundTrip(system);
-  const auto& readSystem = dynamic_cast<const HxSystemDataCapture&>(*read);
-  EXPECT_EQ(readSystem.elementSize(), 6u + 6u + 1u + 20u + 20u + 1u);
-  EXPECT_EQ(readSystem.elementSize(), system.elementSize());
+  EXPECT_EQ(system.elementSize(), 6u + 6u + 1u + 20u + 20u + 1u);
+  EXPECT_EQ(dynamic_cast<const HxSystemDataCapture&>(*roundTrip(system)).elementSize(), system.elementSize());
   EXPECT_EQ(dynamic_cast<const HxDisplaySystemDataCapture&>(*roundTrip(display)).rightSystemDataCapture().elementSize(),
             1u);
-}
 
-// A default display writes "scrollingCurve" and two empty configurations; an unknown plot
-// type name is refused and a number is taken unchecked.
-TEST(HxCaptureXml, DisplayPlotTypes) {
   EXPECT_EQ(HxDisplaySystemDataCapture::numPlotTypes(), HxDisplaySystemDataCapture::plotTypeTokens().size());
-  HxDisplaySystemDataCapture display;
-  EXPECT_EQ(writeToString(display), R"(<?xml version="1.0" encoding="UTF-8"?>
-<!-- test -->
-<sm:displaySystemDataCapture xmlns:sm="http://www.hxtoolkit.org/namespace/sm#">
-  <sm:title></sm:title>
-  <sm:leftSystemDataCapture>
-    <sm:systemDataCaptureLabel></sm:systemDataCaptureLabel>
-    <sm:manipulatorDataCaptureVector count="0"/>
-  </sm:leftSystemDataCapture>
-  <sm:rightSystemDataCapture>
-    <sm:systemDataCaptureLabel></sm:systemDataCaptureLabel>
-    <sm:manipulatorDataCaptureVector count="0"/>
-  </sm:rightSystemDataCapture>
-  <sm:plotType>scrollingCurve</sm:plotType>
-</sm:displaySystemDataCapture>
-)");
   display.setPlotType(7u);
-  EXPECT_EQ(display.plotType(), 7u);
   EXPECT_FALSE(display.setPlotType(std::string("pieChart")));
   EXPECT_EQ(display.plotType(), 7u);
 }
@@ -141,14 +119,8 @@ TEST(HxCaptureXml, SystemDataVectorCreatesBothComponentKinds) {
   EXPECT_FALSE(read == vector);
   readRecord.computeElementSize();
   EXPECT_TRUE(read == vector);
-  std::vector<std::string> labels, values;
-  read[0].getStringElements(labels);
-  read[1].getStringElements(values);
-  EXPECT_EQ(labels[5], "Manip[1]:elbow:Joint Torques");
-  EXPECT_EQ(values, (std::vector<std::string>{"1.5", "4", "0", "0", "0", "-2.25"}));
-
-  HxSystemDataVector copy(vector), assigned;
-  assigned = copy;
+  HxSystemDataVector assigned;
+  assigned = HxSystemDataVector(vector);
   EXPECT_TRUE(assigned == vector);
 
   Hx::ScopedPrintCapture messages;
@@ -184,17 +156,15 @@ const fs::path kConfigDirectory = fs::path(HX_SOURCE_DIR) / "examples" / "config
 std::unique_ptr<HxXmlObject> readExample(const fs::path& path) {
   HxXmlReader reader;
   EXPECT_TRUE(reader.openFile(path.string())) << path;
-  int kind = reader.next();
-  while (kind != HxXmlReader::StartElement && kind != HxXmlReader::EmptyElement && kind > 0) kind = reader.next();
-  std::unique_ptr<HxXmlObject> object;
-  const HxToken& root = reader.name();
-  if (root == HxSystemDataCapture::classToken()) object = std::make_unique<HxSystemDataCapture>();
-  if (root == HxDisplaySystemDataCapture::classToken()) object = std::make_unique<HxDisplaySystemDataCapture>();
-  if (root == HxSystemDataVector::classToken()) object = std::make_unique<HxSystemDataVector>();
-  if (root == HxOutputWriterVector::classToken()) object = std::make_unique<HxOutputWriterVector>();
-  EXPECT_NE(object, nullptr) << path << ": unknown root element";
-  HxXmlReader fileReader;
-  EXPECT_TRUE(object && fileReader.openFile(path.string()) && fileReader.readObject(*object)) << path;
+  while (reader.next() > 0 && reader.nodeKind() != HxXmlReader::StartElement) {
+  }
+  std::unique_ptr<HxXmlObject> object, candidates[] = {
+      std::make_unique<HxSystemDataCapture>(), std::make_unique<HxDisplaySystemDataCapture>(),
+      std::make_unique<HxSystemDataVector>(), std::make_unique<HxOutputWriterVector>()};
+  for (auto& candidate : candidates) {
+    if (candidate->token() == reader.name()) object = std::move(candidate);
+  }
+  EXPECT_TRUE(object && reader.readChild(*object)) << path;
   return object;
 }
 

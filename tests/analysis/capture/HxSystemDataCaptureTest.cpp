@@ -2,8 +2,6 @@
 // store over a scripted simulation, the system-level lookup (last match), pruning and level checks.
 
 #include <algorithm>
-#include <map>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -26,41 +24,61 @@ const Labels kPlacement = {"Translation X", "Translation Y", "Translation Z", "Q
                            "Quaternion 1",  "Quaternion 2",  "Quaternion 3"};
 const Labels kMotion = {"Linear X", "Linear Y", "Linear Z", "Angular X", "Angular Y", "Angular Z"};
 const Labels kForce = {"Force X", "Force Y", "Force Z", "Moment X", "Moment Y", "Moment Z"};
-const Labels kXyz = {"X", "Y", "Z"};
 
-// Column labels of one quantity under a prefix.
-void appendLabels(Labels& out, const std::string& prefix, const Labels& columns) {
-  for (const std::string& column : columns) out.push_back(prefix + ":" + column);
+// The value of manipulator m's quantity `offset` for link or end effector `element`, column c.
+double numbered(HxU32 m, int offset, int element, int column) {
+  return 1000.0 * (m + 1) + offset + 10 * element + column;
 }
 
-// Three manipulators of links "link0".."link2" and 2 end effectors, on the dynamic path. Every
-// value tells where it came from: 1000 (m + 1) + quantity offset + 10 element + column.
+// Expected columns: label and stored value side by side.
+struct Columns {
+  Labels labels = {"Time", "Point Path Index"};
+  std::vector<double> values = {0.25, 3.0};  // the stamp of captureAndStore()
+
+  // The columns `names` of manipulator m's quantity under `prefix`, numbered as the simulation.
+  Columns& add(HxU32 m, const std::string& prefix, int offset, int element, const Labels& names) {
+    for (std::size_t c = 0; c < names.size(); ++c) {
+      labels.push_back("Manip[" + std::to_string(m) + "]:" + prefix + (names[c].empty() ? "" : ":" + names[c]));
+      values.push_back(numbered(m, offset, element, static_cast<int>(c)));
+    }
+    return *this;
+  }
+  // Removes the column labelled `label`; its label alone stays when `keepLabel` is set (after
+  // which labels and values no longer pair up, so that must be the last removal).
+  void remove(const std::string& label, bool keepLabel = false) {
+    const auto k = std::find(labels.begin(), labels.end(), label) - labels.begin();
+    ASSERT_LT(static_cast<std::size_t>(k), labels.size()) << label;
+    values.erase(values.begin() + k);
+    if (!keepLabel) labels.erase(labels.begin() + k);
+  }
+};
+
+// Three manipulators of links "link0".."link2" and 2 end effectors, on the dynamic path, with
+// values numbered so that each tells where it came from.
 class TwoManipulatorSystem : public ::testing::Test {
  protected:
   TwoManipulatorSystem() : simulation(3, 3, 2) {
     simulation.setDynamicsEnabled(true);
     for (HxU32 m = 0; m < 3; ++m) {
-      auto v = [m](int offset, int element, int column) { return 1000.0 * (m + 1) + offset + 10 * element + column; };
-      std::vector<double> positions, velocities;
-      std::vector<HxGeneralForce> forces;
-      for (int j = 0; j < 3; ++j) {
-        positions.push_back(v(100, j, 0));
-        velocities.push_back(v(200, j, 0));
-        forces.emplace_back(v(500, j, 0), v(500, j, 1), v(500, j, 2), v(500, j, 3), v(500, j, 4), v(500, j, 5));
-      }
-      simulation.setJointPositions(m, positions);
-      simulation.setJointVelocities(m, velocities);
-      simulation.externalForce(m).setForces(forces);
-      simulation.activeState(m).mutablePositionState().setCoordSystemXform(HxCoordSystemXform(
-          HxVector(v(300, 0, 0), v(300, 0, 1), v(300, 0, 2)),
-          HxOrientation(v(300, 0, 3), v(300, 0, 4), v(300, 0, 5), v(300, 0, 6))));
-      simulation.setCenterOfMass(m, HxVector(v(400, 0, 0), v(400, 0, 1), v(400, 0, 2)));
+      // Three consecutive numbered values from column c.
+      auto xyz = [m](int offset, int e, int c) {
+        return HxVector(numbered(m, offset, e, c), numbered(m, offset, e, c + 1), numbered(m, offset, e, c + 2));
+      };
+      auto quaternion = [m](int offset, int e) {
+        return HxOrientation(numbered(m, offset, e, 3), numbered(m, offset, e, 4), numbered(m, offset, e, 5),
+                             numbered(m, offset, e, 6));
+      };
+      simulation.setJointPositions(m, {numbered(m, 100, 0, 0), numbered(m, 100, 1, 0), numbered(m, 100, 2, 0)});
+      simulation.setJointVelocities(m, {numbered(m, 200, 0, 0), numbered(m, 200, 1, 0), numbered(m, 200, 2, 0)});
+      simulation.externalForce(m).setForces({HxGeneralForce(xyz(500, 0, 0), xyz(500, 0, 3)),
+                                             HxGeneralForce(xyz(500, 1, 0), xyz(500, 1, 3)),
+                                             HxGeneralForce(xyz(500, 2, 0), xyz(500, 2, 3))});
+      simulation.activeState(m).mutablePositionState().setCoordSystemXform(
+          HxCoordSystemXform(xyz(300, 0, 0), quaternion(300, 0)));
+      simulation.setCenterOfMass(m, xyz(400, 0, 0));
       for (int e = 0; e < 2; ++e) {
-        simulation.setEndEffectorPlacement(m, e, HxEndEffectorPlacement(HxVector(v(600, e, 0), v(600, e, 1), v(600, e, 2)),
-                                                                        HxOrientation(v(600, e, 3), v(600, e, 4),
-                                                                                      v(600, e, 5), v(600, e, 6))));
-        simulation.setEndEffectorVelocity(
-            m, e, HxGeneralMotion(v(700, e, 0), v(700, e, 1), v(700, e, 2), v(700, e, 3), v(700, e, 4), v(700, e, 5)));
+        simulation.setEndEffectorPlacement(m, e, HxEndEffectorPlacement(xyz(600, e, 0), quaternion(600, e)));
+        simulation.setEndEffectorVelocity(m, e, HxGeneralMotion(xyz(700, e, 0), xyz(700, e, 3)));
       }
     }
   }
@@ -78,71 +96,64 @@ class TwoManipulatorSystem : public ::testing::Test {
     return capture;
   }
 
-  static Labels expectedLabels() {
-    Labels labels = {"Time", "Point Path Index"};
-    appendLabels(labels, "Manip[2]:Base Positions", kPlacement);
-    appendLabels(labels, "Manip[2]:Center of Mass", kXyz);
-    labels.push_back("Manip[2]:link0:Joint Positions");
-    labels.push_back("Manip[2]:link1:Joint Positions");
-    appendLabels(labels, "Manip[2]:link1:External Forces", kForce);
-    labels.push_back("Manip[2]:link2:Joint Positions");
-    appendLabels(labels, "Manip[2]:EE[0]:End Effector Placements", kPlacement);
-    appendLabels(labels, "Manip[2]:EE[1]:End Effector Placements", kPlacement);
-    labels.push_back("Manip[0]:link2:Joint Velocities");
-    appendLabels(labels, "Manip[0]:EE[1]:End Effector Velocities", kMotion);
-    return labels;
+  // The columns of configure(), in the flat order: per manipulator as configured, its own
+  // quantities, then its links', then its end effectors'.
+  static Columns expectedColumns() {
+    return Columns()
+        .add(2, "Base Positions", 300, 0, kPlacement)
+        .add(2, "Center of Mass", 400, 0, {"X", "Y", "Z"})
+        .add(2, "link0:Joint Positions", 100, 0, {""})
+        .add(2, "link1:Joint Positions", 100, 1, {""})
+        .add(2, "link1:External Forces", 500, 1, kForce)
+        .add(2, "link2:Joint Positions", 100, 2, {""})
+        .add(2, "EE[0]:End Effector Placements", 600, 0, kPlacement)
+        .add(2, "EE[1]:End Effector Placements", 600, 1, kPlacement)
+        .add(0, "link2:Joint Velocities", 200, 2, {""})
+        .add(0, "EE[1]:End Effector Velocities", 700, 1, kMotion);
   }
 
-  // The value that a label names, by the numbering of the constructor.
-  static double valueNamedBy(const std::string& label) {
-    static const std::regex form(R"(Manip\[(\d)\]:(?:link(\d):|EE\[(\d)\]:)?([^:]+):?(.*))");
-    static const std::map<std::string, std::pair<int, Labels>> quantities = {
-        {"Joint Positions", {100, {""}}},         {"Joint Velocities", {200, {""}}},
-        {"Base Positions", {300, kPlacement}},     {"Center of Mass", {400, kXyz}},
-        {"External Forces", {500, kForce}},        {"End Effector Placements", {600, kPlacement}},
-        {"End Effector Velocities", {700, kMotion}}};
-    std::smatch match;
-    if (!std::regex_match(label, match, form) || quantities.count(match[4]) == 0) {
-      ADD_FAILURE() << "no value for " << label;
-      return -1.0;
-    }
-    const auto& [offset, columns] = quantities.at(match[4]);
-    const auto column = std::find(columns.begin(), columns.end(), match[5].str()) - columns.begin();
-    const int element = match[2].matched ? std::stoi(match[2]) : match[3].matched ? std::stoi(match[3]) : 0;
-    return 1000.0 * (std::stoi(match[1]) + 1) + offset + 10 * element + static_cast<double>(column);
+  // Captures, allocates a record, stamps and stores it, and returns its values.
+  std::vector<double> captureAndStore(const HxSystemDataCapture& capture, bool captured = true) {
+    EXPECT_EQ(capture.captureData(simulation), captured);
+    HxSystemDataStorage record;
+    capture.allocateStorage(record);
+    record.setTime(0.25);
+    record.setPathPointIndex(3);
+    EXPECT_TRUE(capture.storeData(record));
+    std::vector<double> values;
+    record.getRealElements(values, false);
+    return values;
   }
 
   HxScriptedSimulation simulation;
 };
 
+// The capture's flat values (getDataElements) as plain doubles.
+std::vector<double> flatValues(const HxSystemDataCapture& capture, double unwritten) {
+  HxSystemDataCapture::Values flat(40, HxXmlBasicType<double>(unwritten));
+  capture.getDataElements(flat);
+  std::vector<double> result;
+  for (const auto& value : flat.vectorContainer()) result.push_back(value.value());
+  return result;
+}
+
+// With nothing disabled the labels ("Time", "Point Path Index", then the "Manip[m]:" columns
+// with link and "EE[e]" prefixes) and the stored values agree one to one, manipulator 2 first
+// as configured; the capture's own flat values are the same, less time and index.
 TEST_F(TwoManipulatorSystem, LabelsAndFlatOrderAgreeOneToOneWhenNothingIsDisabled) {
   const HxSystemDataCapture capture = configure();
+  const Columns expected = expectedColumns();
   EXPECT_EQ(capture.elementSize(), 40u);
   Labels labels;
   capture.getStringElements(labels);
-  EXPECT_EQ(labels, expectedLabels());
-
-  // Capture, stamp and store: each value sits where its label says.
-  ASSERT_TRUE(capture.captureData(simulation));
-  HxSystemDataStorage record;
-  capture.allocateStorage(record);
-  record.setTime(0.25);
-  record.setPathPointIndex(3);
-  ASSERT_TRUE(capture.storeData(record));
-  std::vector<double> values;
-  record.getRealElements(values, false);
-  ASSERT_EQ(values.size(), labels.size());
-  EXPECT_EQ(values[0], 0.25);
-  EXPECT_EQ(values[1], 3.0);
-  for (std::size_t k = 2; k < labels.size(); ++k) EXPECT_EQ(values[k], valueNamedBy(labels[k])) << labels[k];
-
-  // The capture's own flat values are the same, less time and index.
-  HxSystemDataCapture::Values flat;
-  capture.getDataElements(flat);
-  ASSERT_EQ(flat.size(), 40u);
-  for (HxU32 k = 0; k < flat.size(); ++k) EXPECT_EQ(flat[k].value(), values[k + 2]) << labels[k + 2];
+  EXPECT_EQ(labels, expected.labels);
+  EXPECT_EQ(captureAndStore(capture), expected.values);
+  EXPECT_EQ(flatValues(capture, -7.0), std::vector<double>(expected.values.begin() + 2, expected.values.end()));
 }
 
+// Disabled columns: the record is sized by active columns; the label list keeps its full
+// length with empty strings at its end; a one-column type keeps its label (but not its
+// value); getDataElements packs the active values and leaves its tail unwritten.
 TEST_F(TwoManipulatorSystem, DisabledColumnsShrinkTheRecordButNotTheLabelList) {
   HxSystemDataCapture capture = configure();
   // Two columns of a 7-column type; the only column of a 1-column type; the last column of
@@ -157,43 +168,19 @@ TEST_F(TwoManipulatorSystem, DisabledColumnsShrinkTheRecordButNotTheLabelList) {
   EXPECT_FALSE(capture.setDisableFlags(2, 5u, HxEndEffectorPlacementDataCaptureTypeToken, flags({true})));
   EXPECT_EQ(capture.elementSize(), 40u);  // flags leave the element size alone
 
-  // Labels: full length, over a caller's longer list of stale text; the disabled columns of
-  // wide types leave empty strings at the end; the 1-column type keeps its label.
-  const Labels disabled = {"Manip[2]:Base Positions:Translation X", "Manip[2]:Base Positions:Quaternion 0",
-                           "Manip[2]:EE[1]:End Effector Placements:Quaternion 3"};
-  auto isDisabled = [&](const std::string& label) {
-    return std::find(disabled.begin(), disabled.end(), label) != disabled.end();
-  };
-  Labels expected;
-  for (const std::string& label : expectedLabels()) {
-    if (!isDisabled(label)) expected.push_back(label);
-  }
-  expected.resize(42);
+  Columns expected = expectedColumns();
+  expected.remove("Manip[2]:Base Positions:Translation X");
+  expected.remove("Manip[2]:Base Positions:Quaternion 0");
+  expected.remove("Manip[2]:EE[1]:End Effector Placements:Quaternion 3");
+  expected.remove("Manip[2]:link0:Joint Positions", true);
+  expected.labels.resize(42);
   Labels labels(50, std::string("stale text"));
   capture.getStringElements(labels);
-  EXPECT_EQ(labels, expected);
-
-  // The record is sized by active columns (40 - 4) and holds exactly the enabled values.
-  ASSERT_TRUE(capture.captureData(simulation));
-  HxSystemDataStorage record;
-  capture.allocateStorage(record);
-  EXPECT_EQ(record.elementSize(), 38u);
-  ASSERT_TRUE(capture.storeData(record));
-  std::vector<double> values;
-  record.getRealElements(values, true);
-  std::vector<double> enabled;
-  for (const std::string& label : expectedLabels()) {
-    if (label.rfind("Manip", 0) == 0 && label != "Manip[2]:link0:Joint Positions" && !isDisabled(label)) {
-      enabled.push_back(valueNamedBy(label));
-    }
-  }
-  EXPECT_EQ(values, enabled);
-
-  // getDataElements: full length, active values packed, the last 4 positions not written.
-  HxSystemDataCapture::Values flat(40, HxXmlBasicType<double>(-7.0));
-  capture.getDataElements(flat);
-  ASSERT_EQ(flat.size(), 40u);
-  for (HxU32 k = 0; k < 40; ++k) EXPECT_EQ(flat[k].value(), k < 36 ? enabled[k] : -7.0) << k;
+  EXPECT_EQ(labels, expected.labels);
+  EXPECT_EQ(captureAndStore(capture), expected.values);  // 2 + 40 - 4 values
+  std::vector<double> flat(expected.values.begin() + 2, expected.values.end());
+  flat.resize(40, -7.0);
+  EXPECT_EQ(flatValues(capture, -7.0), flat);
 }
 
 // An empty configuration captures but stores nothing and labels time and index only. A failed
@@ -211,17 +198,9 @@ TEST_F(TwoManipulatorSystem, CaptureAndStoreResults) {
 
   capture = configure();
   ASSERT_TRUE(capture.addLinkDataCaptureType(2, "noSuchLink", HxJointPositionDataCaptureTypeToken));
-  EXPECT_FALSE(capture.captureData(simulation));
-  capture.allocateStorage(record);
-  EXPECT_TRUE(capture.storeData(record));
-  std::vector<double> values;
-  record.getRealElements(values, false);
-  capture.getStringElements(labels);
-  ASSERT_EQ(values.size(), labels.size());
-  for (std::size_t k = 2; k < labels.size(); ++k) {
-    const bool unknown = labels[k].find("noSuchLink") != std::string::npos;
-    EXPECT_TRUE(unknown || values[k] == valueNamedBy(labels[k])) << labels[k] << " holds " << values[k];
-  }
+  std::vector<double> expected = expectedColumns().values;
+  expected.insert(expected.begin() + 2 + 7 + 3 + 1 + 1 + 6 + 1, 0.0);  // after link2, never captured
+  EXPECT_EQ(captureAndStore(capture, false), expected);
 }
 
 // Adds create a manipulator capture only when they succeed; an unknown or wrong-level token
@@ -246,10 +225,8 @@ TEST(HxSystemDataCapture, AddsCheckTokenAndLevelAndKeepTheElementSize) {
   EXPECT_EQ(capture, before);
   EXPECT_EQ(capture.elementSize(), 3u);
 
-  HxIndividualManipulator arm;
-  arm.addLink(HxLink("a", 0));
-  arm.addLink(HxLink("b", 1));
-  EXPECT_TRUE(capture.addLinkDataCaptureType(3, HxJointTorqueDataCaptureTypeToken, arm));
+  const HxScriptedSimulation arm(1, std::vector<std::string>{"a", "b"}, 0);
+  EXPECT_TRUE(capture.addLinkDataCaptureType(3, HxJointTorqueDataCaptureTypeToken, arm.manipulators()[0]));
   EXPECT_TRUE(capture.addEndEffectorDataCaptureType(3, HxEndEffectorVelocityDataCaptureType(), 2u));
   EXPECT_TRUE(capture.addEndEffectorDataCaptureType(3, 4u, HxReachTargetDataCaptureType()));
   EXPECT_TRUE(capture.isDataCaptureTypeIncluded(3, "a", HxJointTorqueDataCaptureTypeToken));

@@ -12,19 +12,16 @@
 
 namespace {
 
-using HxTypesTest::values;
-using HxTypesTest::zeros;
-
-const HxCoordSystemXform kActiveBase(HxVector(1, 2, 3), HxOrientation(0.5, 0.5, 0.5, 0.5));
-const HxCoordSystemXform kSystemBase(HxVector(4, 5, 6), HxOrientation(0.0, 1.0, 0.0, 0.0));
+using namespace HxTypesTest;
 
 // The base placement and velocity come from the active state with dynamics and from the
 // system state without (refused when there is none); the base acceleration from the dynamic
 // simulator. A missing active state is refused even when the system state has one.
 TEST(HxCartesianDataCaptureTypes, BaseQuantitiesReadTheStateOfTheirPath) {
   HxScriptedSimulation sim(2, 2, 1);
-  sim.activeState(1).mutablePositionState().setCoordSystemXform(kActiveBase);
-  sim.systemPositionState(1).setCoordSystemXform(kSystemBase);
+  sim.activeState(1).mutablePositionState().setCoordSystemXform(
+      HxCoordSystemXform(HxVector(1, 2, 3), HxOrientation(0.5, 0.5, 0.5, 0.5)));
+  sim.systemPositionState(1).setCoordSystemXform(HxCoordSystemXform(HxVector(4, 5, 6), HxOrientation(0, 1, 0, 0)));
   sim.activeState(1).mutableVelocityState().setBaseVelocity(HxGeneralMotion(1, 2, 3, 4, 5, 6));
   sim.systemVelocityState(1).setBaseVelocity(HxGeneralMotion(6, 5, 4, 3, 2, 1));
   sim.individualSimulator(1).setBaseAcceleration(HxGeneralMotion(7, 8, 9, 10, 11, 12));
@@ -33,29 +30,21 @@ TEST(HxCartesianDataCaptureTypes, BaseQuantitiesReadTheStateOfTheirPath) {
   HxBaseAccelerationDataCaptureType acceleration;
 
   sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(position.captureData(sim, 1, 99));
-  EXPECT_EQ(values(position), (std::vector<double>{1, 2, 3, 0.5, 0.5, 0.5, 0.5}));
-  EXPECT_TRUE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 3, 4, 5, 6}));
-  EXPECT_TRUE(acceleration.captureData(sim, 1, 0));
-  EXPECT_EQ(values(acceleration), (std::vector<double>{7, 8, 9, 10, 11, 12}));
-
+  EXPECT_EQ(capture(position, sim, 1, 99), captured({1, 2, 3, 0.5, 0.5, 0.5, 0.5}));
+  EXPECT_EQ(capture(velocity, sim, 1, 0), captured({1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(capture(acceleration, sim, 1, 0), captured({7, 8, 9, 10, 11, 12}));
   sim.setDynamicsEnabled(false);
-  EXPECT_TRUE(position.captureData(sim, 1, 0));
-  EXPECT_EQ(values(position), (std::vector<double>{4, 5, 6, 0, 1, 0, 0}));
-  EXPECT_TRUE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(velocity), (std::vector<double>{6, 5, 4, 3, 2, 1}));
+  EXPECT_EQ(capture(position, sim, 1, 0), captured({4, 5, 6, 0, 1, 0, 0}));
+  EXPECT_EQ(capture(velocity, sim, 1, 0), captured({6, 5, 4, 3, 2, 1}));
   sim.setSystemStatePresent(false);
-  EXPECT_FALSE(position.captureData(sim, 1, 0));
-  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(velocity), zeros(6));
+  EXPECT_EQ(capture(position, sim, 1, 0), refused(7));
+  EXPECT_EQ(capture(velocity, sim, 1, 0), refused(6));
 
   sim.setSystemStatePresent(true);
   sim.setDynamicsEnabled(true);
   sim.mutableActiveStates().resize(1);
-  EXPECT_FALSE(position.captureData(sim, 1, 0));
-  EXPECT_FALSE(velocity.captureData(sim, 1, 0));
-  EXPECT_EQ(values(position), zeros(7));
+  EXPECT_EQ(capture(position, sim, 1, 0), refused(7));
+  EXPECT_EQ(capture(velocity, sim, 1, 0), refused(6));
 }
 
 // The centre of mass is asked for the dynamic simulator's own active state, or for a state
@@ -69,32 +58,26 @@ TEST(HxCartesianDataCaptureTypes, CenterOfMassEvaluatesTheRightState) {
     return HxVector(state.positionState().jointPositions()[0], static_cast<double>(velocities.size()),
                     velocities.empty() ? -1.0 : velocities[0]);
   });
-  sim.individualSimulator(1).mutableActiveState() = HxManipulatorActiveState(2);
-  sim.individualSimulator(1).mutableActiveState().mutablePositionState().setJointPositions({0.25, 0});
-  sim.individualSimulator(1).mutableActiveState().mutableVelocityState().setJointVelocities({0.75, 0});
-  sim.activeState(1).mutablePositionState().setJointPositions({9, 9});
+  HxManipulatorActiveState& simulatorState = sim.individualSimulator(1).mutableActiveState();
+  simulatorState = HxManipulatorActiveState(2);
+  simulatorState.mutablePositionState().setJointPositions({0.25, 0});
+  simulatorState.mutableVelocityState().setJointVelocities({0.75, 0});
   sim.systemPositionState(1).setJointPositions({0.5, 0});
-  sim.systemVelocityState(1).setJointVelocities({8, 8});
   HxCenterOfMassDataCaptureType centerOfMass;
 
   sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(centerOfMass.captureData(sim, 1, 0));
-  EXPECT_EQ(values(centerOfMass), (std::vector<double>{0.25, 2, 0.75}));
-
+  EXPECT_EQ(capture(centerOfMass, sim, 1, 0), captured({0.25, 2, 0.75}));
   sim.setDynamicsEnabled(false);
-  EXPECT_TRUE(centerOfMass.captureData(sim, 1, 0));
-  EXPECT_EQ(values(centerOfMass), (std::vector<double>{0.5, 0, -1}));
+  EXPECT_EQ(capture(centerOfMass, sim, 1, 0), captured({0.5, 0, -1}));
   sim.setSystemStatePresent(false);
-  EXPECT_FALSE(centerOfMass.captureData(sim, 1, 0));
-  EXPECT_EQ(values(centerOfMass), zeros(3));
-  sim.setSystemStatePresent(true);
+  EXPECT_EQ(capture(centerOfMass, sim, 1, 0), refused(3));
 
   // Fewer manipulators than states: refused on both paths.
+  sim.setSystemStatePresent(true);
   sim.mutableManipulators().resize(1);
-  EXPECT_FALSE(centerOfMass.captureData(sim, 1, 0));
+  EXPECT_EQ(capture(centerOfMass, sim, 1, 0), refused(3));
   sim.setDynamicsEnabled(true);
-  EXPECT_FALSE(centerOfMass.captureData(sim, 1, 0));
-  EXPECT_EQ(values(centerOfMass), zeros(3));
+  EXPECT_EQ(capture(centerOfMass, sim, 1, 0), refused(3));
 }
 
 // The end-effector placement is computed for the active state with dynamics and resolved from
@@ -112,20 +95,13 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorPlacementOnBothPaths) {
   HxEndEffectorPlacementDataCaptureType placement;
 
   sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(placement.captureData(sim, 0, 1));
-  EXPECT_EQ(values(placement), (std::vector<double>{0.3, 1, 0, 0, 0, 0, 1}));
-
-  // No active state for the manipulator: the working state of the last sample is used.
+  EXPECT_EQ(capture(placement, sim, 0, 1), captured({0.3, 1, 0, 0, 0, 0, 1}));
   sim.mutableActiveStates().clear();
-  EXPECT_TRUE(placement.captureData(sim, 0, 0));
-  EXPECT_EQ(values(placement), (std::vector<double>{0.3, 0, 0, 0, 0, 0, 1}));
-
+  EXPECT_EQ(capture(placement, sim, 0, 0), captured({0.3, 0, 0, 0, 0, 0, 1})) << "the last working state";
   sim.setDynamicsEnabled(false);
-  EXPECT_TRUE(placement.captureData(sim, 0, 1));
-  EXPECT_EQ(values(placement), (std::vector<double>{7, 8, 9, 0, 1, 0, 0}));
+  EXPECT_EQ(capture(placement, sim, 0, 1), captured({7, 8, 9, 0, 1, 0, 0}));
   sim.mutableEndEffectorPlacements().clear();
-  EXPECT_FALSE(placement.captureData(sim, 0, 1));
-  EXPECT_EQ(values(placement), zeros(7));
+  EXPECT_EQ(capture(placement, sim, 0, 1), refused(7));
 }
 
 // The end-effector velocity and acceleration are the end effector's answers for the working
@@ -150,26 +126,16 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorMotionUsesTheWorkingState) {
   HxEndEffectorAccelerationDataCaptureType acceleration;
 
   sim.setDynamicsEnabled(true);
-  EXPECT_TRUE(velocity.captureData(sim, 0, 1));
-  EXPECT_EQ(values(velocity), (std::vector<double>{1, 2, 0, 0, 0, 1}));
-  EXPECT_TRUE(acceleration.captureData(sim, 0, 1));
-  EXPECT_EQ(values(acceleration), (std::vector<double>{2.5, 0, 0, 0, 0, 1}));
-
+  EXPECT_EQ(capture(velocity, sim, 0, 1), captured({1, 2, 0, 0, 0, 1}));
+  EXPECT_EQ(capture(acceleration, sim, 0, 1), captured({2.5, 0, 0, 0, 0, 1}));
   sim.setDynamicsEnabled(false);
-  EXPECT_TRUE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(values(velocity), (std::vector<double>{3, 4, 0, 0, 0, 0}));
-
-  // Only the position entry is there: the velocity of the last sample stays.
+  EXPECT_EQ(capture(velocity, sim, 0, 0), captured({3, 4, 0, 0, 0, 0}));
   sim.systemPositionState(0).setJointPositions({5});
   sim.mutableSystemVelocityStates().clear();
-  EXPECT_TRUE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(values(velocity), (std::vector<double>{5, 4, 0, 0, 0, 0}));
-
-  // No system state at all: the working state stays as it was.
+  EXPECT_EQ(capture(velocity, sim, 0, 0), captured({5, 4, 0, 0, 0, 0})) << "only the position entry is there";
   sim.systemPositionState(0).setJointPositions({6});
   sim.setSystemStatePresent(false);
-  EXPECT_TRUE(velocity.captureData(sim, 0, 0));
-  EXPECT_EQ(values(velocity), (std::vector<double>{5, 4, 0, 0, 0, 0}));
+  EXPECT_EQ(capture(velocity, sim, 0, 0), captured({5, 4, 0, 0, 0, 0})) << "no system state: nothing refreshed";
 }
 
 }  // namespace

@@ -14,8 +14,7 @@
 
 namespace {
 
-using HxTypesTest::values;
-using HxTypesTest::zeros;
+using namespace HxTypesTest;
 
 // A power converter that is not a DC electric motor.
 class HydraulicActuator : public HxBasePowerConverter {};
@@ -32,16 +31,11 @@ TEST(HxForcePowerDataCaptureTypes, ExternalAndStructuralForceOfALink) {
   HxExternalForceDataCaptureType external;
   HxStructuralForceDataCaptureType structural;
 
-  EXPECT_TRUE(external.captureData(sim, 1, 1));
-  EXPECT_EQ(values(external), (std::vector<double>{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(capture(external, sim, 1, 1), captured({1, 2, 3, 4, 5, 6}));
   sim.mutableManipulatorExternalForces().resize(1);
-  EXPECT_FALSE(external.captureData(sim, 1, 1));
-  EXPECT_EQ(values(external), zeros(6));
-
-  EXPECT_TRUE(structural.captureData(sim, 1, 1));
-  EXPECT_EQ(values(structural), (std::vector<double>{6, 5, 4, 3, 2, 1}));
-  EXPECT_FALSE(structural.captureData(sim, 1, 0));
-  EXPECT_EQ(values(structural), zeros(6));
+  EXPECT_EQ(capture(external, sim, 1, 1), refused(6));
+  EXPECT_EQ(capture(structural, sim, 1, 1), captured({6, 5, 4, 3, 2, 1}));
+  EXPECT_EQ(capture(structural, sim, 1, 0), refused(6)) << "not valid";
 }
 
 // Manipulator power sums torque times velocity over the joints that have both; it needs power
@@ -54,14 +48,11 @@ TEST(HxForcePowerDataCaptureTypes, ManipulatorPowerSumsTorqueTimesVelocity) {
   sim.activeState(1).mutableVelocityState().setJointVelocities({4.0, 0.5});
   HxManipulatorPowerDataCaptureType power;
 
-  EXPECT_TRUE(power.captureData(sim, 1, 77));
-  EXPECT_EQ(values(power), (std::vector<double>{1.5 * 4.0 + -2.0 * 0.5}));
+  EXPECT_EQ(capture(power, sim, 1, 77), captured({1.5 * 4.0 + -2.0 * 0.5}));
   sim.activeState(1).mutableVelocityState().setJointVelocities({3.0, 5.0, 7.0, 9.0});
-  EXPECT_TRUE(power.captureData(sim, 1, 0));
-  EXPECT_EQ(values(power), (std::vector<double>{1.5 * 3.0 + -2.0 * 5.0 + 100.0 * 7.0}));
+  EXPECT_EQ(capture(power, sim, 1, 0), captured({1.5 * 3.0 + -2.0 * 5.0 + 100.0 * 7.0}));
   sim.torque(1).setValues({});
-  EXPECT_TRUE(power.captureData(sim, 1, 0)) << "no joints: zero, and captured";
-  EXPECT_EQ(values(power), zeros(1));
+  EXPECT_EQ(capture(power, sim, 1, 0), captured({0})) << "no joints";
 
   sim.setPowerDataAvailable(false);
   EXPECT_FALSE(power.captureData(sim, 1, 0));
@@ -90,11 +81,9 @@ TEST(HxForcePowerDataCaptureTypes, MotorPowerOfADcMotor) {
   model.mutableJointDrive(1).setPowerConverter(std::make_shared<HydraulicActuator>());
   HxMotorPowerDataCaptureType power;
 
-  EXPECT_TRUE(power.captureData(sim, 0, 0));
-  EXPECT_EQ(values(power), (std::vector<double>{(2.0 * 3.0) * 4.0 / 0.5}));
-  EXPECT_FALSE(power.captureData(sim, 0, 1)) << "not a DC motor";
-  EXPECT_EQ(values(power), zeros(1));
-  EXPECT_FALSE(power.captureData(sim, 0, 2)) << "no converter";
+  EXPECT_EQ(capture(power, sim, 0, 0), captured({(2.0 * 3.0) * 4.0 / 0.5}));
+  EXPECT_EQ(capture(power, sim, 0, 1), refused(1)) << "not a DC motor";
+  EXPECT_EQ(capture(power, sim, 0, 2), refused(1)) << "no converter";
   sim.setPowerDataAvailable(false);
   EXPECT_FALSE(power.captureData(sim, 0, 0)) << "no power data";
   sim.setPowerDataAvailable(true);
@@ -108,8 +97,7 @@ TEST(HxForcePowerDataCaptureTypes, MotorPowerOfADcMotor) {
   sim.activeState(0).mutableVelocityState().setJointVelocities({3.0});
   EXPECT_TRUE(power.captureData(sim, 0, 0));
   model.setJointCount(0);
-  EXPECT_FALSE(power.captureData(sim, 0, 0));
-  EXPECT_EQ(values(power), zeros(1));
+  EXPECT_EQ(capture(power, sim, 0, 0), refused(1));
 }
 
 }  // namespace

@@ -2,19 +2,22 @@
 // two finite-difference velocities over several samples.
 
 #include <memory>
-#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "analysis/types/HxJointDataCaptureTypes.h"
 #include "simulation/HxScriptedSimulation.h"
+#include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {
 
+using namespace HxTypesTest;
+
 // Manipulator 1, joint 2 of a 2-manipulator, 5-joint simulation gets a different value in
 // every source, each holding 3 joints only, so that a test sees which source a type read and
-// that it checks the joint against that source, not against the joint count.
+// that it checks the joint against that source, not against the joint count (the sources
+// these types never read, the system state and the simulator's own active state, hold zeros).
 void setSources(HxScriptedSimulation& sim) {
   sim.activeState(1).mutablePositionState().setJointPositions({0, 0, 1.5});
   sim.controlOutputPositionState(1).setJointPositions({0, 0, 2.5});
@@ -24,57 +27,41 @@ void setSources(HxScriptedSimulation& sim) {
   sim.individualSimulator(1).setJointTorques({0, 0, 6.5});
   sim.controlInput(1).setValues({0, 0, 7.5});
   sim.torque(1).setValues({0, 0, 8.5});
-  // The system state and the simulator's own active state are never read by these types.
-  sim.systemPositionState(1).setJointPositions({0, 0, -1});
-  sim.systemVelocityState(1).setJointVelocities({0, 0, -1});
-  sim.individualSimulator(1).mutableActiveState().mutablePositionState().setJointPositions({0, 0, -1});
-  sim.individualSimulator(1).mutableActiveState().mutableVelocityState().setJointVelocities({0, 0, -1});
 }
 
-// The simple joint types with the value each reads after setSources() with and without
-// dynamics (0: refused, since the sources are all non-zero).
-struct JointType {
-  const char* name;
-  std::shared_ptr<HxDataCaptureType> type;
-  double dynamic;
-  double kinematic;
-};
-
-std::vector<JointType> simpleJointTypes() {
-  return {{"position", std::make_shared<HxJointPositionDataCaptureType>(), 1.5, 2.5},
-          {"velocity", std::make_shared<HxJointVelocityDataCaptureType>(), 3.5, 4.5},
-          {"acceleration", std::make_shared<HxJointAccelerationDataCaptureType>(), 5.5, 0},
-          {"torque", std::make_shared<HxJointTorqueDataCaptureType>(), 6.5, 0},
-          {"input", std::make_shared<HxControlInputDataCaptureType>(), 7.5, 0},
-          {"controlTorque", std::make_shared<HxControlTorqueDataCaptureType>(), 8.5, 0},
-          {"outputPosition", std::make_shared<HxControlOutputJointPositionDataCaptureType>(), 2.5, 2.5},
-          {"outputVelocity", std::make_shared<HxControlOutputJointVelocityDataCaptureType>(), 4.5, 4.5}};
-}
-
-// Each type reads its own source: the dynamics' with dynamics, the control output's without;
-// a joint or manipulator past the end of the type's own source gives false and a zero on both
-// paths, also after a filled buffer.
+// Each simple joint type reads its own source: the dynamics' with dynamics, the control
+// output's without (0: refused, since every source is non-zero); a joint or manipulator past
+// the end of the type's own source gives false and a zero on both paths, also after a filled
+// buffer.
 TEST(HxJointDataCaptureTypes, ReadTheirSourceOnEachPathAndRefuseIndicesPastIt) {
   HxScriptedSimulation sim(2, 5, 1);
   setSources(sim);
-  const std::vector<JointType> types = simpleJointTypes();
-  for (const JointType& row : types) {
+  const struct {
+    std::shared_ptr<const HxDataCaptureType> type;
+    double dynamic, kinematic;
+  } rows[] = {{std::make_shared<HxJointPositionDataCaptureType>(), 1.5, 2.5},
+              {std::make_shared<HxJointVelocityDataCaptureType>(), 3.5, 4.5},
+              {std::make_shared<HxJointAccelerationDataCaptureType>(), 5.5, 0},
+              {std::make_shared<HxJointTorqueDataCaptureType>(), 6.5, 0},
+              {std::make_shared<HxControlInputDataCaptureType>(), 7.5, 0},
+              {std::make_shared<HxControlTorqueDataCaptureType>(), 8.5, 0},
+              {std::make_shared<HxControlOutputJointPositionDataCaptureType>(), 2.5, 2.5},
+              {std::make_shared<HxControlOutputJointVelocityDataCaptureType>(), 4.5, 4.5}};
+  for (const auto& row : rows) {
     for (bool dynamics : {true, false}) {
-      SCOPED_TRACE(std::string(row.name) + (dynamics ? " dynamic" : " kinematic"));
+      SCOPED_TRACE(row.type->description() + (dynamics ? " dynamic" : " kinematic"));
       sim.setDynamicsEnabled(dynamics);
       const double expected = dynamics ? row.dynamic : row.kinematic;
-      EXPECT_EQ(row.type->captureData(sim, 1, 2), expected != 0.0);
-      EXPECT_EQ(row.type->data()[0].value(), expected);
-      EXPECT_FALSE(row.type->captureData(sim, 1, 3));
-      EXPECT_EQ(row.type->data()[0].value(), 0.0);
+      EXPECT_EQ(capture(*row.type, sim, 1, 2), Result(expected != 0.0, {expected}));
+      EXPECT_EQ(capture(*row.type, sim, 1, 3), refused(1));
     }
   }
   sim.setDynamicsEnabled(true);
   sim.mutableManipulatorControlInputs().resize(1);
-  EXPECT_FALSE(types[4].type->captureData(sim, 1, 2)) << "control input";
+  EXPECT_FALSE(rows[4].type->captureData(sim, 1, 2)) << "control input";
   sim.mutableIndividualSimulators().resize(1);
-  EXPECT_FALSE(types[2].type->captureData(sim, 1, 2)) << "acceleration";
-  EXPECT_FALSE(types[3].type->captureData(sim, 1, 2)) << "torque";
+  EXPECT_FALSE(rows[2].type->captureData(sim, 1, 2)) << "acceleration";
+  EXPECT_FALSE(rows[3].type->captureData(sim, 1, 2)) << "torque";
 }
 
 // One sample of a finite-difference velocity on a 1-manipulator, 2-joint simulation whose
@@ -82,10 +69,8 @@ TEST(HxJointDataCaptureTypes, ReadTheirSourceOnEachPathAndRefuseIndicesPastIt) {
 // 1, the indices asked for, and what the type returns and holds.
 struct Sample {
   const char* what;
-  double time;
-  double position;
-  HxU32 manipulator;
-  HxU32 joint;
+  double time, position;
+  HxU32 manipulator, joint;
   bool captured;
   double velocity;
   bool dynamics = false;
@@ -110,14 +95,14 @@ void expectSamples(const HxDataCaptureType& type, const std::vector<Sample>& sam
 // advanced (first sample, repeated time) and the difference quotient of the position when it
 // has; a refused sample does not move the history on; the dynamic path leaves it alone.
 TEST(HxJointDataCaptureTypes, JointVelocityDifferentiatesTheControlOutput) {
-  const HxJointVelocityDataCaptureType velocity;
-  expectSamples(velocity, {{"first sample: the control output's velocity", 0.5, 0.5, 0, 1, true, 7},
-                           {"a refused joint keeps time and position", 0.6, 0.9, 0, 2, false, 0},
-                           {"a refused manipulator keeps them too", 0.6, 0.9, 1, 1, false, 0},
-                           {"the dynamic path reads the active state", 0.6, 0.9, 0, 1, true, -3, true},
-                           {"a step: (0.51 - 0.5) / (0.6 - 0.5)", 0.6, 0.51, 0, 1, true, 0.1},
-                           {"the same time: the control output's velocity", 0.6, 0.8, 0, 1, true, 7},
-                           {"the next step starts from there: (1.0 - 0.8) / 0.5", 1.1, 1.0, 0, 1, true, 0.4}});
+  expectSamples(HxJointVelocityDataCaptureType(),
+                {{"first sample: the control output's velocity", 0.5, 0.5, 0, 1, true, 7},
+                 {"a refused joint keeps time and position", 0.6, 0.9, 0, 2, false, 0},
+                 {"a refused manipulator keeps them too", 0.6, 0.9, 1, 1, false, 0},
+                 {"the dynamic path reads the active state", 0.6, 0.9, 0, 1, true, -3, true},
+                 {"a step: (0.51 - 0.5) / (0.6 - 0.5)", 0.6, 0.51, 0, 1, true, 0.1},
+                 {"the same time: the control output's velocity", 0.6, 0.8, 0, 1, true, 7},
+                 {"the next step starts from there: (1.0 - 0.8) / 0.5", 1.1, 1.0, 0, 1, true, 0.4}});
   // Without a control-output velocity for the joint the sample is refused.
   HxScriptedSimulation sim(1, 2, 0);
   sim.controlOutputVelocityState(0).setJointVelocities({0.0});

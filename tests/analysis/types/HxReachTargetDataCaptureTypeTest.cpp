@@ -16,11 +16,11 @@ namespace {
 
 using HxTypesTest::values;
 
-double reached(const HxDataCaptureType& type) { return type.data()[0].value(); }
-double translationError(const HxDataCaptureType& type) { return type.data()[1].value(); }
-double orientationError(const HxDataCaptureType& type) { return type.data()[2].value(); }
-std::vector<double> events(const HxDataCaptureType& type) {
-  return {type.data()[17].value(), type.data()[18].value(), type.data()[19].value()};
+// `count` columns of the buffer from `first`: 0 reached, 1 translation and 2 orientation
+// error, 3-9 desired and 10-16 actual placement, 17-19 the event flags.
+std::vector<double> columns(const HxDataCaptureType& type, HxU32 first, HxU32 count) {
+  const std::vector<double> all = values(type);
+  return std::vector<double>(all.begin() + first, all.begin() + first + count);
 }
 
 HxOrientation turnedBy(double angle) { return HxOrientation::fromAxisAngle(HxVector(0, 0, 1), angle); }
@@ -46,35 +46,34 @@ TEST(HxReachTargetDataCaptureType, RecordsBothPlacementsErrorsAndEvents) {
   HxReachTargetDataCaptureType reach;
   for (bool dynamics : {true, false}) {
     scene.sim.setDynamicsEnabled(dynamics);
-    EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-    EXPECT_EQ(values(reach), (std::vector<double>{1, 0, 0, 1, 2, 3, 0.5, 0.5, 0.5, 0.5, 1, 2, 3, 0.5, 0.5, 0.5, 0.5,
-                                                  1, 0, 1}))
+    EXPECT_EQ(HxTypesTest::capture(reach, scene.sim, 0, 1),
+              HxTypesTest::captured({1, 0, 0, 1, 2, 3, 0.5, 0.5, 0.5, 0.5, 1, 2, 3, 0.5, 0.5, 0.5, 0.5, 1, 0, 1}))
         << "dynamics " << dynamics;
   }
   scene.sim.propagationResult(0) = HxPropagationResultData(false, true, false);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(events(reach), (std::vector<double>{0, 1, 0}));
+  EXPECT_EQ(columns(reach, 17, 3), (std::vector<double>{0, 1, 0}));
   scene.sim.mutablePropagationResults().clear();
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(events(reach), (std::vector<double>{0, 0, 0}));
+  EXPECT_EQ(columns(reach, 17, 3), (std::vector<double>{0, 0, 0}));
 }
 
 // The reached flag against both tolerances (0.001 by default): an error equal to a tolerance
 // counts as reached; the orientation counts for a frame end effector, not for a point one.
 TEST(HxReachTargetDataCaptureType, ReachedWithinBothTolerances) {
-  struct Case {
+  EXPECT_EQ(HxReachTargetDataCaptureType().translationTolerance(), 0.001);
+  EXPECT_EQ(HxReachTargetDataCaptureType().orientationTolerance(), 0.001);
+  const struct {
     const char* what;
-    double offset;
-    double angle;
+    double offset, angle;
     bool point;
     double reached;
-  };
-  const Case cases[] = {{"translation error at the tolerance", 0.001, 0, false, 1},
-                        {"translation error above it", 0.0011, 0, false, 0},
-                        {"orientation error above the tolerance, frame", 0, 0.01, false, 0},
-                        {"orientation error above the tolerance, point", 0, 0.01, true, 1},
-                        {"translation error above the tolerance, point", 0.0011, 0.01, true, 0}};
-  for (const Case& c : cases) {
+  } cases[] = {{"translation error at the tolerance", 0.001, 0, false, 1},
+               {"translation error above it", 0.0011, 0, false, 0},
+               {"orientation error above the tolerance, frame", 0, 0.01, false, 0},
+               {"orientation error above the tolerance, point", 0, 0.01, true, 1},
+               {"translation error above the tolerance, point", 0.0011, 0.01, true, 0}};
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
     Scene scene;
     scene.place(HxEndEffectorPlacement(HxVector(0, 0, 0), HxOrientation()),
@@ -83,61 +82,54 @@ TEST(HxReachTargetDataCaptureType, ReachedWithinBothTolerances) {
       ASSERT_TRUE(scene.sim.setEndEffectorToken(0, 1, HxControl::HxPointEndEffectorToken));
     }
     HxReachTargetDataCaptureType reach;
-    EXPECT_EQ(reach.translationTolerance(), 0.001);
-    EXPECT_EQ(reach.orientationTolerance(), 0.001);
     EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-    EXPECT_EQ(translationError(reach), c.offset);
-    EXPECT_NEAR(orientationError(reach), c.angle, 1e-12);
-    EXPECT_EQ(reached(reach), c.reached);
+    EXPECT_EQ(columns(reach, 0, 2), (std::vector<double>{c.reached, c.offset}));
+    EXPECT_NEAR(reach.data()[2].value(), c.angle, 1e-12);
   }
 
   // An orientation tolerance equal to the error is reached, one just below it is not.
   Scene scene;
   scene.place(HxEndEffectorPlacement(HxVector(1, 0, 0), HxOrientation()),
               HxEndEffectorPlacement(HxVector(1, 0, 0), kTurned));
-  double angle = 0.0;
-  HxVector axis;
-  HxOrientation().angleAxisBetween(kTurned, angle, axis);
   HxReachTargetDataCaptureType reach;
+  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
+  const double angle = reach.data()[2].value();
   reach.setOrientationTolerance(angle);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(orientationError(reach), angle);
-  EXPECT_EQ(reached(reach), 1.0);
+  EXPECT_EQ(columns(reach, 0, 3), (std::vector<double>{1, 0, angle}));
   reach.setOrientationTolerance(std::nextafter(angle, 0.0));
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(reached(reach), 0.0);
+  EXPECT_EQ(columns(reach, 0, 1), std::vector<double>{0});
 }
 
-// A sample without a desired placement for the end effector reuses the previous one.
+// A sample without a desired placement for the end effector, or for the manipulator, reuses
+// the previous one; a fresh object has the identity placement as its target.
 TEST(HxReachTargetDataCaptureType, KeepsTheLastDesiredPlacement) {
   Scene scene;
   HxReachTargetDataCaptureType reach;
   scene.place(HxEndEffectorPlacement(HxVector(0, 0, 0), HxOrientation()),
               HxEndEffectorPlacement(HxVector(4, 5, 6), kTurned));
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  const std::vector<double> first = values(reach);
-  EXPECT_EQ(first[3], 4.0);
+  const std::vector<double> desired = columns(reach, 3, 7);
+  EXPECT_EQ(desired[0], 4.0);
 
-  // No entry for the end effector, then none for the manipulator.
   scene.sim.desiredPlacementEntry(0).mutablePlacements().resize(1);
   scene.sim.setEndEffectorPlacement(0, 1, HxEndEffectorPlacement(HxVector(4, 5, 6), kTurned));
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  for (HxU32 i = 3; i < 10; ++i) EXPECT_EQ(reach.data()[i].value(), first[i]) << "column " << i;
-  EXPECT_EQ(reached(reach), 1.0) << "the actual placement reached the kept target";
-
+  EXPECT_EQ(columns(reach, 3, 7), desired);
+  EXPECT_EQ(columns(reach, 0, 1), std::vector<double>{1}) << "the actual placement reached the kept target";
   scene.sim.mutableDesiredEndEffectorPlacements().clear();
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  for (HxU32 i = 3; i < 10; ++i) EXPECT_EQ(reach.data()[i].value(), first[i]) << "column " << i;
+  EXPECT_EQ(columns(reach, 3, 7), desired);
 
-  // A fresh object has no target yet: the identity placement.
   HxReachTargetDataCaptureType fresh;
   EXPECT_TRUE(fresh.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(values(fresh)[3], 0.0);
-  EXPECT_EQ(values(fresh)[6], 1.0);
+  EXPECT_EQ(columns(fresh, 3, 7), (std::vector<double>{0, 0, 0, 1, 0, 0, 0}));
 }
 
 // The actual and desired placements are computed for the active state with dynamics and for
-// the system state without; a manipulator without an entry keeps the previous working state.
+// the system state without; a manipulator without both system entries keeps the previous
+// working state.
 TEST(HxReachTargetDataCaptureType, UsesTheWorkingStateOfItsPath) {
   Scene scene;
   scene.sim.kinematics(0).setPlacementFunction([](HxU32, const HxManipulatorActiveState& state) {
@@ -149,27 +141,25 @@ TEST(HxReachTargetDataCaptureType, UsesTheWorkingStateOfItsPath) {
 
   scene.sim.setDynamicsEnabled(true);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 0));
-  EXPECT_EQ(reach.data()[10].value(), 0.25);
+  EXPECT_EQ(columns(reach, 10, 1), std::vector<double>{0.25});
   scene.sim.setDynamicsEnabled(false);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 0));
-  EXPECT_EQ(reach.data()[10].value(), 0.75);
+  EXPECT_EQ(columns(reach, 10, 1), std::vector<double>{0.75});
   scene.sim.mutableSystemVelocityStates().clear();
   scene.sim.systemPositionState(0).setJointPositions({0.5, 0});
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 0));
-  EXPECT_EQ(reach.data()[10].value(), 0.75) << "both system entries are needed";
+  EXPECT_EQ(columns(reach, 10, 1), std::vector<double>{0.75});
 }
 
 // The tolerances take part in comparison and copies.
 TEST(HxReachTargetDataCaptureType, ComparesTolerances) {
-  HxReachTargetDataCaptureType reach;
-  HxReachTargetDataCaptureType other;
+  HxReachTargetDataCaptureType reach, other;
   other.setTranslationTolerance(0.002);
   EXPECT_FALSE(reach.equality(&other));
   other = reach;
   other.setOrientationTolerance(0.1);
   EXPECT_FALSE(reach.equality(&other));
-  const HxReachTargetDataCaptureType copy(other);
-  EXPECT_TRUE(copy.equality(&other));
+  EXPECT_TRUE(HxReachTargetDataCaptureType(other).equality(&other));
 }
 
 }  // namespace

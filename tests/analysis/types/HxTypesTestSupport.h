@@ -3,9 +3,11 @@
 
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/types/HxDataCaptureTypes.h"
+#include "simulation/HxSystemSimulation.h"
 
 namespace HxTypesTest {
 
@@ -35,53 +37,45 @@ struct TypeRow {
 inline void PrintTo(const TypeRow& type, std::ostream* os) { *os << type.name; }
 
 template <class T>
-TypeRow row(const char* name, const char* description, HxU32 level, Labels labels, Succeeds succeeds, int order) {
+TypeRow row(std::string name, const char* description, HxU32 level, Labels labels, Succeeds succeeds, int order) {
+  name[0] = static_cast<char>(name[0] - 'A' + 'a');
   return TypeRow{name, &T::creator, &T::classToken, description, level, std::move(labels), succeeds, order};
 }
+// A row of class Hx<Name>DataCaptureType, whose token's local name is <name>DataCaptureType.
+#define HX_TYPE_ROW(Name, ...) row<Hx##Name##DataCaptureType>(#Name, __VA_ARGS__)
 
 /// The 21 classes.
 inline std::vector<TypeRow> allTypes() {
   return {
-      row<HxBaseAccelerationDataCaptureType>("baseAcceleration", "Base Accelerations", 0, kMotionLabels,
-                                             OnlyWithDynamics, 0),
-      row<HxBasePositionDataCaptureType>("basePosition", "Base Positions", 0, kPlacementLabels, OnBothPaths, 1),
-      row<HxBaseVelocityDataCaptureType>("baseVelocity", "Base Velocities", 0, kMotionLabels, OnBothPaths, 2),
-      row<HxCenterOfMassDataCaptureType>("centerOfMass", "Center of Mass", 0, {"X", "Y", "Z"}, OnBothPaths, 3),
-      row<HxManipulatorPowerDataCaptureType>("manipulatorPower", "Manipulator Power", 0, {"Manipulator Power"},
-                                             OnlyWithDynamics, 17),
-      row<HxControlInputDataCaptureType>("controlInput", "Control Input", 1, {"Control Input"}, OnlyWithDynamics,
-                                         -1),
-      row<HxControlOutputActualJointVelocityDataCaptureType>("controlOutputActualJointVelocity",
-                                                             "Control Output Actual Joint Velocities", 1,
-                                                             {"Joint Velocity"}, Never, -1),
-      row<HxControlOutputJointVelocityDataCaptureType>("controlOutputJointVelocity", "Control Output Joint Velocities",
-                                                       1, {"Joint Velocity"}, OnBothPaths, 16),
-      row<HxControlOutputJointPositionDataCaptureType>("controlOutputJointPosition", "Control Output Joint Positions",
-                                                       1, {"Joint Position"}, OnBothPaths, -1),
-      row<HxControlTorqueDataCaptureType>("controlTorque", "Control Torques", 1, {"Control Torque"}, OnlyWithDynamics,
-                                          4),
-      row<HxExternalForceDataCaptureType>("externalForce", "External Forces", 1, kForceLabels, OnlyWithDynamics, 8),
-      row<HxJointAccelerationDataCaptureType>("jointAcceleration", "Joint Accelerations", 1, {"Joint Acceleration"},
-                                              OnlyWithDynamics, 9),
-      row<HxJointPositionDataCaptureType>("jointPosition", "Joint Positions", 1, {"Joint Position"}, OnBothPaths, 10),
-      row<HxJointTorqueDataCaptureType>("jointTorque", "Joint Torques", 1, {"Joint Torque"}, OnlyWithDynamics, 12),
-      row<HxJointVelocityDataCaptureType>("jointVelocity", "Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths, 11),
-      row<HxMotorPowerDataCaptureType>("motorPower", "Motor Power", 1, {"Motor Power"}, OnlyWithDynamics, 13),
-      row<HxStructuralForceDataCaptureType>("structuralForce", "Structural Forces", 1, kForceLabels, OnlyWithDynamics,
-                                            15),
-      row<HxEndEffectorAccelerationDataCaptureType>("endEffectorAcceleration", "End Effector Accelerations", 2,
-                                                    kMotionLabels, OnlyWithDynamics, 5),
-      row<HxEndEffectorPlacementDataCaptureType>("endEffectorPlacement", "End Effector Placements", 2,
-                                                 kPlacementLabels, OnBothPaths, 6),
-      row<HxEndEffectorVelocityDataCaptureType>("endEffectorVelocity", "End Effector Velocities", 2, kMotionLabels,
-                                                OnBothPaths, 7),
-      row<HxReachTargetDataCaptureType>(
-          "reachTarget", "Reach Target", 2,
-          {"Target Reached", "Translation Error", "Orientation Error", "Desired X", "Desired Y", "Desired Z",
-           "Desired Quaternion 0", "Desired Quaternion 1", "Desired Quaternion 2", "Desired Quaternion 3",
-           "Actual X", "Actual Y", "Actual Z", "Actual Quaternion 0", "Actual Quaternion 1", "Actual Quaternion 2",
-           "Actual Quaternion 3", "Hit Joint Limit", "Hit Singularity", "Collision Occurred"},
-          OnBothPaths, 14),
+      HX_TYPE_ROW(BaseAcceleration, "Base Accelerations", 0, kMotionLabels, OnlyWithDynamics, 0),
+      HX_TYPE_ROW(BasePosition, "Base Positions", 0, kPlacementLabels, OnBothPaths, 1),
+      HX_TYPE_ROW(BaseVelocity, "Base Velocities", 0, kMotionLabels, OnBothPaths, 2),
+      HX_TYPE_ROW(CenterOfMass, "Center of Mass", 0, {"X", "Y", "Z"}, OnBothPaths, 3),
+      HX_TYPE_ROW(ManipulatorPower, "Manipulator Power", 0, {"Manipulator Power"}, OnlyWithDynamics, 17),
+      HX_TYPE_ROW(ControlInput, "Control Input", 1, {"Control Input"}, OnlyWithDynamics, -1),
+      HX_TYPE_ROW(ControlOutputActualJointVelocity, "Control Output Actual Joint Velocities", 1, {"Joint Velocity"},
+                  Never, -1),
+      HX_TYPE_ROW(ControlOutputJointVelocity, "Control Output Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths,
+                  16),
+      HX_TYPE_ROW(ControlOutputJointPosition, "Control Output Joint Positions", 1, {"Joint Position"}, OnBothPaths, -1),
+      HX_TYPE_ROW(ControlTorque, "Control Torques", 1, {"Control Torque"}, OnlyWithDynamics, 4),
+      HX_TYPE_ROW(ExternalForce, "External Forces", 1, kForceLabels, OnlyWithDynamics, 8),
+      HX_TYPE_ROW(JointAcceleration, "Joint Accelerations", 1, {"Joint Acceleration"}, OnlyWithDynamics, 9),
+      HX_TYPE_ROW(JointPosition, "Joint Positions", 1, {"Joint Position"}, OnBothPaths, 10),
+      HX_TYPE_ROW(JointTorque, "Joint Torques", 1, {"Joint Torque"}, OnlyWithDynamics, 12),
+      HX_TYPE_ROW(JointVelocity, "Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths, 11),
+      HX_TYPE_ROW(MotorPower, "Motor Power", 1, {"Motor Power"}, OnlyWithDynamics, 13),
+      HX_TYPE_ROW(StructuralForce, "Structural Forces", 1, kForceLabels, OnlyWithDynamics, 15),
+      HX_TYPE_ROW(EndEffectorAcceleration, "End Effector Accelerations", 2, kMotionLabels, OnlyWithDynamics, 5),
+      HX_TYPE_ROW(EndEffectorPlacement, "End Effector Placements", 2, kPlacementLabels, OnBothPaths, 6),
+      HX_TYPE_ROW(EndEffectorVelocity, "End Effector Velocities", 2, kMotionLabels, OnBothPaths, 7),
+      HX_TYPE_ROW(ReachTarget, "Reach Target", 2,
+                  {"Target Reached", "Translation Error", "Orientation Error", "Desired X", "Desired Y", "Desired Z",
+                   "Desired Quaternion 0", "Desired Quaternion 1", "Desired Quaternion 2", "Desired Quaternion 3",
+                   "Actual X", "Actual Y", "Actual Z", "Actual Quaternion 0", "Actual Quaternion 1",
+                   "Actual Quaternion 2", "Actual Quaternion 3", "Hit Joint Limit", "Hit Singularity",
+                   "Collision Occurred"},
+                  OnBothPaths, 14),
   };
 }
 
@@ -94,6 +88,15 @@ inline std::vector<double> values(const HxDataCaptureType& type) {
 
 /// The buffer of a refused capture with `n` columns.
 inline std::vector<double> zeros(HxU32 n) { return std::vector<double>(n, 0.0); }
+
+/// What captureData returned and what the buffer then holds, compared in one assertion.
+using Result = std::pair<bool, std::vector<double>>;
+inline Result capture(const HxDataCaptureType& type, const HxSystemSimulation& sim, HxU32 m, HxU32 element) {
+  const bool ok = type.captureData(sim, m, element);
+  return {ok, values(type)};
+}
+inline Result captured(std::vector<double> buffer) { return {true, std::move(buffer)}; }
+inline Result refused(HxU32 columns) { return {false, zeros(columns)}; }
 
 /// A disable-flag vector holding `values`.
 inline HxDataCaptureType::FlagVector flags(const std::vector<bool>& values) {
