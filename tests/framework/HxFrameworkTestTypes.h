@@ -29,37 +29,57 @@ inline const std::string kOpen = "<t:sample xmlns:t=\"" + kNs + "\">";
 
 inline HxToken testToken(const char* local) { return HxToken(kNs + local); }
 
-/// The boilerplate slots of a test compound, from its class token and operator==.
-template <class Derived>
+/// `piece` written `times` times in a row.
+inline std::string repeat(const std::string& piece, int times) {
+  std::string out;
+  for (int i = 0; i < times; ++i) out += piece;
+  return out;
+}
+
+/// True when `text` holds each of `pieces`, in this order.
+inline bool holdsInOrder(const std::string& text, const std::vector<std::string>& pieces) {
+  std::size_t at = 0;
+  for (const std::string& piece : pieces) {
+    if ((at = text.find(piece, at)) == std::string::npos) return false;
+    at += piece.size();
+  }
+  return true;
+}
+
+/// The boilerplate slots of a test compound named `kLocal` in kNs, equal by Derived's operator==.
+template <class Derived, const char* kLocal>
 class TestCompound : public HxXmlCompoundType {
  public:
   HxXmlObject* clone() const override { return new Derived(static_cast<const Derived&>(*this)); }
   HxXmlObject* newObject() const override { return new Derived(); }
   static HxXmlObject* creator() { return new Derived(); }
-  const HxToken& token() const override { return Derived::classToken(); }
+  static const HxToken& classToken() {
+    static const HxToken token = testToken(kLocal);
+    return token;
+  }
+  const HxToken& token() const override { return classToken(); }
   HxBoolean equality(const HxXmlObject* other) const override {
     const auto* same = dynamic_cast<const Derived*>(other);
     return same && static_cast<const Derived&>(*this) == *same;
   }
 };
 
-class Inner : public TestCompound<Inner> {
+inline constexpr char kInner[] = "inner";
+inline constexpr char kSample[] = "sample";
+
+class Inner : public TestCompound<Inner, kInner> {
  public:
   HxXmlBasicType<double> gain;
   HxXmlBasicType<std::string> label;
 
   bool operator==(const Inner& other) const { return gain == other.gain && label == other.label; }
-  static const HxToken& classToken() {
-    static const HxToken token = testToken("inner");
-    return token;
-  }
   void registerComponents() override {
     registerComponent(testToken("gain"), &gain);
     registerComponent(testToken("label"), &label);
   }
 };
 
-class Sample : public TestCompound<Sample> {
+class Sample : public TestCompound<Sample, kSample> {
  public:
   enum Mode : unsigned int { Idle = 0, Running = 1, Stopped = 7 };
 
@@ -87,10 +107,6 @@ class Sample : public TestCompound<Sample> {
     return name == other.name && time == other.time && count == other.count && enabled == other.enabled &&
            mode == other.mode && inner == other.inner && id == other.id && scale == other.scale &&
            unit == other.unit && foreign == other.foreign;
-  }
-  static const HxToken& classToken() {
-    static const HxToken token = testToken("sample");
-    return token;
   }
   void registerComponents() override {
     registerAttributeComponent(HxToken("id"), &id);

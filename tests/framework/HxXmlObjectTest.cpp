@@ -1,6 +1,7 @@
-// Compound, basic and enum types: round trips, order independence, read-only members,
-// refusal of unknown children and attributes and of bad values with file and line, copies,
-// and the polymorphic base with its creators and library list.
+// Serialisable objects: compound, basic and enum types (round trips, order independence,
+// read-only members, refusal of unknown children and attributes and of bad values with file and
+// line, copies), the polymorphic base with its creators and library list, the visitor's walk and
+// the XML Schema of an object.
 #include "framework/HxXmlCompoundType.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,8 @@
 #include <memory>
 
 #include "framework/HxXmlBaseVariableCompoundType.h"
+#include "framework/HxXmlObjectVisitor.h"
+#include "framework/HxXmlSchema.h"
 #include "framework/HxXmlTokens.h"
 #include "tests/framework/HxFrameworkTestTypes.h"
 
@@ -17,24 +20,19 @@ namespace {
 using namespace HxFrameworkTest;
 
 // Every kind of member is written (attributes, enum names, registration order) and read back
-// equal; the read-only member is written but not read.
+// equal; the read-only member is written but not read; writing what was read gives the same.
 TEST(HxXmlCompoundType, RoundTripOfEveryKindOfMember) {
   const Sample original = filledSample();
   const std::string document = written(original);
   Sample back;
   const ReadResult read = readInto(back, document);
-  EXPECT_TRUE(read.result);
-  EXPECT_TRUE(read.messages.empty());
-  EXPECT_TRUE(back == original) << document;
-  EXPECT_TRUE(back.specified() && back.inner.gain.specified());
-  EXPECT_NE(document.find("<ns1:version>v1</ns1:version>"), std::string::npos);
+  EXPECT_TRUE(read.result && read.messages.empty());
+  EXPECT_TRUE(back == original && back.specified() && back.inner.gain.specified()) << document;
   EXPECT_EQ(back.version.value(), "");
-  EXPECT_NE(document.find(" xmlns:ns1=\"" + kNs + "\" id=\"42\" ns1:scale=\"1e+21\" unit=\"millimetre\">"),
-            std::string::npos)
+  EXPECT_TRUE(holdsInOrder(document, {" xmlns:ns1=\"" + kNs + "\" id=\"42\" ns1:scale=\"1e+21\" unit=\"millimetre\">",
+                                      "<ns1:name>", "<ns1:time>", "<ns1:mode>stopped</ns1:mode>", "<ns1:inner>",
+                                      "<ns1:version>v1</ns1:version>"}))
       << document;
-  EXPECT_LT(document.find("<ns1:name>"), document.find("<ns1:time>"));
-  EXPECT_LT(document.find("<ns1:mode>stopped</ns1:mode>"), document.find("<ns1:inner>"));
-  // Writing what was read gives the same document but for the read-only member.
   back.version = std::string("v1");
   EXPECT_EQ(written(back), document);
 }
@@ -48,14 +46,12 @@ TEST(HxXmlCompoundType, SpecialDoublesAndLenientFormsRoundTrip) {
     sample.time = value;
     sample.scale = value;
     Sample back;
-    EXPECT_TRUE(readInto(back, written(sample)).result);
-    EXPECT_TRUE(back.time == sample.time && back.scale == sample.scale);
+    EXPECT_TRUE(readInto(back, written(sample)).result && back.time == sample.time && back.scale == sample.scale);
     EXPECT_TRUE(std::isnan(value) || std::signbit(back.time.value()) == std::signbit(value));  // NaN: no sign kept
   }
   Sample back;
   EXPECT_TRUE(readInto(back, kOpen + "<t:enabled> 1 </t:enabled><t:mode>1</t:mode></t:sample>").result);
-  EXPECT_TRUE(back.enabled.value());
-  EXPECT_EQ(back.mode.value(), Sample::Running);
+  EXPECT_TRUE(back.enabled.value() && back.mode.value() == Sample::Running);
 }
 
 // Children come in any order, comments and empty elements are fine, the read-only member is
@@ -66,22 +62,20 @@ TEST(HxXmlCompoundType, ChildrenAreReadInAnyOrderAndEmptyFormsWork) {
                                              "<!-- reversed --><t:inner><t:label>x</t:label><t:gain>2</t:gain>"
                                              "</t:inner><t:version/><t:count>3</t:count><t:name></t:name>"
                                              "<t:time>0.5</t:time><t:version>ignored</t:version></t:sample>\n");
-  EXPECT_TRUE(read.result);
-  EXPECT_TRUE(read.messages.empty());
+  EXPECT_TRUE(read.result && read.messages.empty());
   Sample expected;
   expected.inner.gain = 2.0;
   expected.inner.label = std::string("x");
   expected.count = 3u;
   expected.time = 0.5;
-  EXPECT_TRUE(back == expected);
-  EXPECT_EQ(back.version.value(), "");
+  EXPECT_TRUE(back == expected && back.version.value().empty());
   Sample empty;
-  EXPECT_TRUE(readInto(empty, "<t:sample xmlns:t=\"" + kNs + "\"/>").result);
-  EXPECT_TRUE(empty.specified());
+  EXPECT_TRUE(readInto(empty, "<t:sample xmlns:t=\"" + kNs + "\"/>").result && empty.specified());
 }
 
-// Unknown children and attributes and values that do not parse: false, one type-4 message
-// naming the function, file and line; the bad value is left alone and the rest is still read.
+// Unknown children (also a subtree 200 deep, within libxml2's limit) and attributes and values
+// that do not parse: false, one type-4 message naming the function, file and line; the bad value
+// is left alone and the rest is still read.
 TEST(HxXmlCompoundType, RefusedInputIsReportedAndTheRestIsRead) {
   const struct {
     std::string attributes, body, message;
@@ -90,6 +84,8 @@ TEST(HxXmlCompoundType, RefusedInputIsReportedAndTheRestIsRead) {
   } rows[] = {
       {"", "\n<t:bogus><deep><deeper/></deep></t:bogus>", "HxXmlCompoundType Error: element \"" + kNs +
        "bogus\" not registered.", 3, "HxXmlCompoundType::readValueFromToken"},
+      {"", repeat("<x>", 200) + repeat("</x>", 200), "HxXmlCompoundType Error: element \"x\" not registered.", 2,
+       "HxXmlCompoundType::readValueFromToken"},
       {" t:odd=\"1\"", "", "HxXmlCompoundType Error: attribute \"" + kNs + "odd\" not registered.", 2,
        "HxXmlCompoundType::readAttributeFromToken"},
       {" id=\"x\"", "", "HxXmlBasicType Error: attribute value \"x\" is not an unsigned integer.", 2,
@@ -113,9 +109,8 @@ TEST(HxXmlCompoundType, RefusedInputIsReportedAndTheRestIsRead) {
                                      "\n<t:sample xmlns:t=\"" + kNs + "\"" + row.attributes + ">" + row.body +
                                          "<t:inner><t:label>rest</t:label></t:inner></t:sample>",
                                      "v.xml");
-    EXPECT_FALSE(read.result);
     ASSERT_EQ(read.messages.size(), 1u);
-    EXPECT_EQ(read.messages[0].type, Hx::Print::Error);
+    EXPECT_TRUE(!read.result && read.messages[0].type == Hx::Print::Error);
     EXPECT_EQ(read.messages[0].text, row.message + "\n\tFile: v.xml\n\tLine: " + std::to_string(row.line) + "\n");
     EXPECT_NE(read.messages[0].context.find(row.context), std::string::npos) << read.messages[0].context;
     EXPECT_EQ(back.inner.label.value(), "rest");
@@ -135,8 +130,7 @@ TEST(HxXmlCompoundType, CopiesRegisterTheirOwnMembers) {
   for (const Sample* sample : {&copy, &assigned}) {
     const auto& components = sample->componentMap();
     ASSERT_EQ(components.size(), 8u);
-    EXPECT_EQ(components[0].object, &sample->name);
-    EXPECT_EQ(components[5].object, &sample->inner);
+    EXPECT_TRUE(components[0].object == &sample->name && components[5].object == &sample->inner);
     EXPECT_TRUE(components[6].readOnly && sample->isReadOnlyComponent(testToken("version")));
     EXPECT_TRUE(*sample == original);
   }
@@ -165,8 +159,7 @@ class Shelf : public HxXmlBaseVariableCompoundType {
 TEST(HxXmlBaseVariableCompoundType, CreatorsAndLibraryList) {
   Shelf shelf;
   const std::unique_ptr<HxXmlObject> made(shelf.newObjectFromToken(Inner::classToken()));
-  EXPECT_TRUE(dynamic_cast<Inner*>(made.get()));
-  EXPECT_EQ(shelf.newObjectFromToken(HxToken("nothing")), nullptr);
+  EXPECT_TRUE(dynamic_cast<Inner*>(made.get()) && shelf.newObjectFromToken(HxToken("nothing")) == nullptr);
   HxXmlBaseVariableCompoundType::registerLibrary("libhxTestModule");
   shelf.setAddLibraries({"libhxTestModule", "with \"quotes\" and blanks"});
   const std::string document = written(shelf);
@@ -177,9 +170,8 @@ TEST(HxXmlBaseVariableCompoundType, CreatorsAndLibraryList) {
 
   Shelf back;
   const ReadResult read = readInto(back, document, "shelf.xml");
-  EXPECT_FALSE(read.result);  // the second library is not present
   ASSERT_EQ(read.messages.size(), 1u);
-  EXPECT_EQ(read.messages[0].type, Hx::Print::Error);
+  EXPECT_TRUE(!read.result && read.messages[0].type == Hx::Print::Error);  // the second library is not present
   EXPECT_EQ(read.messages[0].text,
             "HxXmlBaseVariableCompoundType Error: library \"with \"quotes\" and blanks\" is not available.\n");
   EXPECT_EQ(back.addLibraries(), shelf.addLibraries());
@@ -187,8 +179,91 @@ TEST(HxXmlBaseVariableCompoundType, CreatorsAndLibraryList) {
   HxXmlBaseVariableCompoundType::registerLibrary("with \"quotes\" and blanks");
   EXPECT_TRUE(readInto(back, document).result);
   const Shelf copy(back);
-  EXPECT_EQ(copy.addLibraries(), shelf.addLibraries());
-  EXPECT_EQ(copy.creatorMap().size(), 1u);
+  EXPECT_TRUE(copy.addLibraries() == shelf.addLibraries() && copy.creatorMap().size() == 1u);
+}
+
+class Recorder : public HxXmlObjectVisitor {
+ public:
+  std::vector<std::string> entered;  // "depth:local name"
+  std::vector<std::string> exited;
+  bool descendIntoInner = true;
+
+  HxBoolean enter(const HxXmlObject* object) override {
+    const std::string& token = descriptions().at(1);
+    entered.push_back(std::to_string(depth()) + ":" + token.substr(token.rfind('#') + 1));
+    EXPECT_EQ(currentObject(), object);
+    return descendIntoInner || object->token() != Inner::classToken();
+  }
+  void exit(const HxXmlObject* object) override { exited.push_back(object->token().token()); }
+};
+
+// Every member is entered under its own token at its depth (attributes first), exit comes after
+// the children, the description list holds type name and token; a false entry hook or the depth
+// gate keeps the visitor out of the children.
+TEST(HxXmlObjectVisitor, WalksCompoundsInRegistrationOrder) {
+  Recorder recorder;
+  recorder.setCurrentToken(Sample::classToken());
+  Sample().accept(&recorder);
+  EXPECT_EQ(recorder.entered, (std::vector<std::string>{"0:sample", "1:id", "1:scale", "1:unit", "1:name", "1:time",
+                                                        "1:count", "1:enabled", "1:mode", "1:inner", "2:gain",
+                                                        "2:label", "1:version", "1:foreign"}));
+  EXPECT_EQ(recorder.exited.size(), recorder.entered.size());
+  EXPECT_EQ(recorder.exited.back(), Sample::classToken().token());
+  EXPECT_EQ(recorder.depth(), 0);
+  ASSERT_EQ(recorder.descriptions().size(), 2u);  // of the last object
+  EXPECT_NE(recorder.descriptions()[0].find("HxXmlBasicType"), std::string::npos);
+
+  Recorder noInner;
+  noInner.descendIntoInner = false;
+  Sample().accept(&noInner);
+  EXPECT_EQ(noInner.entered.size(), 12u);  // gain and label not visited
+  Recorder shallow;
+  shallow.setMaxDepth(0);
+  Sample().accept(&shallow);
+  EXPECT_EQ(shallow.entered, (std::vector<std::string>{"0:"}));
+}
+
+// The writer's output (special doubles, an enum value without a name, a nested compound, a
+// member of a foreign namespace) validates; a bad number, enum name, child or attribute does not.
+TEST(HxXmlSchema, WriterOutputValidatesAgainstTheSchema) {
+  if (!xmllintAvailable()) GTEST_SKIP() << "xmllint is not installed";
+  const std::string schemaPath = testing::TempDir() + "hx_schema_test.xsd";
+  Sample sample = filledSample();
+  sample.time = -1.0 / 0.0;
+  sample.inner.gain = 0.0 / 0.0;
+  sample.mode = 5u;  // no name: written as decimal
+  ASSERT_TRUE(sample.createSchema(schemaPath, sample.token()));
+  const std::string instance = written(sample);
+  const std::string validate = "--schema '" + schemaPath + "'";
+  EXPECT_TRUE(xmllintAccepts(instance, validate)) << instance;
+
+  const std::pair<std::string, std::string> breaks[] = {{">4294967295<", ">fast<"},
+                                                         {"millimetre", "inch"},
+                                                         {"<ns1:count>", "<ns1:bogus/><ns1:count>"},
+                                                         {" id=\"42\"", " nope=\"42\""}};
+  for (const auto& [from, to] : breaks) {
+    const std::size_t at = instance.find(from);
+    ASSERT_NE(at, std::string::npos) << from;
+    EXPECT_FALSE(xmllintAccepts(std::string(instance).replace(at, from.size(), to), validate)) << to;
+  }
+  std::remove(schemaPath.c_str());
+}
+
+// The exact document for a scalar root: target namespace, qualification, simple type.
+TEST(HxXmlSchema, DocumentShape) {
+  std::ostringstream stream;
+  HxXmlSchema schema(stream);
+  ASSERT_TRUE(schema.writeDocument(HxXmlBasicType<unsigned int>(), HxToken("urn:x#count")));
+  EXPECT_EQ(stream.str(),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+            "<xs:schema xmlns:xs=\"http://www.w3.org/2001/XMLSchema\" targetNamespace=\"urn:x#\" "
+            "elementFormDefault=\"unqualified\" attributeFormDefault=\"unqualified\">\n"
+            "  <xs:element name=\"count\">\n"
+            "    <xs:simpleType>\n"
+            "      <xs:restriction base=\"xs:unsignedInt\"/>\n"
+            "    </xs:simpleType>\n"
+            "  </xs:element>\n"
+            "</xs:schema>\n");
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "tests/framework/HxFrameworkTestTypes.h"
 
 namespace {
@@ -11,13 +13,8 @@ namespace {
 using HxFrameworkTest::kOpen;
 using HxFrameworkTest::readInto;
 using HxFrameworkTest::ReadResult;
+using HxFrameworkTest::repeat;
 using HxFrameworkTest::Sample;
-
-std::string repeat(const std::string& piece, int times) {
-  std::string out;
-  for (int i = 0; i < times; ++i) out += piece;
-  return out;
-}
 
 // Kinds, names as full tokens, depths, lines and attributes (namespace declarations are not
 // attributes); comments, processing instructions and blank text are skipped.
@@ -38,8 +35,7 @@ TEST(HxXmlReader, NodeKindsNamesAttributesAndLines) {
     walk += "\n";
   }
   EXPECT_EQ(walk, "1 root 0@3 a=1 urn:x#b=two\n3 urn:x#empty 1@4\n1 text 1@5\n4 hi 2@5\n2 text 1\n2 root 0\n");
-  EXPECT_EQ(reader.next(), HxXmlReader::EndOfDocument);
-  EXPECT_FALSE(reader.hasError());
+  EXPECT_TRUE(reader.next() == HxXmlReader::EndOfDocument && !reader.hasError());
   EXPECT_STREQ(reader.fileName(), "kinds.xml");
   EXPECT_STREQ(reader.attributeValue(2), "");
 }
@@ -52,18 +48,14 @@ TEST(HxXmlReader, ReadTextAndReadChildKeepTheReaderInStep) {
   ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
   ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
   std::string text;
-  EXPECT_TRUE(reader.readText(text));
-  EXPECT_EQ(text, " x  y ");
-  EXPECT_EQ(reader.nodeKind(), HxXmlReader::EndElement);
+  EXPECT_TRUE(reader.readText(text) && text == " x  y " && reader.nodeKind() == HxXmlReader::EndElement) << text;
   ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
   class DoNothing : public HxXmlBasicType<std::string> {
     HxBoolean read(HxXmlReader&) override { return true; }
   } nothing;
-  EXPECT_TRUE(reader.readChild(nothing));
-  EXPECT_EQ(reader.nodeKind(), HxXmlReader::EndElement);
+  EXPECT_TRUE(reader.readChild(nothing) && reader.nodeKind() == HxXmlReader::EndElement);
   EXPECT_EQ(reader.name(), std::string("f"));
-  EXPECT_EQ(reader.next(), HxXmlReader::EndElement);
-  EXPECT_EQ(reader.next(), HxXmlReader::EndOfDocument);
+  EXPECT_TRUE(reader.next() == HxXmlReader::EndElement && reader.next() == HxXmlReader::EndOfDocument);
 }
 
 // A file is read like memory; a missing one is one message with the system's reason.
@@ -76,8 +68,7 @@ TEST(HxXmlReader, FileInputAndMissingFile) {
   EXPECT_TRUE(reader.openFile(path) && reader.readObject(sample) && sample.count.value() == 7u);
   std::remove(path.c_str());
   HxXmlReader missing;
-  EXPECT_FALSE(missing.openFile(path));
-  EXPECT_FALSE(missing.readObject(sample));
+  EXPECT_FALSE(missing.openFile(path) || missing.readObject(sample));
   ASSERT_EQ(capture.records().size(), 1u);
   EXPECT_EQ(capture.records()[0].type, Hx::Print::Error);
   EXPECT_EQ(capture.records()[0].text, path + ":0: cannot open file: No such file or directory\n");
@@ -129,30 +120,17 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
     SCOPED_TRACE(row.what);
     Sample sample;
     const ReadResult outcome = readInto(sample, row.text, "hostile.xml");
-    EXPECT_FALSE(outcome.result);
     ASSERT_EQ(outcome.messages.size(), std::string(row.what) == "10,000-deep nesting" ? 2u : 1u);
     const Hx::PrintRecord& last = outcome.messages.back();
-    EXPECT_EQ(last.type, Hx::Print::Error);
+    EXPECT_TRUE(!outcome.result && last.type == Hx::Print::Error);
     EXPECT_NE(last.context.find("HxXmlReader"), std::string::npos);
-    EXPECT_EQ(last.text.rfind("hostile.xml:", 0), 0u) << last.text;
-    EXPECT_NE(last.text.find_first_of("0123456789"), std::string::npos);
-    EXPECT_NE(last.text.find(row.fragment), std::string::npos) << last.text;
-    EXPECT_EQ(last.text.find(marker), std::string::npos);
-    EXPECT_EQ(last.text.find("root:"), std::string::npos);
-    EXPECT_EQ(outcome.standardError, "");
-    EXPECT_LT(outcome.seconds, 5.0);
-    EXPECT_EQ(sample.name.value(), "");
+    EXPECT_TRUE(std::regex_search(last.text, std::regex("^hostile\\.xml:[0-9]+: ")) &&
+                last.text.find(row.fragment) != std::string::npos)
+        << last.text;
+    EXPECT_TRUE(last.text.find(marker) == std::string::npos && last.text.find("root:") == std::string::npos);
+    EXPECT_TRUE(outcome.standardError.empty() && outcome.seconds < 5.0 && sample.name.value().empty());
   }
   std::remove(secretPath.c_str());
-}
-
-// 200 levels are within libxml2's depth limit: the unknown subtree is skipped, no parse error.
-TEST(HxXmlReader, ModerateNestingIsOnlyAnUnknownChild) {
-  Sample sample;
-  const ReadResult outcome = readInto(sample, kOpen + repeat("<x>", 200) + repeat("</x>", 200) + "</t:sample>");
-  EXPECT_FALSE(outcome.result);
-  ASSERT_EQ(outcome.messages.size(), 1u);
-  EXPECT_EQ(outcome.messages[0].text.rfind("HxXmlCompoundType Error: element \"x\" not registered.", 0), 0u);
 }
 
 }  // namespace

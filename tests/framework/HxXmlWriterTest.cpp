@@ -53,8 +53,7 @@ TEST(HxXmlWriter, LayoutIndentationAndNamespaces) {
     }
     EXPECT_EQ(writer.depth(), 1);
     writer.endElement();
-    EXPECT_EQ(writer.depth(), 0);
-    EXPECT_TRUE(writer.good());
+    EXPECT_TRUE(writer.depth() == 0 && writer.good());
   }
   EXPECT_EQ(stream.str(),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -104,24 +103,19 @@ TEST(HxXmlWriter, EscapingSurvivesReadingBack) {
 
   Hx::ScopedPrintCapture capture;
   HxXmlReader reader;
-  ASSERT_TRUE(reader.openMemory(document, "escaped.xml"));
-  ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
+  ASSERT_TRUE(reader.openMemory(document, "escaped.xml") && reader.next() == HxXmlReader::StartElement);
   ASSERT_EQ(reader.attributeCount(), 1);
   EXPECT_EQ(std::string(reader.attributeValue(0)), expected);
-  ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
   std::string text;
-  ASSERT_TRUE(reader.readText(text));
+  ASSERT_TRUE(reader.next() == HxXmlReader::StartElement && reader.readText(text));
   EXPECT_EQ(text, expected);
-  ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
-  ASSERT_EQ(reader.next(), HxXmlReader::Text);
+  ASSERT_TRUE(reader.next() == HxXmlReader::StartElement && reader.next() == HxXmlReader::Text);
   reader.setDataMode(1);
   std::vector<std::string> scalars;
   while (reader.nextScalar()) scalars.push_back(reader.scalar());
   EXPECT_EQ(scalars, (std::vector<std::string>{"-2.5e3", expected, "", "two words", "inf"}));
-  EXPECT_EQ(reader.nodeKind(), HxXmlReader::EndElement);
-  EXPECT_EQ(reader.name(), std::string("group"));
-  EXPECT_EQ(reader.dataMode(), 0);
-  EXPECT_TRUE(capture.records().empty());
+  EXPECT_TRUE(reader.nodeKind() == HxXmlReader::EndElement && reader.name() == std::string("group"));
+  EXPECT_TRUE(reader.dataMode() == 0 && capture.records().empty());
 }
 
 // Misuse stays well-formed: a stray end is ignored, an attribute without value is closed
@@ -148,8 +142,7 @@ TEST(HxXmlWriter, MisuseAndFailureStayWellFormed) {
   std::ostringstream failed;
   failed.setstate(std::ios::failbit);
   HxXmlWriter writer("", failed);
-  EXPECT_FALSE(writer.writeObject(HxXmlBasicType<double>(1.0), HxToken("x")));
-  EXPECT_FALSE(writer.good());
+  EXPECT_FALSE(writer.writeObject(HxXmlBasicType<double>(1.0), HxToken("x")) || writer.good());
   EXPECT_EQ(failed.str(), "");
 }
 
