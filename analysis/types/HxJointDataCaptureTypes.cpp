@@ -33,6 +33,22 @@ const std::vector<double>& activeJointPositionsOf(const HxManipulatorActiveState
 const std::vector<double>& activeJointVelocitiesOf(const HxManipulatorActiveState& state) {
   return state.velocityState().jointVelocities();
 }
+const std::vector<double>& jointAccelerationsOf(const HxIndividualDynamicSimulator& simulator) {
+  return simulator.jointAccelerations();
+}
+const std::vector<double>& jointTorquesOf(const HxIndividualDynamicSimulator& simulator) {
+  return simulator.jointTorques();
+}
+const std::vector<double>& controlInputsOf(const HxManipulatorControlInput& input) { return input.values(); }
+const std::vector<double>& controlTorquesOf(const HxManipulatorTorque& torque) { return torque.values(); }
+
+// As captureJointValue, for the quantities that exist only when the simulation integrates the
+// dynamics: false (with the column left at 0.0) when it does not.
+template <class Entry, class Select>
+HxBoolean captureDynamicJointValue(const HxSystemSimulation& simulation, const std::vector<Entry>& perManipulator,
+                                   HxU32 m, HxU32 j, Select select, double& column) {
+  return simulation.dynamicsEnabled() && captureJointValue(perManipulator, m, j, select, column);
+}
 }  // namespace
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointPositionDataCaptureType, HxSimAnalysis::HxJointPositionDataCaptureTypeToken,
@@ -107,15 +123,8 @@ HxBoolean HxJointAccelerationDataCaptureType::captureData(const HxSystemSimulati
                                                           const HxU32& manipulatorIndex,
                                                           const HxU32& elementIndex) const {
   resetData();
-  if (!simulation.dynamicsEnabled()) {
-    return false;
-  }
-  return captureJointValue(
-      simulation.individualSimulators(), manipulatorIndex, elementIndex,
-      [](const HxIndividualDynamicSimulator& simulator) -> const std::vector<double>& {
-        return simulator.jointAccelerations();
-      },
-      column(0));
+  return captureDynamicJointValue(simulation, simulation.individualSimulators(), manipulatorIndex, elementIndex,
+                                  jointAccelerationsOf, column(0));
 }
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointTorqueDataCaptureType, HxSimAnalysis::HxJointTorqueDataCaptureTypeToken,
@@ -125,15 +134,8 @@ HxBoolean HxJointTorqueDataCaptureType::captureData(const HxSystemSimulation& si
                                                     const HxU32& manipulatorIndex,
                                                     const HxU32& elementIndex) const {
   resetData();
-  if (!simulation.dynamicsEnabled()) {
-    return false;
-  }
-  return captureJointValue(
-      simulation.individualSimulators(), manipulatorIndex, elementIndex,
-      [](const HxIndividualDynamicSimulator& simulator) -> const std::vector<double>& {
-        return simulator.jointTorques();
-      },
-      column(0));
+  return captureDynamicJointValue(simulation, simulation.individualSimulators(), manipulatorIndex, elementIndex,
+                                  jointTorquesOf, column(0));
 }
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlInputDataCaptureType, HxSimAnalysis::HxControlInputDataCaptureTypeToken,
@@ -143,13 +145,8 @@ HxBoolean HxControlInputDataCaptureType::captureData(const HxSystemSimulation& s
                                                      const HxU32& manipulatorIndex,
                                                      const HxU32& elementIndex) const {
   resetData();
-  if (!simulation.dynamicsEnabled()) {
-    return false;
-  }
-  return captureJointValue(
-      simulation.manipulatorControlInputs(), manipulatorIndex, elementIndex,
-      [](const HxManipulatorControlInput& input) -> const std::vector<double>& { return input.values(); },
-      column(0));
+  return captureDynamicJointValue(simulation, simulation.manipulatorControlInputs(), manipulatorIndex, elementIndex,
+                                  controlInputsOf, column(0));
 }
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlTorqueDataCaptureType, HxSimAnalysis::HxControlTorqueDataCaptureTypeToken,
@@ -159,12 +156,8 @@ HxBoolean HxControlTorqueDataCaptureType::captureData(const HxSystemSimulation& 
                                                       const HxU32& manipulatorIndex,
                                                       const HxU32& elementIndex) const {
   resetData();
-  if (!simulation.dynamicsEnabled()) {
-    return false;
-  }
-  return captureJointValue(
-      simulation.manipulatorTorques(), manipulatorIndex, elementIndex,
-      [](const HxManipulatorTorque& torque) -> const std::vector<double>& { return torque.values(); }, column(0));
+  return captureDynamicJointValue(simulation, simulation.manipulatorTorques(), manipulatorIndex, elementIndex,
+                                  controlTorquesOf, column(0));
 }
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlOutputJointPositionDataCaptureType,
