@@ -17,9 +17,15 @@ HxBaseSystemDataComponent& HxBaseSystemDataComponent::operator=(const HxBaseSyst
 
 HxBaseSystemDataComponent::~HxBaseSystemDataComponent() = default;
 
-const HxElementText* HxBaseSystemDataComponent::elementText() const { return nullptr; }
+const HxElementText* HxBaseSystemDataComponent::elementText() const {
+  const auto* source = dynamic_cast<const HxElementSource*>(this);
+  return source != nullptr ? source->elementText() : nullptr;
+}
 
-const HxElementValues* HxBaseSystemDataComponent::elementValues() const { return nullptr; }
+const HxElementValues* HxBaseSystemDataComponent::elementValues() const {
+  const auto* source = dynamic_cast<const HxElementSource*>(this);
+  return source != nullptr ? source->elementValues() : nullptr;
+}
 
 HxBoolean HxBaseSystemDataComponent::write(HxXmlWriter& writer) const { return HxXmlCompoundType::write(writer); }
 

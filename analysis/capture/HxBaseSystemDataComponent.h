@@ -33,6 +33,20 @@ struct HxElementValues {
   std::size_t count = 0;
 };
 
+/// Offered, beside HxBaseSystemDataComponent, by components that keep their elements as one
+/// block of text and as reals (the sample record). Kept apart from the component's own virtual
+/// operations so that those keep their order.
+class HxElementSource {
+ public:
+  virtual ~HxElementSource() = default;
+  /// The string elements as one block of text, valid until the component next changes; null
+  /// when it has none.
+  virtual const HxElementText* elementText() const = 0;
+  /// The elements as reals, valid until the component next changes; null when they are not
+  /// numbers.
+  virtual const HxElementValues* elementValues() const = 0;
+};
+
 /// Abstract base of the system data components: a capture configuration
 /// (`HxSystemDataCapture`, kind 0) and a sample record (`HxSystemDataStorage`, kind 1). Both
 /// describe one sample element by element, so that output writers can treat them alike: the
@@ -49,13 +63,13 @@ class HxBaseSystemDataComponent : public HxXmlCompoundType {
   virtual unsigned int type() const = 0;
   /// Fills `elements` with the component's string elements (labels or values).
   virtual void getStringElements(std::vector<std::string>& elements) const = 0;
-  /// The string elements as one block of text, valid until the component next changes; null
-  /// (the default) when the component offers none, and writers then use `getStringElements`.
-  /// Does not allocate once the component has made its text for its current shape.
-  virtual const HxElementText* elementText() const;
-  /// The elements as reals, valid until the component next changes; null (the default) when
-  /// the component's elements are not numbers. Does not allocate once warm.
-  virtual const HxElementValues* elementValues() const;
+  /// The string elements as one block of text when the component is also an HxElementSource,
+  /// valid until the component next changes; null otherwise, and writers then use
+  /// `getStringElements`. Does not allocate.
+  const HxElementText* elementText() const;
+  /// The elements as reals when the component is also an HxElementSource; null otherwise.
+  /// Does not allocate.
+  const HxElementValues* elementValues() const;
 
   /// The compound type's write.
   HxBoolean write(HxXmlWriter& writer) const override;

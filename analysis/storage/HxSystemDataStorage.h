@@ -33,7 +33,7 @@
 ///
 /// Not thread-safe: `getStringElements`, `elementText` and `elementValues` are const but
 /// refresh the caches.
-class HxSystemDataStorage : public HxBaseSystemDataComponent {
+class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSource {
  public:
   using ManipulatorDataVector = HxXmlVectorType<HxManipulatorDataStorage>;
   using ValueVector = HxManipulatorDataStorage::ValueVector;
@@ -72,14 +72,6 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent {
   /// (time and index always included). See the class comment for the cache; no allocation once
   /// warm.
   void getStringElements(std::vector<std::string>& elements) const override;
-  /// The string elements of `getStringElements` as one block (see `HxElementText`), made at
-  /// most once per sample. Never null.
-  const HxElementText* elementText() const override;
-  /// The elements in flat order as reals: the time, the path-point index as a double, then the
-  /// values; as many as the element size, an element the record has no value for being 0 (its
-  /// text is empty). Element i's text is exactly element i of `getStringElements`. Never null.
-  const HxElementValues* elementValues() const override;
-
   virtual const ManipulatorDataVector& manipulatorDataVector() const;
   /// Replaces the per-manipulator data (and so the shape); call `computeElementSize` after.
   virtual void setManipulatorDataVector(const ManipulatorDataVector& data);
@@ -114,6 +106,14 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent {
   /// excluded, element 0 is the time and element 1 the path-point index, and the values follow.
   /// A record whose size was never computed yields an empty list instead of a wrapped size.
   virtual void getRealElements(std::vector<double>& out, bool excludeTimeAndIndex) const;
+
+  /// The string elements of `getStringElements` as one block (see `HxElementText`), made at
+  /// most once per sample. Never null.
+  const HxElementText* elementText() const override;
+  /// The elements in flat order as reals: the time, the path-point index as a double, then the
+  /// values; as many as the element size, an element the record has no value for being 0 (its
+  /// text is empty). Element i's text is exactly element i of `getStringElements`. Never null.
+  const HxElementValues* elementValues() const override;
 
  private:
   void invalidateText() {

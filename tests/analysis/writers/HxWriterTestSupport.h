@@ -16,7 +16,7 @@ namespace HxWriterTest {
 
 /// A system data component of a chosen kind whose string elements are given; with `block` it
 /// also offers them as a text block, laid out as `HxElementText` describes.
-class FakeComponent : public HxBaseSystemDataComponent {
+class FakeComponent : public HxBaseSystemDataComponent, public HxElementSource {
  public:
   FakeComponent(unsigned int kind, std::vector<std::string> strings, bool block = false)
       : kind_(kind), block_(block), strings_(std::move(strings)) {}
@@ -31,6 +31,7 @@ class FakeComponent : public HxBaseSystemDataComponent {
     text_ = {chars_.data(), offsets_.data(), strings_.size()};
     return &text_;
   }
+  const HxElementValues* elementValues() const override { return nullptr; }
 
   HxXmlObject* clone() const override { return new FakeComponent(*this); }
   HxXmlObject* newObject() const override { return new FakeComponent(kind_, {}); }
