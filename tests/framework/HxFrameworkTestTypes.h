@@ -3,6 +3,7 @@
 // an enum, attributes, a read-only member, a nested compound and a member of a second
 // namespace) and small helpers.
 
+#include <unistd.h>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -177,7 +178,7 @@ inline ReadResult readInto(HxXmlObject& object, const std::string& text, const s
 /// Runs xmllint with `arguments` on `document` (written to a temporary file); true when it
 /// succeeds. Call only when xmllintAvailable().
 inline bool xmllintAccepts(const std::string& document, const std::string& arguments = "") {
-  const std::string path = testing::TempDir() + "hx_xmllint_input.xml";
+  const std::string path = testing::TempDir() + std::to_string(::getpid()) + "_hx_xmllint_input.xml";
   std::ofstream(path, std::ios::binary) << document;
   const int status = std::system(("xmllint --noout " + arguments + " '" + path + "' >/dev/null 2>&1").c_str());
   std::remove(path.c_str());

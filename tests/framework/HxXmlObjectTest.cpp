@@ -2,6 +2,7 @@
 // read-only members, refusal of unknown children and attributes and of bad values with file and
 // line, copies), the polymorphic base with its creators and library list, the visitor's walk and
 // the XML Schema of an object.
+#include <unistd.h>
 #include "framework/HxXmlCompoundType.h"
 
 #include <gtest/gtest.h>
@@ -227,7 +228,7 @@ TEST(HxXmlObjectVisitor, WalksCompoundsInRegistrationOrder) {
 // member of a foreign namespace) validates; a bad number, enum name, child or attribute does not.
 TEST(HxXmlSchema, WriterOutputValidatesAgainstTheSchema) {
   if (!xmllintAvailable()) GTEST_SKIP() << "xmllint is not installed";
-  const std::string schemaPath = testing::TempDir() + "hx_schema_test.xsd";
+  const std::string schemaPath = testing::TempDir() + std::to_string(::getpid()) + "_hx_schema_test.xsd";
   Sample sample = filledSample();
   sample.time = -1.0 / 0.0;
   sample.inner.gain = 0.0 / 0.0;

@@ -1,5 +1,6 @@
 // The reader: node kinds, positioning, and hostile documents that must end in a
 // false return and one message naming file and line, never a crash, a hang or a leak.
+#include <unistd.h>
 #include "framework/HxXmlReader.h"
 
 #include <gtest/gtest.h>
@@ -60,7 +61,7 @@ TEST(HxXmlReader, ReadTextAndReadChildKeepTheReaderInStep) {
 
 // A file is read like memory; a missing one is one message with the system's reason.
 TEST(HxXmlReader, FileInputAndMissingFile) {
-  const std::string path = testing::TempDir() + "hx_reader_file.xml";
+  const std::string path = testing::TempDir() + std::to_string(::getpid()) + "_hx_reader_file.xml";
   std::ofstream(path) << kOpen << "<t:count>7</t:count></t:sample>\n";
   Hx::ScopedPrintCapture capture;
   HxXmlReader reader;
@@ -85,7 +86,7 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
               repeat("&lol" + (i > 1 ? std::to_string(i - 1) : std::string()) + ";", 10) + "\">\n";
   }
   laughs += "]>\n" + kOpen + "<t:name>&lol9;</t:name><t:inner t:x=\"&lol9;\"/></t:sample>\n";
-  const std::string secretPath = testing::TempDir() + "hx_reader_secret.txt";
+  const std::string secretPath = testing::TempDir() + std::to_string(::getpid()) + "_hx_reader_secret.txt";
   const std::string secret = "file://" + secretPath;
   const std::string marker = "TOP-SECRET-MARKER-4711";
   std::ofstream(secretPath) << marker << "\n";

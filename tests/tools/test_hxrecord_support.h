@@ -2,6 +2,7 @@
 // Helpers of the tool tests: scratch directories, files, running a built program, reading a
 // recorded CSV file, and the default scene's files.
 
+#include <unistd.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -20,7 +21,7 @@ namespace HxRecordTest {
 
 /// A fresh, empty directory for one test (removed first if it exists), with a trailing '/'.
 inline std::string scratchDirectory(const std::string& name) {
-  const std::filesystem::path directory = std::filesystem::path(::testing::TempDir()) / "hx_tool_tests" / name;
+  const std::filesystem::path directory = std::filesystem::path(::testing::TempDir()) / ("hx_tool_tests_" + std::to_string(::getpid())) / name;
   std::error_code code;
   std::filesystem::remove_all(directory, code);
   std::filesystem::create_directories(directory, code);

@@ -1,5 +1,6 @@
 // Module tokens (their text, their prefix when written) and the XML Schema of the containers
 // under module names: xmllint accepts what they write and rejects what breaks their form.
+#include <unistd.h>
 #include "analysis/xml/HxSimAnalysisTokens.h"
 
 #include <gtest/gtest.h>
@@ -76,8 +77,8 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 // a third pair member does not.
 TEST(HxXmlContainerSchema, WrittenContainersValidate) {
   if (std::system("command -v xmllint >/dev/null 2>&1") != 0) GTEST_SKIP() << "xmllint is not installed";
-  const std::string schemaPath = testing::TempDir() + "hx_container_schema.xsd";
-  const std::string instancePath = testing::TempDir() + "hx_container_instance.xml";
+  const std::string schemaPath = testing::TempDir() + std::to_string(::getpid()) + "_hx_container_schema.xsd";
+  const std::string instancePath = testing::TempDir() + std::to_string(::getpid()) + "_hx_container_instance.xml";
 
   Document document;
   document.labels.pushBack(std::string("a b"));

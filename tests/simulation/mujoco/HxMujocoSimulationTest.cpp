@@ -1,6 +1,7 @@
 // Tests of HxMujocoSimulation: real MuJoCo runs checked against the engine itself and against
 // physics (finite differences, energy balance, reaching, events).
 
+#include <unistd.h>
 #include "simulation/mujoco/HxMujocoSimulation.h"
 
 #include <gtest/gtest.h>
@@ -284,7 +285,7 @@ TEST_F(MujocoTest, ManipulatorWorkMatchesEnergyChange) {
   mjModel* m = nullptr;
   {
     // The reference instance compiles the same text through a file.
-    const std::string file = ::testing::TempDir() + "hx_planar_arm.xml";
+    const std::string file = ::testing::TempDir() + std::to_string(::getpid()) + "_hx_planar_arm.xml";
     FILE* out = std::fopen(file.c_str(), "w");
     ASSERT_NE(out, nullptr);
     std::fputs(kPlanarArm, out);

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 #include <mujoco/mujoco.h>
 
+#include <unistd.h>
+
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -18,8 +20,10 @@ inline std::vector<std::string>& engineWarnings() {
 }
 
 // Writes model text to a file of the test's temporary directory; returns its path.
+// The file name carries the process id: CTest runs the tests of one executable in parallel
+// processes, which must not write the same file.
 inline std::string writeModelFile(const std::string& name, const char* text) {
-  const std::string file = ::testing::TempDir() + name;
+  const std::string file = ::testing::TempDir() + std::to_string(::getpid()) + "_" + name;
   FILE* out = std::fopen(file.c_str(), "w");
   if (out) {
     std::fputs(text, out);
