@@ -9,7 +9,7 @@
 
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 
 /// The scripted simulation and a capture configuration over it, captured once.
 struct HxBenchScene {

@@ -17,7 +17,7 @@
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "bench/HxAllocationCounter.h"
 #include "simulation/HxBasePowerConverter.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 
 namespace {
 

@@ -37,7 +37,7 @@
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "bench/HxAllocationCounter.h"
 #include "bench/HxBenchScene.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 
 namespace {
 

@@ -1,16 +1,20 @@
 #pragma once
-// HxBasePowerConverter and HxDcElectricMotor: what drives a joint.
+/// \file
+/// HxBasePowerConverter and HxDcElectricMotor: what drives a joint.
 
 /// Base of everything that converts power to drive a joint (electric motor, hydraulic
 /// actuator, ...). Handed out by a joint drive as a pointer to this base; a caller recognises
 /// a particular kind by dynamic_cast.
 class HxBasePowerConverter {
  public:
+  /// Polymorphic base: destroyed through a pointer to it.
   virtual ~HxBasePowerConverter() = default;
 
  protected:
   HxBasePowerConverter() = default;
+  /// For derived classes' copies.
   HxBasePowerConverter(const HxBasePowerConverter&) = default;
+  /// For derived classes' assignments.
   HxBasePowerConverter& operator=(const HxBasePowerConverter&) = default;
 };
 
@@ -23,6 +27,7 @@ class HxDcElectricMotor : public HxBasePowerConverter {
   /// The number by which the mechanical power at the motor shaft is divided to give the
   /// motor's power: its efficiency, in (0, 1].
   double divisor() const { return divisor_; }
+  /// Replaces the divisor; not checked against (0, 1].
   void setDivisor(double divisor) { divisor_ = divisor; }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
-// HxEndEffector and the end-effector kind tokens of namespace HxControl.
+/// \file
+/// HxEndEffector and the end-effector kind tokens of namespace HxControl.
 
 #include "framework/HxToken.h"
 #include "framework/HxTypes.h"
@@ -8,6 +9,7 @@ class HxGeneralMotion;
 class HxIndividualManipulator;
 class HxManipulatorActiveState;
 
+/// Kind tokens of end effectors.
 namespace HxControl {
 /// Kind of an end effector that is a point: it has a position but no orientation to reach.
 inline const HxToken HxPointEndEffectorToken("pointEndEffector");
@@ -21,12 +23,14 @@ class HxEndEffector {
  public:
   /// End effector 0, a frame.
   HxEndEffector() : token_(HxControl::HxFrameEndEffectorToken) {}
+  /// End effector `index` of kind `token`; neither is checked.
   HxEndEffector(HxU32 index, const HxToken& token) : index_(index), token_(token) {}
 
   /// Index of the end effector within its manipulator.
   HxU32 index() const { return index_; }
   /// Kind of the end effector.
   const HxToken& token() const { return token_; }
+  /// Replaces the kind; not checked.
   void setToken(const HxToken& token) { token_ = token; }
 
   /// Writes the six motion components (linear X, Y, Z, angular X, Y, Z) of this end

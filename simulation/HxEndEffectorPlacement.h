@@ -1,5 +1,6 @@
 #pragma once
-// HxEndEffectorPlacement and HxManipulatorEndEffectorPlacement: where end effectors are.
+/// \file
+/// HxEndEffectorPlacement and HxManipulatorEndEffectorPlacement: where end effectors are.
 
 #include <utility>
 #include <vector>
@@ -16,8 +17,10 @@ class HxPositionState;
 class HxEndEffectorPlacement : public HxCoordSystemXform {
  public:
   HxEndEffectorPlacement() = default;
+  /// The placement with that translation and orientation.
   HxEndEffectorPlacement(const HxVector& translation, const HxOrientation& orientation)
       : HxCoordSystemXform(translation, orientation) {}
+  /// The placement `xform`; implicit, since a placement is a transformation.
   HxEndEffectorPlacement(const HxCoordSystemXform& xform) : HxCoordSystemXform(xform) {}  // NOLINT: a placement is a transformation
 };
 
@@ -30,9 +33,11 @@ class HxEndEffectorPlacement : public HxCoordSystemXform {
 /// kinematics says otherwise); endEffectorPlacement() turns entry e into a world placement.
 class HxManipulatorEndEffectorPlacement {
  public:
+  /// No placements.
   HxManipulatorEndEffectorPlacement() = default;
   /// `count` identity placements.
   explicit HxManipulatorEndEffectorPlacement(HxU32 count) : placements_(count) {}
+  /// The given placements, entry e for end effector e.
   explicit HxManipulatorEndEffectorPlacement(std::vector<HxEndEffectorPlacement> placements)
       : placements_(std::move(placements)) {}
 
@@ -42,7 +47,9 @@ class HxManipulatorEndEffectorPlacement {
   const HxEndEffectorPlacement& operator[](HxU32 e) const { return placements_[e]; }
   /// All held entries.
   const std::vector<HxEndEffectorPlacement>& placements() const { return placements_; }
+  /// Writable entries, for the simulation that refreshes them in place.
   std::vector<HxEndEffectorPlacement>& mutablePlacements() { return placements_; }
+  /// Replaces the entry of end effector `e`; `e` is not checked.
   void setPlacement(HxU32 e, const HxEndEffectorPlacement& placement) { placements_[e] = placement; }
 
   /// The world placement of end effector `e` computed from this entry for the position state

@@ -1,5 +1,6 @@
 #pragma once
-// HxIndividualDynamicSimulator: the dynamic simulation state of one manipulator.
+/// \file
+/// HxIndividualDynamicSimulator: the dynamic simulation state of one manipulator.
 
 #include <vector>
 
@@ -14,6 +15,7 @@
 /// acceleration state, held once.
 class HxIndividualDynamicSimulator {
  public:
+  /// No joints, no links.
   HxIndividualDynamicSimulator() = default;
   /// `jointCount` joints and `linkCount` link force states, all zero / not valid.
   HxIndividualDynamicSimulator(HxU32 jointCount, HxU32 linkCount)
@@ -32,15 +34,21 @@ class HxIndividualDynamicSimulator {
   /// The manipulator's state as the dynamics holds it.
   const HxManipulatorActiveState& activeState() const { return activeState_; }
 
-  /// Writable parts, for the simulation that refreshes them in place.
+  /// Writable active state, for the simulation that refreshes it in place.
   HxManipulatorActiveState& mutableActiveState() { return activeState_; }
+  /// Writable joint torques, for the simulation that refreshes them in place.
   std::vector<double>& mutableJointTorques() { return jointTorques_; }
+  /// Writable link force states, for the simulation that refreshes them in place.
   std::vector<HxLinkForceState>& mutableLinkForceStates() { return linkForceStates_; }
+  /// Replaces the active state (joint and base accelerations included).
   void setActiveState(const HxManipulatorActiveState& state) { activeState_ = state; }
+  /// Replaces the joint torques.
   void setJointTorques(const std::vector<double>& torques) { jointTorques_ = torques; }
+  /// Replaces the joint accelerations of the active state.
   void setJointAccelerations(const std::vector<double>& accelerations) {
     activeState_.mutableAccelerationState().setJointAccelerations(accelerations);
   }
+  /// Replaces the base acceleration of the active state.
   void setBaseAcceleration(const HxGeneralMotion& acceleration) {
     activeState_.mutableAccelerationState().setBaseAcceleration(acceleration);
   }

@@ -1,6 +1,7 @@
 #pragma once
-// HxIndividualManipulator: one manipulator's model (links, end effectors, joint drives and
-// kinematics), with HxLink and HxJointDrive.
+/// \file
+/// HxIndividualManipulator: one manipulator's model (links, end effectors, joint drives and
+/// kinematics), with HxLink and HxJointDrive.
 
 #include <memory>
 #include <optional>
@@ -22,10 +23,14 @@ class HxManipulatorActiveState;
 /// the joint/link index under which its per-joint data is held.
 class HxLink {
  public:
+  /// Empty identifier, index 0.
   HxLink() = default;
+  /// The link `identifier` whose per-joint data is held at `index`; neither is checked.
   HxLink(std::string identifier, HxU32 index) : identifier_(std::move(identifier)), index_(index) {}
 
+  /// Identifier of the link, unique within its manipulator.
   const std::string& identifier() const { return identifier_; }
+  /// Joint/link index under which the link's per-joint data is held.
   HxU32 index() const { return index_; }
 
  private:
@@ -39,14 +44,19 @@ class HxJointDrive {
  public:
   /// Ratio 1, no power converter.
   HxJointDrive() = default;
+  /// A drive of ratio `scaleFactor` with `converter` (null: none); the converter is shared, not
+  /// copied.
   explicit HxJointDrive(double scaleFactor, std::shared_ptr<const HxBasePowerConverter> converter = nullptr)
       : scaleFactor_(scaleFactor), converter_(std::move(converter)) {}
 
+  /// Drive speed per unit of joint speed.
   double scaleFactor() const { return scaleFactor_; }
   /// The power converter driving the joint, or null when there is none.
   const HxBasePowerConverter* powerConverter() const { return converter_.get(); }
 
+  /// Replaces the ratio; not checked.
   void setScaleFactor(double scaleFactor) { scaleFactor_ = scaleFactor; }
+  /// Replaces the power converter (null: none); the converter is shared, not copied.
   void setPowerConverter(std::shared_ptr<const HxBasePowerConverter> converter) { converter_ = std::move(converter); }
 
  private:
@@ -70,6 +80,7 @@ class HxIndividualManipulator {
 
   /// Name of the manipulator (for messages and engines); empty by default.
   const std::string& name() const { return name_; }
+  /// Replaces the name.
   void setName(const std::string& name) { name_ = name; }
 
   // Links.
@@ -84,6 +95,7 @@ class HxIndividualManipulator {
   void addLink(const HxLink& link) { links_.emplace_back(link); }
   /// Appends a link position that holds no link (link(position) gives null).
   void addAbsentLink() { links_.emplace_back(std::nullopt); }
+  /// Removes every link position.
   void clearLinks() { links_.clear(); }
 
   // End effectors.
@@ -92,6 +104,7 @@ class HxIndividualManipulator {
   HxU32 numberOfEndEffectors() const { return static_cast<HxU32>(endEffectors_.size()); }
   /// End effector `index`; `index` must be below numberOfEndEffectors() (not checked).
   const HxEndEffector& endEffector(HxU32 index) const { return endEffectors_[index]; }
+  /// All end effectors, by index.
   const std::vector<HxEndEffector>& endEffectors() const { return endEffectors_; }
   /// Appends an end effector of kind `token`; returns its index.
   HxU32 addEndEffector(const HxToken& token);
@@ -104,12 +117,15 @@ class HxIndividualManipulator {
   HxU32 jointCount() const { return static_cast<HxU32>(jointDrives_.size()); }
   /// The drive of joint `jointIndex`; the index must be below jointCount() (not checked).
   const HxJointDrive& jointDrive(HxU32 jointIndex) const { return jointDrives_[jointIndex]; }
+  /// The drive of joint `jointIndex`, writable; the index must be below jointCount() (not
+  /// checked).
   HxJointDrive& mutableJointDrive(HxU32 jointIndex) { return jointDrives_[jointIndex]; }
   /// Sets the number of joints; new joints get a default drive (ratio 1, no converter).
   void setJointCount(HxU32 count) { jointDrives_.resize(count); }
 
   // Kinematics.
 
+  /// The kinematics that answer the queries below; never null.
   const HxManipulatorKinematics& kinematics() const { return *kinematics_; }
   /// Replaces the kinematics; null selects the default one.
   void setKinematics(std::shared_ptr<const HxManipulatorKinematics> kinematics);

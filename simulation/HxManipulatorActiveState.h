@@ -1,5 +1,6 @@
 #pragma once
-// HxManipulatorActiveState: the working state on which a manipulator's kinematics are evaluated.
+/// \file
+/// HxManipulatorActiveState: the working state on which a manipulator's kinematics are evaluated.
 
 #include "framework/HxTypes.h"
 #include "simulation/HxAccelerationState.h"
@@ -32,18 +33,25 @@ class HxManipulatorActiveState {
   /// "commanded" position, so it is the current position state.
   const HxPositionState& activePositionState() const { return position_; }
 
+  /// Replaces the position state; no allocation when the joint count is unchanged.
   void setPositionState(const HxPositionState& state) { position_ = state; }
+  /// Replaces the velocity state; no allocation when the joint count is unchanged.
   void setVelocityState(const HxVelocityState& state) { velocity_ = state; }
+  /// Replaces the acceleration state; no allocation when the joint count is unchanged.
   void setAccelerationState(const HxAccelerationState& state) { acceleration_ = state; }
 
-  /// Writable parts, for the simulation that refreshes them in place.
+  /// Writable position state, for the simulation that refreshes it in place.
   HxPositionState& mutablePositionState() { return position_; }
+  /// Writable velocity state, for the simulation that refreshes it in place.
   HxVelocityState& mutableVelocityState() { return velocity_; }
+  /// Writable acceleration state, for the simulation that refreshes it in place.
   HxAccelerationState& mutableAccelerationState() { return acceleration_; }
 
+  /// Exact equality of the three states.
   bool operator==(const HxManipulatorActiveState& other) const {
     return position_ == other.position_ && velocity_ == other.velocity_ && acceleration_ == other.acceleration_;
   }
+  /// Negation of `operator==`.
   bool operator!=(const HxManipulatorActiveState& other) const { return !(*this == other); }
 
  private:

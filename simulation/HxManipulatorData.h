@@ -1,7 +1,8 @@
 #pragma once
-// Per-manipulator data the simulation hands out besides its states:
-// HxManipulatorControlInput, HxManipulatorTorque, HxManipulatorExternalForce,
-// HxLinkForceState and HxPropagationResultData.
+/// \file
+/// Per-manipulator data the simulation hands out besides its states:
+/// HxManipulatorControlInput, HxManipulatorTorque, HxManipulatorExternalForce,
+/// HxLinkForceState and HxPropagationResultData.
 
 #include <utility>
 #include <vector>
@@ -13,12 +14,16 @@
 /// joint torques for torque-controlled joints).
 class HxManipulatorControlInput {
  public:
+  /// No joints.
   HxManipulatorControlInput() = default;
+  /// The given values, one per joint.
   explicit HxManipulatorControlInput(std::vector<double> values) : values_(std::move(values)) {}
 
   /// The values, one per joint.
   const std::vector<double>& values() const { return values_; }
+  /// Writable values, for the simulation that refreshes them in place.
   std::vector<double>& mutableValues() { return values_; }
+  /// Replaces the values.
   void setValues(const std::vector<double>& values) { values_ = values; }
 
  private:
@@ -29,12 +34,16 @@ class HxManipulatorControlInput {
 /// manipulator, one per joint.
 class HxManipulatorTorque {
  public:
+  /// No joints.
   HxManipulatorTorque() = default;
+  /// The given torques, one per joint.
   explicit HxManipulatorTorque(std::vector<double> values) : values_(std::move(values)) {}
 
   /// The torques, one per joint.
   const std::vector<double>& values() const { return values_; }
+  /// Writable torques, for the simulation that refreshes them in place.
   std::vector<double>& mutableValues() { return values_; }
+  /// Replaces the torques.
   void setValues(const std::vector<double>& values) { values_ = values; }
 
  private:
@@ -44,12 +53,16 @@ class HxManipulatorTorque {
 /// The external wrenches acting on one manipulator's links, one per link (world frame).
 class HxManipulatorExternalForce {
  public:
+  /// No links.
   HxManipulatorExternalForce() = default;
+  /// The given wrenches, one per link.
   explicit HxManipulatorExternalForce(std::vector<HxGeneralForce> forces) : forces_(std::move(forces)) {}
 
   /// The wrenches, one per link.
   const std::vector<HxGeneralForce>& forces() const { return forces_; }
+  /// Writable wrenches, for the simulation that refreshes them in place.
   std::vector<HxGeneralForce>& mutableForces() { return forces_; }
+  /// Replaces the wrenches.
   void setForces(const std::vector<HxGeneralForce>& forces) { forces_ = forces; }
 
  private:
@@ -61,6 +74,7 @@ class HxManipulatorExternalForce {
 class HxLinkForceState {
  public:
   HxLinkForceState() = default;
+  /// The wrench `force`, computed when `valid`.
   HxLinkForceState(HxBoolean valid, const HxGeneralForce& force) : valid_(valid), force_(force) {}
 
   /// True when force() holds a computed wrench.
@@ -68,7 +82,9 @@ class HxLinkForceState {
   /// The wrench; meaningful only when isValid().
   const HxGeneralForce& force() const { return force_; }
 
+  /// Sets whether the wrench was computed.
   void setValid(HxBoolean valid) { valid_ = valid; }
+  /// Replaces the wrench.
   void setForce(const HxGeneralForce& force) { force_ = force; }
 
  private:
@@ -80,6 +96,7 @@ class HxLinkForceState {
 class HxPropagationResultData {
  public:
   HxPropagationResultData() = default;
+  /// The three flags as given.
   HxPropagationResultData(HxBoolean hitJointLimit, HxBoolean hitSingularity, HxBoolean collisionOccurred)
       : hitJointLimit_(hitJointLimit), hitSingularity_(hitSingularity), collisionOccurred_(collisionOccurred) {}
 
@@ -90,8 +107,11 @@ class HxPropagationResultData {
   /// True when a link of the manipulator was in contact during the step.
   HxBoolean collisionOccurred() const { return collisionOccurred_; }
 
+  /// Sets the joint-limit flag.
   void setHitJointLimit(HxBoolean value) { hitJointLimit_ = value; }
+  /// Sets the singularity flag.
   void setHitSingularity(HxBoolean value) { hitSingularity_ = value; }
+  /// Sets the collision flag.
   void setCollisionOccurred(HxBoolean value) { collisionOccurred_ = value; }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
-// HxManipulatorKinematics: the computations a manipulator answers for a given state.
+/// \file
+/// HxManipulatorKinematics: the computations a manipulator answers for a given state.
 
 #include "framework/HxTypes.h"
 

@@ -1,9 +1,10 @@
 #pragma once
-// Small value types of the simulation's mathematics: HxVector, HxOrientation,
-// HxGeneralMotion, HxGeneralForce and HxCoordSystemXform.
-//
-// Conventions (see simulation/README.md): SI units, right-handed frames, quaternions
-// stored as (w, x, y, z) with the scalar part first.
+/// \file
+/// Small value types of the simulation's mathematics: HxVector, HxOrientation,
+/// HxGeneralMotion, HxGeneralForce and HxCoordSystemXform.
+///
+/// Conventions (see simulation/README.md): SI units, right-handed frames, quaternions
+/// stored as (w, x, y, z) with the scalar part first.
 
 #include <array>
 
@@ -14,28 +15,40 @@ class HxVector {
  public:
   /// The zero vector.
   HxVector() = default;
+  /// The vector (x, y, z).
   HxVector(double x, double y, double z) : v_{x, y, z} {}
 
+  /// Component X.
   double x() const { return v_[0]; }
+  /// Component Y.
   double y() const { return v_[1]; }
+  /// Component Z.
   double z() const { return v_[2]; }
 
   /// Component 0 (X), 1 (Y) or 2 (Z); the index is not checked.
   double operator[](HxU32 i) const { return v_[i]; }
+  /// Component `i` (0 X, 1 Y, 2 Z), writable; the index is not checked.
   double& operator[](HxU32 i) { return v_[i]; }
 
   /// Euclidean distance between this point and `other`.
   double distanceTo(const HxVector& other) const;
   /// Euclidean length.
   double norm() const;
+  /// Dot product with `other`.
   double dot(const HxVector& other) const;
+  /// Cross product, this vector times `other` (right-handed).
   HxVector cross(const HxVector& other) const;
 
+  /// Component-wise sum.
   HxVector operator+(const HxVector& other) const;
+  /// Component-wise difference, this vector minus `other`.
   HxVector operator-(const HxVector& other) const;
+  /// Every component multiplied by `factor`.
   HxVector operator*(double factor) const;
 
+  /// Exact component-wise equality.
   bool operator==(const HxVector& other) const { return v_ == other.v_; }
+  /// Negation of `operator==`.
   bool operator!=(const HxVector& other) const { return v_ != other.v_; }
 
  private:
@@ -53,19 +66,25 @@ class HxOrientation {
  public:
   /// The identity orientation (1, 0, 0, 0).
   HxOrientation() = default;
+  /// The quaternion (w, x, y, z), stored as given (not normalised).
   HxOrientation(double w, double x, double y, double z) : q_{w, x, y, z} {}
 
   /// The rotation by `angle` radians about `axis` (any non-zero length); the identity when
   /// the axis is zero.
   static HxOrientation fromAxisAngle(const HxVector& axis, double angle);
 
+  /// Scalar part w.
   double w() const { return q_[0]; }
+  /// Vector part x.
   double x() const { return q_[1]; }
+  /// Vector part y.
   double y() const { return q_[2]; }
+  /// Vector part z.
   double z() const { return q_[3]; }
 
   /// Component 0 (w), 1 (x), 2 (y) or 3 (z); the index is not checked.
   double operator[](HxU32 i) const { return q_[i]; }
+  /// Component `i` (0 w, 1 x, 2 y, 3 z), writable; the index is not checked.
   double& operator[](HxU32 i) { return q_[i]; }
 
   /// Rotation angle (radians, in [0, pi]) and unit axis of the rotation that takes this
@@ -87,6 +106,7 @@ class HxOrientation {
   /// Component-wise equality (q and -q compare unequal; use angleAxisBetween to compare
   /// orientations).
   bool operator==(const HxOrientation& other) const { return q_ == other.q_; }
+  /// Negation of `operator==`.
   bool operator!=(const HxOrientation& other) const { return q_ != other.q_; }
 
  private:
@@ -98,6 +118,7 @@ class HxSpatialVector {
  public:
   /// Component 0 to 5; the index is not checked.
   double operator[](HxU32 i) const { return v_[i]; }
+  /// Component `i` (0 to 5), writable; the index is not checked.
   double& operator[](HxU32 i) { return v_[i]; }
 
   /// Number of components (6).
@@ -105,12 +126,17 @@ class HxSpatialVector {
 
  protected:
   HxSpatialVector() = default;
+  /// The six components in order.
   HxSpatialVector(double a0, double a1, double a2, double b0, double b1, double b2)
       : v_{a0, a1, a2, b0, b1, b2} {}
+  /// Components 0-2 from `a`, 3-5 from `b`.
   HxSpatialVector(const HxVector& a, const HxVector& b) : v_{a[0], a[1], a[2], b[0], b[1], b[2]} {}
 
+  /// Components 0-2.
   HxVector head() const { return HxVector(v_[0], v_[1], v_[2]); }
+  /// Components 3-5.
   HxVector tail() const { return HxVector(v_[3], v_[4], v_[5]); }
+  /// Exact component-wise equality.
   bool equals(const HxSpatialVector& other) const { return v_ == other.v_; }
 
  private:
@@ -122,14 +148,20 @@ class HxSpatialVector {
 class HxGeneralMotion : public HxSpatialVector {
  public:
   HxGeneralMotion() = default;
+  /// Linear (lx, ly, lz) and angular (ax, ay, az) components.
   HxGeneralMotion(double lx, double ly, double lz, double ax, double ay, double az)
       : HxSpatialVector(lx, ly, lz, ax, ay, az) {}
+  /// The linear and the angular part.
   HxGeneralMotion(const HxVector& linear, const HxVector& angular) : HxSpatialVector(linear, angular) {}
 
+  /// Linear part, components 0-2.
   HxVector linear() const { return head(); }
+  /// Angular part, components 3-5.
   HxVector angular() const { return tail(); }
 
+  /// Exact component-wise equality.
   bool operator==(const HxGeneralMotion& other) const { return equals(other); }
+  /// Negation of `operator==`.
   bool operator!=(const HxGeneralMotion& other) const { return !equals(other); }
 };
 
@@ -138,14 +170,20 @@ class HxGeneralMotion : public HxSpatialVector {
 class HxGeneralForce : public HxSpatialVector {
  public:
   HxGeneralForce() = default;
+  /// Force (fx, fy, fz) and moment (mx, my, mz) components.
   HxGeneralForce(double fx, double fy, double fz, double mx, double my, double mz)
       : HxSpatialVector(fx, fy, fz, mx, my, mz) {}
+  /// The force and the moment part.
   HxGeneralForce(const HxVector& force, const HxVector& moment) : HxSpatialVector(force, moment) {}
 
+  /// Force part, components 0-2.
   HxVector force() const { return head(); }
+  /// Moment part, components 3-5.
   HxVector moment() const { return tail(); }
 
+  /// Exact component-wise equality.
   bool operator==(const HxGeneralForce& other) const { return equals(other); }
+  /// Negation of `operator==`.
   bool operator!=(const HxGeneralForce& other) const { return !equals(other); }
 };
 
@@ -155,12 +193,17 @@ class HxGeneralForce : public HxSpatialVector {
 class HxCoordSystemXform {
  public:
   HxCoordSystemXform() = default;
+  /// The placement with that translation and orientation.
   HxCoordSystemXform(const HxVector& translation, const HxOrientation& orientation)
       : translation_(translation), orientation_(orientation) {}
 
+  /// Origin of the frame in the reference frame.
   const HxVector& translation() const { return translation_; }
+  /// Orientation of the frame relative to the reference frame.
   const HxOrientation& orientation() const { return orientation_; }
+  /// Replaces the translation.
   void setTranslation(const HxVector& translation) { translation_ = translation; }
+  /// Replaces the orientation.
   void setOrientation(const HxOrientation& orientation) { orientation_ = orientation; }
 
   /// Composition: the placement of a frame given relative to this frame by `inner`, expressed
@@ -169,9 +212,11 @@ class HxCoordSystemXform {
   /// The point `p`, given in this frame, expressed in the reference frame.
   HxVector transformPoint(const HxVector& p) const;
 
+  /// Exact equality of translation and orientation components.
   bool operator==(const HxCoordSystemXform& other) const {
     return translation_ == other.translation_ && orientation_ == other.orientation_;
   }
+  /// Negation of `operator==`.
   bool operator!=(const HxCoordSystemXform& other) const { return !(*this == other); }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
-// HxPositionState: one manipulator's joint positions and base placement.
+/// \file
+/// HxPositionState: one manipulator's joint positions and base placement.
 
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@ class HxPositionState {
   HxPositionState() = default;
   /// `jointCount` joints at 0, identity base placement.
   explicit HxPositionState(HxU32 jointCount) : jointPositions_(jointCount, 0.0) {}
+  /// The given joint positions and base placement.
   HxPositionState(std::vector<double> jointPositions, const HxCoordSystemXform& base = HxCoordSystemXform())
       : jointPositions_(std::move(jointPositions)), base_(base) {}
 
@@ -27,11 +29,14 @@ class HxPositionState {
 
   /// Placement of the manipulator's base in the world frame.
   const HxCoordSystemXform& coordSystemXform() const { return base_; }
+  /// Replaces the base placement.
   void setCoordSystemXform(const HxCoordSystemXform& base) { base_ = base; }
 
+  /// Exact equality of every joint position and of the base placement.
   bool operator==(const HxPositionState& other) const {
     return jointPositions_ == other.jointPositions_ && base_ == other.base_;
   }
+  /// Negation of `operator==`.
   bool operator!=(const HxPositionState& other) const { return !(*this == other); }
 
  private:

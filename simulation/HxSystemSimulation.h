@@ -1,6 +1,7 @@
 #pragma once
-// HxSystemSimulation: the state of a running multi-manipulator simulation, as read by the
-// captured quantities.
+/// \file
+/// HxSystemSimulation: the state of a running multi-manipulator simulation, as read by the
+/// captured quantities.
 
 #include <vector>
 
@@ -84,28 +85,45 @@ class HxSystemSimulation {
   const std::vector<HxPropagationResultData>& propagationResults() const { return propagationResults_; }
 
  protected:
+  /// Selects the dynamic (true) or the kinematic (false) path; see dynamicsEnabled().
   void setDynamicsEnabled(HxBoolean enabled) { dynamicsEnabled_ = enabled; }
+  /// Says whether the torque data of the power quantities is provided; see powerDataAvailable().
   void setPowerDataAvailable(HxBoolean available) { powerDataAvailable_ = available; }
+  /// Says whether the system state is present; see hasSystemState().
   void setSystemStatePresent(HxBoolean present) { systemStatePresent_ = present; }
+  /// Stamps the control output, seconds.
   void setControlOutputTime(double time) { controlOutputTime_ = time; }
 
   /// Resizes every per-manipulator vector to `count`; new entries are default-constructed.
   void resizeManipulators(HxU32 count);
 
+  /// Writable systemPositionStates(), to refresh in place.
   std::vector<HxPositionState>& mutableSystemPositionStates() { return systemPositionStates_; }
+  /// Writable systemVelocityStates(), to refresh in place.
   std::vector<HxVelocityState>& mutableSystemVelocityStates() { return systemVelocityStates_; }
+  /// Writable activeStates(), to refresh in place.
   std::vector<HxManipulatorActiveState>& mutableActiveStates() { return activeStates_; }
+  /// Writable controlOutputPositionStates(), to refresh in place.
   std::vector<HxPositionState>& mutableControlOutputPositionStates() { return controlOutputPositionStates_; }
+  /// Writable controlOutputVelocityStates(), to refresh in place.
   std::vector<HxVelocityState>& mutableControlOutputVelocityStates() { return controlOutputVelocityStates_; }
+  /// Writable individualSimulators(), to refresh in place.
   std::vector<HxIndividualDynamicSimulator>& mutableIndividualSimulators() { return individualSimulators_; }
+  /// Writable manipulators(), to set up the models.
   std::vector<HxIndividualManipulator>& mutableManipulators() { return manipulators_; }
+  /// Writable manipulatorControlInputs(), to refresh in place.
   std::vector<HxManipulatorControlInput>& mutableManipulatorControlInputs() { return controlInputs_; }
+  /// Writable manipulatorTorques(), to refresh in place.
   std::vector<HxManipulatorTorque>& mutableManipulatorTorques() { return torques_; }
+  /// Writable manipulatorExternalForces(), to refresh in place.
   std::vector<HxManipulatorExternalForce>& mutableManipulatorExternalForces() { return externalForces_; }
+  /// Writable endEffectorPlacements(), to refresh in place.
   std::vector<HxManipulatorEndEffectorPlacement>& mutableEndEffectorPlacements() { return endEffectorPlacements_; }
+  /// Writable desiredEndEffectorPlacements(), to refresh in place.
   std::vector<HxManipulatorEndEffectorPlacement>& mutableDesiredEndEffectorPlacements() {
     return desiredEndEffectorPlacements_;
   }
+  /// Writable propagationResults(), to refresh in place.
   std::vector<HxPropagationResultData>& mutablePropagationResults() { return propagationResults_; }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
-// HxVelocityState: one manipulator's joint velocities and base velocity.
+/// \file
+/// HxVelocityState: one manipulator's joint velocities and base velocity.
 
 #include <utility>
 #include <vector>
@@ -15,6 +16,7 @@ class HxVelocityState {
   HxVelocityState() = default;
   /// `jointCount` joints at rest, base at rest.
   explicit HxVelocityState(HxU32 jointCount) : jointVelocities_(jointCount, 0.0) {}
+  /// The given joint velocities and base velocity.
   HxVelocityState(std::vector<double> jointVelocities, const HxGeneralMotion& baseVelocity = HxGeneralMotion())
       : jointVelocities_(std::move(jointVelocities)), baseVelocity_(baseVelocity) {}
 
@@ -27,11 +29,14 @@ class HxVelocityState {
 
   /// Velocity of the manipulator's base: linear X, Y, Z, angular X, Y, Z.
   const HxGeneralMotion& baseVelocity() const { return baseVelocity_; }
+  /// Replaces the base velocity.
   void setBaseVelocity(const HxGeneralMotion& velocity) { baseVelocity_ = velocity; }
 
+  /// Exact equality of every joint velocity and of the base velocity.
   bool operator==(const HxVelocityState& other) const {
     return jointVelocities_ == other.jointVelocities_ && baseVelocity_ == other.baseVelocity_;
   }
+  /// Negation of `operator==`.
   bool operator!=(const HxVelocityState& other) const { return !(*this == other); }
 
  private:

@@ -1,6 +1,7 @@
 #pragma once
-// HxMujocoSimulation: a multi-manipulator simulation run by the MuJoCo physics engine, with a
-// path-following controller, behind the HxSystemSimulation interface.
+/// \file
+/// HxMujocoSimulation: a multi-manipulator simulation run by the MuJoCo physics engine, with a
+/// path-following controller, behind the HxSystemSimulation interface.
 
 #include <memory>
 #include <string>
@@ -55,6 +56,7 @@ class HxMujocoSimulation : public HxSystemSimulation {
   /// Switches between dynamic and kinematic stepping; the control output restarts from the
   /// current state. False when no model is loaded.
   HxBoolean setMode(Mode mode);
+  /// The stepping mode of the last successful load or `setMode`; `Mode::Dynamic` before any.
   Mode mode() const;
 
   /// Advances by one engine timestep and refreshes every query. Returns false when no model
@@ -70,7 +72,7 @@ class HxMujocoSimulation : public HxSystemSimulation {
   /// Mechanical energy of the whole model at time(), joules: kinetic plus potential (gravity
   /// and joint and tendon springs), as MuJoCo evaluates it (mj_energyPos, mj_energyVel) with
   /// every step. False, with `energy` 0, when no model is loaded or the model does not enable
-  /// the engine's energy computation (MJCF <option><flag energy="enable"/></option>).
+  /// the engine's energy computation (MJCF `<option><flag energy="enable"/></option>`).
   HxBoolean mechanicalEnergy(double& energy) const;
 
   // Names.
@@ -110,6 +112,7 @@ class HxMujocoSimulation : public HxSystemSimulation {
   /// Smallest singular value of an end-effector Jacobian below which the singularity flag is
   /// raised (default 0.001).
   void setSingularityThreshold(double threshold);
+  /// The current singularity threshold.
   double singularityThreshold() const;
 
  private:

@@ -11,7 +11,7 @@
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/capture/HxCaptureTestSupport.h"
 
 namespace {

@@ -35,7 +35,7 @@
 #include "bench/HxAllocationCounter.h"
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 
 namespace {
 

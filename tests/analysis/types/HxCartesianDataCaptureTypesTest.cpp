@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "analysis/types/HxCartesianDataCaptureTypes.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {

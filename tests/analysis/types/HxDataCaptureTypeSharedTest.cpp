@@ -14,7 +14,7 @@
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "bench/HxAllocationCounter.h"
 #include "simulation/HxBasePowerConverter.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {

@@ -9,7 +9,7 @@
 
 #include "analysis/types/HxForcePowerDataCaptureTypes.h"
 #include "simulation/HxBasePowerConverter.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {

@@ -9,7 +9,7 @@
 
 #include "analysis/types/HxReachTargetDataCaptureType.h"
 #include "simulation/HxEndEffector.h"
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {

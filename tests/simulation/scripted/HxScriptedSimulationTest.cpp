@@ -1,7 +1,7 @@
 // The scripted simulation: every vector sized at construction, answers forwarded through the
 // manipulators' kinematics, functions that see the caller's state, and the holder's promise
 // that reading neither copies nor allocates.
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "simulation/HxScriptedSimulation.h"
+#include "simulation/scripted/HxScriptedSimulation.h"
 
 #include <string>
 

@@ -1,0 +1,89 @@
+# Debian packages, one per install component (`cpack -G DEB` in a build configured with the
+# "package" preset: Release, prefix /usr, so no RPATH and multiarch library paths):
+#   libhxsimulationanalysis3        runtime  the libraries a host loads
+#   libhxsimulationanalysis-dev     dev      headers, CMake package, pkg-config, library links
+#   libhxsimulationmujoco3          mujoco   the MuJoCo engine behind the simulation interface
+#   hxsimulationanalysis-tools      tools    hxrecord, hxmrd, example models and configurations
+# Dependencies on system libraries come from dpkg-shlibdeps; those between the packages are
+# exact versions.
+set(HX_DEB_MAINTAINER "libhxSimulationAnalysis developers <hxsimulationanalysis@example.org>")
+set(HX_DEB_PACKAGES
+  runtime libhxsimulationanalysis3 libs
+  dev libhxsimulationanalysis-dev libdevel
+  mujoco libhxsimulationmujoco3 libs
+  tools hxsimulationanalysis-tools science)
+
+# Every package carries the copyright and the changelog (compressed as Debian wants it).
+set(HX_DEB_CHANGELOG ${PROJECT_BINARY_DIR}/debian/changelog.gz)
+file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/debian)
+execute_process(COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/cmake/debian/changelog
+  OUTPUT_FILE ${HX_DEB_CHANGELOG} COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/debian/changelog)
+set(HX_DEB_COMPONENTS "")
+while(HX_DEB_PACKAGES)
+  list(POP_FRONT HX_DEB_PACKAGES component package section)
+  if(component STREQUAL "mujoco" AND NOT TARGET hx_simulation_mujoco)
+    continue()
+  endif()
+  if(component STREQUAL "tools" AND NOT HX_BUILD_TOOLS)
+    continue()
+  endif()
+  list(APPEND HX_DEB_COMPONENTS ${component})
+  string(TOUPPER ${component} upper)
+  set(CPACK_DEBIAN_${upper}_PACKAGE_NAME ${package})
+  set(CPACK_DEBIAN_${upper}_PACKAGE_SECTION ${section})
+  install(FILES ${PROJECT_SOURCE_DIR}/cmake/debian/copyright ${HX_DEB_CHANGELOG}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${component})
+endwhile()
+
+set(CPACK_PACKAGE_NAME hxsimulationanalysis)
+set(CPACK_PACKAGE_VENDOR "libhxSimulationAnalysis developers")
+set(CPACK_PACKAGE_CONTACT "${HX_DEB_MAINTAINER}")
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_GENERATOR DEB)
+set(CPACK_COMPONENTS_ALL ${HX_DEB_COMPONENTS})
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${HX_DEB_MAINTAINER}")
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+"records the quantities of a simulation of robot manipulators
+libhxSimulationAnalysis records what happens inside a running simulation of
+one or more robot manipulators: joint, Cartesian, force, power and
+reach-target quantities, chosen per manipulator, link and end effector. Every
+sample is streamed to CSV, XML, MRD (binary), MATLAB and Mathematica files.
+.
+This package holds the shared libraries a host application loads: the
+recorder, the simulation interface it reads and the XML object framework its
+configurations are kept in.")
+set(CPACK_COMPONENT_DEV_DESCRIPTION
+"records the quantities of a simulation of robot manipulators - development files
+libhxSimulationAnalysis records what happens inside a running simulation of
+one or more robot manipulators and streams every sample to CSV, XML, MRD,
+MATLAB and Mathematica files.
+.
+This package holds the headers, the CMake package
+(find_package(hxSimulationAnalysis 3 CONFIG)), the pkg-config files and an
+example host application.")
+set(CPACK_COMPONENT_MUJOCO_DESCRIPTION
+"MuJoCo engine for the hxSimulationAnalysis simulation interface
+libhxSimulationMujoco loads a MuJoCo model (MJCF or URDF), finds its
+manipulators, links, end effectors, motors and path points, and steps it
+behind the simulation interface that libhxSimulationAnalysis records.")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION
+"record and read simulations of robot manipulators
+hxrecord records a MuJoCo scene of robot manipulators with one command into
+CSV, XML, MRD, MATLAB and Mathematica files; hxmrd prints the header, labels
+and samples of an MRD file. Example models and capture configurations are
+under /usr/share/hxSimulationAnalysis/examples.")
+set(CPACK_COMPONENT_DEV_DEPENDS runtime)
+set(CPACK_COMPONENT_MUJOCO_DEPENDS runtime)
+set(CPACK_COMPONENT_TOOLS_DEPENDS runtime mujoco)
+include(CPack)

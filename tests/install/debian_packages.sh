@@ -1,0 +1,60 @@
+# Builds the Debian packages from a build of their own (Release, prefix /usr), checks them with
+# lintian and their dependencies, unpacks them into a scratch root (never installing them on
+# this machine) and builds and runs examples/host and the tools against that root.
+source "$(dirname "$0")/common.sh"
+work="$HX_WORK/debian_packages"
+fresh_dir "$work"
+step "building the packages"
+cmake -S "$HX_SOURCE_DIR" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
+  -DHX_INSTALL=ON -DHX_BUILD_TESTS=OFF -DHX_BUILD_BENCHMARKS=OFF -DHX_BUILD_EXAMPLES=OFF \
+  -DHX_BUILD_TOOLS="$HX_TOOLS" -DHX_BUILD_MUJOCO="$HX_MUJOCO" \
+  -DHX_WARNINGS_AS_ERRORS="${HX_WARNINGS_AS_ERRORS:-OFF}" >/dev/null
+cmake --build "$work/build" >/dev/null
+(cd "$work/build" && cpack -G DEB >/dev/null)
+
+arch=$(dpkg --print-architecture)
+runtime="$work/build/libhxsimulationanalysis3_3.0.0_$arch.deb"
+dev="$work/build/libhxsimulationanalysis-dev_3.0.0_$arch.deb"
+mujoco="$work/build/libhxsimulationmujoco3_3.0.0_$arch.deb"
+tools="$work/build/hxsimulationanalysis-tools_3.0.0_$arch.deb"
+packages=("$runtime" "$dev")
+[ "$HX_MUJOCO" = 1 ] && packages+=("$mujoco")
+[ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ] && packages+=("$tools")
+for deb in "${packages[@]}"; do
+  [ -f "$deb" ] || fail "no package $(basename "$deb"); built: $(ls "$work/build"/*.deb)"
+done
+
+# lintian: no error on any package (its warnings and notes are printed for the record).
+step "lintian"
+lintian --fail-on error --no-tag-display-limit "${packages[@]}" || fail "lintian reports errors"
+
+# Dependencies: computed from the binaries, exact between the packages, MuJoCo only where needed.
+depends() { dpkg-deb -f "$1" Depends; }
+depends "$runtime" | grep -q "libxml2" || fail "the runtime package does not depend on libxml2"
+if depends "$runtime" | grep -qi mujoco; then fail "the runtime package depends on MuJoCo"; fi
+depends "$dev" | grep -qF "libhxsimulationanalysis3 (= 3.0.0)" || fail "the -dev package does not depend on the runtime"
+if [ "$HX_MUJOCO" = 1 ]; then
+  depends "$mujoco" | grep -q "libmujoco" || fail "the engine package does not depend on MuJoCo: $(depends "$mujoco")"
+fi
+if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
+  depends "$tools" | grep -qF "libhxsimulationmujoco3 (= 3.0.0)" || fail "the tools package does not depend on the engine"
+fi
+for deb in "${packages[@]}"; do echo "$(basename "$deb"): Depends: $(depends "$deb")"; done
+
+# Unpacked into a scratch root, the packages serve a host with find_package alone.
+step "a host built against the unpacked packages"
+root="$work/root"
+for deb in "${packages[@]}"; do dpkg-deb -x "$deb" "$root"; done
+build_host "$work/host-src" "$work/host-build" "$root/usr"
+"$work/host-build/pendulum_host" "$work/out/pendulum"
+check_recording "$work/out/pendulum"
+
+# The packaged tools record and read back, with the libraries of the root.
+if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
+  step "the packaged tools"
+  libdir=$(dirname "$(find "$root" -name 'libhxSimulationAnalysis.so.3')")
+  LD_LIBRARY_PATH="$libdir" "$root/usr/bin/hxrecord" --quiet --duration 0.5 \
+    --model "$root/usr/share/hxSimulationAnalysis/examples/models/two_arms_table.xml" --output "$work/rec/run"
+  LD_LIBRARY_PATH="$libdir" "$root/usr/bin/hxmrd" --header "$work/rec/run.mrd" >/dev/null
+  check_recording "$work/rec/run"
+fi
