@@ -59,7 +59,8 @@ hx_pkg_config(hxXmlFramework hxXmlFramework ""
 hx_pkg_config(hxSimulation hxSimulation "hxXmlFramework = ${PROJECT_VERSION}"
   "Simulation interface of robot manipulators: state, manipulator and math types")
 hx_pkg_config(hxSimulationAnalysis hxSimulationAnalysis
-  "hxSimulation = ${PROJECT_VERSION}, hxXmlFramework = ${PROJECT_VERSION}" "${PROJECT_DESCRIPTION}")
+  "hxSimulation = ${PROJECT_VERSION}, hxXmlFramework = ${PROJECT_VERSION}"
+  "Records the quantities of a robot-manipulator simulation to CSV, XML, MRD, MATLAB and Mathematica files")
 if(TARGET hx_simulation_mujoco)
   hx_pkg_config(hxSimulationMujoco hxSimulationMujoco "hxSimulation = ${PROJECT_VERSION}"
     "MuJoCo engine behind the simulation interface")

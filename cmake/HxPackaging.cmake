@@ -50,11 +50,22 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "${HX_DEB_MAINTAINER}")
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
+# The project's own libraries, as built, for dpkg-shlibdeps to find the engine's and the tools'
+# needs among; the dependencies on their packages are the component dependencies below.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  ${PROJECT_BINARY_DIR}/framework ${PROJECT_BINARY_DIR}/simulation ${PROJECT_BINARY_DIR}/simulation/mujoco
+  ${PROJECT_BINARY_DIR}/analysis)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
+# Library packages activate dpkg's ldconfig trigger, as Debian requires. CPack also writes
+# maintainer scripts that call ldconfig (lintian warns about them); it has no switch to omit
+# them, and empty scripts of our own would only trade that warning for another.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_MUJOCO_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-"records the quantities of a simulation of robot manipulators
+"recorder of robot-manipulator simulations - shared libraries
 libhxSimulationAnalysis records what happens inside a running simulation of
 one or more robot manipulators: joint, Cartesian, force, power and
 reach-target quantities, chosen per manipulator, link and end effector. Every
@@ -64,7 +75,7 @@ This package holds the shared libraries a host application loads: the
 recorder, the simulation interface it reads and the XML object framework its
 configurations are kept in.")
 set(CPACK_COMPONENT_DEV_DESCRIPTION
-"records the quantities of a simulation of robot manipulators - development files
+"recorder of robot-manipulator simulations - development files
 libhxSimulationAnalysis records what happens inside a running simulation of
 one or more robot manipulators and streams every sample to CSV, XML, MRD,
 MATLAB and Mathematica files.
@@ -73,12 +84,12 @@ This package holds the headers, the CMake package
 (find_package(hxSimulationAnalysis 3 CONFIG)), the pkg-config files and an
 example host application.")
 set(CPACK_COMPONENT_MUJOCO_DESCRIPTION
-"MuJoCo engine for the hxSimulationAnalysis simulation interface
+"recorder of robot-manipulator simulations - MuJoCo engine
 libhxSimulationMujoco loads a MuJoCo model (MJCF or URDF), finds its
 manipulators, links, end effectors, motors and path points, and steps it
 behind the simulation interface that libhxSimulationAnalysis records.")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-"record and read simulations of robot manipulators
+"recorder of robot-manipulator simulations - command-line tools
 hxrecord records a MuJoCo scene of robot manipulators with one command into
 CSV, XML, MRD, MATLAB and Mathematica files; hxmrd prints the header, labels
 and samples of an MRD file. Example models and capture configurations are
