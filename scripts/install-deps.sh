@@ -1,15 +1,25 @@
 #!/usr/bin/env bash
-# Installs everything needed to build, test and run the project on Debian 12.
-# Safe to run repeatedly; uses sudo only when not already root.
+# Installs what the project needs on Debian 12, with apt-get. Safe to run repeatedly; uses sudo
+# only when not already root.
+#   scripts/install-deps.sh run    what building and running hxrecord needs
+#   scripts/install-deps.sh        everything: also the tests, benchmarks, API reference and packages
 set -euo pipefail
 
-packages=(
-  g++ cmake ninja-build pkg-config
+# Building the libraries and hxrecord.
+run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev)
+# The tests read the recordings with the tools users read them with (Python, GNU Octave,
+# xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian).
+test_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
-  libxml2-dev libxml2-utils
-  libmujoco-dev
-  python3 octave-common octave
-)
+  libxml2-utils python3 octave-common octave
+  doxygen dpkg-dev file lintian)
+
+packages=("${run_packages[@]}")
+case "${1:-all}" in
+  run) ;;
+  all) packages+=("${test_packages[@]}") ;;
+  *) echo "usage: $0 [run|all]" >&2; exit 2 ;;
+esac
 
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi

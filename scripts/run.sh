@@ -1,14 +1,11 @@
 #!/usr/bin/env bash
-# Installs what is needed, builds, and records the built-in default scene with hxrecord.
-# The recording lands in ./hxrecord-out/ (CSV, XML, MRD, MATLAB and Mathematica files).
+# Installs what is needed, builds hxrecord (and only what it needs) and records the built-in
+# default scene. The recording lands in ./hxrecord-out/ (CSV, XML, MRD, MATLAB and Mathematica
+# files); arguments are passed on to hxrecord.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-bash scripts/install-deps.sh
-cmake --preset default >/dev/null
-cmake --build --preset default -j "$(nproc)"
-if [ -x build/default/tools/hxrecord ]; then
-  build/default/tools/hxrecord "$@"
-else
-  build/default/examples/hx_config_roundtrip
-fi
+bash scripts/install-deps.sh run
+cmake --preset release >/dev/null
+cmake --build --preset release --target hxrecord
+build/release/tools/hxrecord "$@"

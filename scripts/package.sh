@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Builds the Debian packages into build/package/: libhxsimulationanalysis3,
+# libhxsimulationanalysis-dev, libhxsimulationmujoco3 and hxsimulationanalysis-tools.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh
+cmake --preset package >/dev/null
+cmake --build --preset package
+(cd build/package && cpack -G DEB)
+lintian --fail-on error build/package/*.deb
