@@ -1,5 +1,6 @@
 #pragma once
-// Number-to-text conversions of the toolkit, independent of the locale.
+/// \file
+/// Number-to-text conversions of the toolkit, independent of the locale.
 
 #include <string>
 #include <string_view>

@@ -1,5 +1,6 @@
 #pragma once
-// Hx::Print: the process-wide message channel of the toolkit.
+/// \file
+/// Hx::Print: the process-wide message channel of the toolkit.
 
 #include <functional>
 #include <mutex>
@@ -8,6 +9,7 @@
 #include <string>
 #include <vector>
 
+/// The toolkit's message channel.
 namespace Hx {
 
 class PrintMessage;
@@ -15,8 +17,10 @@ class PrintMessage;
 /// The process-wide message channel.
 ///
 /// Usage:
-///   Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-///       << "index (" << index << ") exceeds vector size (" << size << ").\n";
+/// ```
+/// Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
+///     << "index (" << index << ") exceeds vector size (" << size << ").\n";
+/// ```
 ///
 /// `ostream` returns a stream object for one message; the message (type, context and the
 /// text streamed into it) is handed to the sink when that object is destroyed, at the end of
@@ -56,6 +60,8 @@ class Print {
 /// One message being composed; see `Print::ostream`.
 class PrintMessage : public std::ostream {
  public:
+  /// Starts a message for `printer`; `context` must outlive the object (null counts as empty).
+  /// Numbers are streamed in the classic locale, whatever the program's.
   PrintMessage(Print& printer, Print::PrintType type, const char* context);
   PrintMessage(const PrintMessage&) = delete;
   PrintMessage& operator=(const PrintMessage&) = delete;
@@ -70,8 +76,11 @@ class PrintMessage : public std::ostream {
 
 /// One message as a sink received it.
 struct PrintRecord {
+  /// Message type.
   Print::PrintType type;
+  /// Signature of the reporting function.
   std::string context;
+  /// Text streamed into the message, as it was streamed.
   std::string text;
 };
 
@@ -85,9 +94,11 @@ class ScopedPrintCapture {
   ScopedPrintCapture(const ScopedPrintCapture&) = delete;
   ScopedPrintCapture& operator=(const ScopedPrintCapture&) = delete;
 
+  /// The captured messages, oldest first.
   const std::vector<PrintRecord>& records() const { return records_; }
   /// All message texts concatenated in order.
   std::string text() const;
+  /// Forgets the captured messages; capturing goes on.
   void clear() { records_.clear(); }
 
  private:

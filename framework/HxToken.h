@@ -1,5 +1,6 @@
 #pragma once
-// HxToken: the name of an XML element or attribute.
+/// \file
+/// HxToken: the name of an XML element or attribute.
 
 #include <string>
 #include <string_view>
@@ -15,7 +16,10 @@
 class HxToken {
  public:
   HxToken() = default;
+  /// A token with the text `text`; null gives the empty token. Implicit, so literals can stand for
+  /// tokens.
   HxToken(const char* text) : text_(text ? text : "") {}  // NOLINT: implicit by design
+  /// A token with the text `text`.
   explicit HxToken(std::string text) : text_(std::move(text)) {}
 
   /// Appends text; this is how a namespaced token is formed from a namespace token.
@@ -32,6 +36,7 @@ class HxToken {
 
   /// The full text of the token.
   const std::string& token() const { return text_; }
+  /// The full text, so a token reads as a string.
   operator const std::string&() const { return text_; }  // NOLINT: implicit by design
 
   /// The namespace URI part (up to and including the last '#'), empty when there is none.
@@ -39,10 +44,15 @@ class HxToken {
   /// The local name (after the last '#'), or the whole text when there is no namespace.
   std::string_view localName() const;
 
+  /// Same full text.
   bool operator==(const HxToken& other) const { return text_ == other.text_; }
+  /// Full text equal to `other`.
   bool operator==(const std::string& other) const { return text_ == other; }
+  /// Different full text.
   bool operator!=(const HxToken& other) const { return text_ != other.text_; }
+  /// Full text different from `other`.
   bool operator!=(const std::string& other) const { return text_ != other; }
+  /// Orders by full text (byte-wise), for maps keyed by token.
   bool operator<(const HxToken& other) const { return text_ < other.text_; }
 
  private:

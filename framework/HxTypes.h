@@ -1,5 +1,6 @@
 #pragma once
-// Scalar types shared by every layer of the toolkit.
+/// \file
+/// Scalar types shared by every layer of the toolkit.
 
 #include <cstdint>
 

@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlBaseVariableCompoundType: base of the polymorphic (owning, creator-based) vectors.
+/// \file
+/// HxXmlBaseVariableCompoundType: base of the polymorphic (owning, creator-based) vectors.
 
 #include <map>
 #include <string>
@@ -20,12 +21,15 @@
 /// strings (a "count" attribute and one "group" element of quoted names).
 class HxXmlBaseVariableCompoundType : public HxXmlObject {
  public:
+  /// Function that returns a new default object of one element class, owned by the caller.
   using Creator = HxXmlObject* (*)();
+  /// Creator of each element class, by element token.
   using CreatorMap = std::map<HxToken, Creator>;
 
   HxXmlBaseVariableCompoundType();
   /// Copies the library list; the creator map is the copy's own, built on first use.
   HxXmlBaseVariableCompoundType(const HxXmlBaseVariableCompoundType& other);
+  /// Assigns the library list; the target keeps its own creator map.
   HxXmlBaseVariableCompoundType& operator=(const HxXmlBaseVariableCompoundType& other);
   ~HxXmlBaseVariableCompoundType() override;
 
@@ -40,11 +44,15 @@ class HxXmlBaseVariableCompoundType : public HxXmlObject {
 
   /// Registers the concrete vector's creators (called on first use of the creator map).
   virtual void registerComponentCreators() = 0;
+  /// Registers `creator` for the element `token`, replacing an earlier one.
   virtual void registerComponentCreator(const HxToken& token, Creator creator);
   /// A new object from the registered creator, owned by the caller, or null.
   virtual HxXmlObject* newObjectFromToken(const HxToken& token) const;
+  /// The libraries the configuration says it needs, in file order.
   virtual const std::vector<std::string>& addLibraries() const;
+  /// Replaces the library list.
   virtual void setAddLibraries(const std::vector<std::string>& libraries);
+  /// The registered creators, registering them first if needed.
   virtual const CreatorMap& creatorMap() const;
   /// Reads the child element named `token`; the reader is on its start.
   virtual HxBoolean readValueFromToken(const HxToken& token, HxXmlReader& reader) = 0;
@@ -53,6 +61,7 @@ class HxXmlBaseVariableCompoundType : public HxXmlObject {
 
   /// Announces a linked-in library by name.
   static void registerLibrary(const std::string& name);
+  /// Whether `registerLibrary(name)` has run in this program. Thread-safe, like `registerLibrary`.
   static bool isLibraryRegistered(const std::string& name);
 
   /// Equal when the library lists are equal.

@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlBasicType<T>: serialisable scalar (string, double, unsigned int, bool).
+/// \file
+/// HxXmlBasicType<T>: serialisable scalar (string, double, unsigned int, bool).
 
 #include <string>
 
@@ -15,28 +16,40 @@
 template <class T>
 class HxXmlBasicType : public HxXmlObject {
  public:
+  /// The wrapped scalar type.
   using ValueType = T;
 
   HxXmlBasicType() : value_() {}
+  /// Wraps `value`; implicit, so a plain value can stand where the wrapper is expected.
   HxXmlBasicType(const T& value) : value_(value) {}  // NOLINT: implicit by design
+  /// Copies the value and the flags.
   HxXmlBasicType(const HxXmlBasicType&) = default;
+  /// Assigns the value and the flags.
   HxXmlBasicType& operator=(const HxXmlBasicType&) = default;
+  /// Assigns the value only; the flags are kept.
   HxXmlBasicType& operator=(const T& value) {
     value_ = value;
     return *this;
   }
   ~HxXmlBasicType() override = default;
 
+  /// The value.
   const T& value() const { return value_; }
+  /// The value, writable in place.
   T& value() { return value_; }
+  /// Replaces the value.
   void setValue(const T& value) { value_ = value; }
+  /// The value, so the wrapper reads as a plain `T`.
   operator const T&() const { return value_; }  // NOLINT: implicit by design
 
   HxXmlObject* clone() const override { return new HxXmlBasicType(*this); }
   HxXmlObject* newObject() const override { return new HxXmlBasicType(); }
   const HxToken& token() const override { return classToken(); }
+  /// "basicType", the class token shared by every instantiation.
   static const HxToken& classToken();
+  /// A new default object (value-initialised `T`), owned by the caller.
   static HxXmlObject* creator() { return new HxXmlBasicType(); }
+  /// A default object (value-initialised `T`).
   static HxXmlBasicType nullObject() { return HxXmlBasicType(); }
 
   HxBoolean read(HxXmlReader& reader) override;
@@ -48,6 +61,7 @@ class HxXmlBasicType : public HxXmlObject {
 
   /// Values equal (two NaNs count as equal, so a NaN survives a round-trip comparison).
   bool operator==(const HxXmlBasicType& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxXmlBasicType& other) const { return !(*this == other); }
 
   /// Parses `text` into the value; false (value unchanged) when it does not parse.

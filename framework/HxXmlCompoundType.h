@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlCompoundType: a serialisable object whose children are registered under tokens.
+/// \file
+/// HxXmlCompoundType: a serialisable object whose children are registered under tokens.
 
 #include <map>
 #include <memory>
@@ -11,8 +12,11 @@
 /// One registered member of a compound: its token, the member and whether it is read-only
 /// (written but not read back).
 struct HxXmlComponent {
+  /// Element or attribute name.
   HxToken token;
+  /// The member, owned by the compound that registered it.
   HxXmlObject* object;
+  /// Written, but skipped when read.
   bool readOnly;
 };
 
@@ -28,6 +32,7 @@ struct HxXmlComponent {
 /// line), skipped, and makes `read` return false after the remaining children have been read.
 class HxXmlCompoundType : public HxXmlObject {
  public:
+  /// Registered members in registration order.
   using ComponentMap = std::vector<HxXmlComponent>;
   /// Tokens handled by `readValueFromSpecialToken`, with a description of each.
   using SpecialDescriptorMap = std::map<HxToken, std::string>;
@@ -48,22 +53,43 @@ class HxXmlCompoundType : public HxXmlObject {
   /// A complex type with the registered attributes and a repeated choice of the children.
   void writeSchema(HxXmlSchema& schema) const override;
 
+  /// Reads every attribute of the current element through `readAttributeFromToken`. Returns false
+  /// when one of them is unknown or fails to read; the others are still read.
   virtual HxBoolean readAttributes(HxXmlReader& reader);
+  /// Reads the child elements up to the current element's end through `readValueFromToken`.
+  /// Returns false when a child is unknown or fails to read (the others are still read), or when
+  /// the document ends or breaks before the element's end.
   virtual HxBoolean readElements(HxXmlReader& reader);
+  /// Writes the registered attributes in registration order. Returns false when one of them fails.
   virtual HxBoolean writeAttributes(HxXmlWriter& writer) const;
+  /// Writes one child element per registered member, in registration order. Returns false when one
+  /// of them fails.
   virtual HxBoolean writeElements(HxXmlWriter& writer) const;
+  /// Declares the registered attributes in a schema.
   virtual void writeSchemaAttributes(HxXmlSchema& schema) const;
+  /// Declares the registered children as a repeated choice; nothing when there are none.
   virtual void writeSchemaElements(HxXmlSchema& schema) const;
   /// Registers the members; the base registers nothing.
   virtual void registerComponents();
+  /// Registers `object` as the child element `token`; a null `object` is ignored.
   virtual void registerComponent(const HxToken& token, HxXmlObject* object);
+  /// Registers `object` as the child element `token`, written but skipped when read; a null
+  /// `object` is ignored.
   virtual void registerComponentReadOnly(const HxToken& token, HxXmlObject* object);
+  /// The registered child elements, registering them first if needed.
   virtual const ComponentMap& componentMap() const;
+  /// Registers `object` as the attribute `token`; a null `object` is ignored.
   virtual void registerAttributeComponent(const HxToken& token, HxXmlObject* object);
+  /// Registers `object` as the attribute `token`, written but ignored when read; a null `object`
+  /// is ignored.
   virtual void registerAttributeComponentReadOnly(const HxToken& token, HxXmlObject* object);
+  /// The registered attributes, registering them first if needed.
   virtual const ComponentMap& attributeComponentMap();
+  /// The special tokens, an empty map created on first use; derived classes add to it.
   virtual SpecialDescriptorMap& specialDescriptorMap();
+  /// Whether at least one child element is registered.
   virtual HxBoolean hasChildren() const;
+  /// Whether at least one attribute is registered.
   virtual HxBoolean hasAttributes() const;
   /// Reads the child element named `token` (the reader is on its start). Unknown tokens are
   /// reported and skipped; the result is then false.
@@ -73,12 +99,19 @@ class HxXmlCompoundType : public HxXmlObject {
   /// Reads the attribute named `token` (selected as the reader's current attribute). Unknown
   /// attributes are reported; the result is then false.
   virtual HxBoolean readAttributeFromToken(const HxToken& token, HxXmlReader& reader);
+  /// Factory of the (empty) component maps; the caller owns the result.
   virtual ComponentMap* newComponentMap() const;
+  /// Factory of the (empty) special-token map; the caller owns the result.
   virtual SpecialDescriptorMap* newSpecialDescriptorMap();
+  /// Replaces both component maps by new ones filled by `registerComponents`.
   virtual void createComponentMap() const;
+  /// Makes sure the members are registered (attributes and children are registered together).
   virtual void createAttributeComponentMap();
+  /// Creates the special-token map when it does not exist yet.
   virtual void createSpecialDescriptorMap();
+  /// Whether `token` is a child element registered read-only; false when it is not registered.
   virtual HxBoolean isReadOnlyComponent(HxToken token) const;
+  /// Whether `token` is an attribute registered read-only; false when it is not registered.
   virtual HxBoolean isReadOnlyAttribute(HxToken token) const;
 
   /// Base comparison (registrations are not value): always true.

@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlEnumType<T>: an enumerated scalar, written and read by name.
+/// \file
+/// HxXmlEnumType<T>: an enumerated scalar, written and read by name.
 
 #include <string>
 #include <utility>
@@ -15,9 +16,14 @@ template <class T>
 class HxXmlEnumType : public HxXmlObject {
  public:
   HxXmlEnumType() : value_() {}
+  /// Wraps `value`, without names; implicit, so a plain value can stand where the wrapper is
+  /// expected.
   HxXmlEnumType(const T& value) : value_(value) {}  // NOLINT: implicit by design
+  /// Copies the value, the names and the flags.
   HxXmlEnumType(const HxXmlEnumType&) = default;
+  /// Assigns the value, the names and the flags.
   HxXmlEnumType& operator=(const HxXmlEnumType&) = default;
+  /// Assigns the value only; names and flags are kept.
   HxXmlEnumType& operator=(const T& value) {
     value_ = value;
     return *this;
@@ -30,9 +36,12 @@ class HxXmlEnumType : public HxXmlObject {
   HxBoolean findEnumString(const std::string& name, T& value) const;
   /// The name of a value, or null when it has none.
   const std::string* enumString(const T& value) const;
+  /// Every named value with its name, in the order the names were first given.
   const std::vector<std::pair<T, std::string>>& enumStrings() const { return names_; }
 
+  /// The value.
   const T& value() const { return value_; }
+  /// The value, so the wrapper reads as a plain `T`.
   operator const T&() const { return value_; }  // NOLINT: implicit by design
 
   HxXmlObject* clone() const override { return new HxXmlEnumType(*this); }

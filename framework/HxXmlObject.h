@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlObject: abstract base of every serialisable object.
+/// \file
+/// HxXmlObject: abstract base of every serialisable object.
 
 #include <string>
 
@@ -20,7 +21,9 @@ class HxXmlWriter;
 class HxXmlObject {
  public:
   HxXmlObject() = default;
+  /// Copies both flags.
   HxXmlObject(const HxXmlObject&) = default;
+  /// Assigns both flags.
   HxXmlObject& operator=(const HxXmlObject&) = default;
 
   virtual ~HxXmlObject();
@@ -45,9 +48,13 @@ class HxXmlObject {
   /// Writes an XML Schema document (to the file `fileName`) for an element named `rootToken`
   /// holding this object. Returns false when the file cannot be written.
   virtual HxBoolean createSchema(const std::string& fileName, const HxToken& rootToken) const;
+  /// Whether `xmlInit` has run (or the flag was set).
   virtual HxBoolean xmlInitialized() const;
+  /// Sets the XML-initialised flag.
   virtual void setXmlInitialized(HxBoolean value);
+  /// Whether the value was present in the input or has been set.
   virtual HxBoolean specified() const;
+  /// Sets the specified flag.
   virtual void setSpecified(HxBoolean value);
   /// True only for scalar wrappers (HxXmlBasicType, HxXmlEnumType).
   virtual HxBoolean isBasicType() const;

@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlObjectVisitor: walks a tree of serialisable objects.
+/// \file
+/// HxXmlObjectVisitor: walks a tree of serialisable objects.
 
 #include <string>
 #include <vector>
@@ -43,27 +44,43 @@ class HxXmlObjectVisitor {
   /// Visits a compound and, when allowed, its registered components in order.
   virtual void visitCompound(const HxXmlCompoundType* object);
 
+  /// Visits a homogeneous vector and, when allowed, its elements; defined in
+  /// analysis/xml/HxXmlVectorType.h.
   template <class T>
   void visit(const HxXmlVectorType<T>* vector);
+  /// Visits a polymorphic vector and, when allowed, its elements; defined in
+  /// analysis/xml/HxXmlVariableVectorType.h.
   template <class T>
   void visit(const HxXmlVariableVectorType<T>* vector);
+  /// Visits a pair and, when allowed, its two members; defined in analysis/xml/HxXmlPairType.h.
   template <class A, class B>
   void visit(const HxXmlPairType<A, B>* pair);
 
+  /// The object being visited; null before the first visit.
   const HxXmlObject* currentObject() const { return current_; }
+  /// Sets the object being visited (for the container forms).
   void setCurrentObject(const HxXmlObject* object) { current_ = object; }
+  /// Description of the current object, writable for the container forms.
   std::vector<std::string>& descriptions() { return descriptions_; }
+  /// Description of the current object: its type name, then the token under which it sits (with
+  /// the element count for containers).
   const std::vector<std::string>& descriptions() const { return descriptions_; }
+  /// Token under which the current object sits; empty until a walk or `setCurrentToken` sets it.
   const HxToken& currentToken() const { return currentToken_; }
+  /// Sets the token under which the next object visited sits.
   void setCurrentToken(const HxToken& token) { currentToken_ = token; }
 
   /// Nesting level of the object being visited (0 for the object `accept` was first called on).
   int depth() const { return depth_; }
+  /// Depth limit of `canDescend`: descending is allowed while `depth()` is below it; 1000
+  /// unless set.
   int maxDepth() const { return maxDepth_; }
+  /// Sets the level limit of `canDescend`.
   void setMaxDepth(int depth) { maxDepth_ = depth; }
 
-  /// Bookkeeping for container forms: call around a descent.
+  /// Bookkeeping for container forms: call before a descent.
   void beginDescent() { ++depth_; }
+  /// Bookkeeping for container forms: call after the descent.
   void endDescent() { --depth_; }
 
  private:

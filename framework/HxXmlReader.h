@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlReader: pull reader over libxml2's xmlTextReader.
+/// \file
+/// HxXmlReader: pull reader over libxml2's xmlTextReader.
 
 #include <memory>
 #include <string>
@@ -34,6 +35,7 @@ class HxXmlObjectFactory {
 /// `readObject` then returns false and prints a message naming file and line. Nothing throws.
 class HxXmlReader {
  public:
+  /// Node kinds returned by `next` and `nodeKind`.
   enum NodeKind { Error = -1, EndOfDocument = 0, StartElement = 1, EndElement = 2, EmptyElement = 3, Text = 4 };
 
   HxXmlReader();
@@ -59,16 +61,20 @@ class HxXmlReader {
 
   /// Number of attributes of the current element (namespace declarations excluded).
   int attributeCount() const;
-  /// Name of the i-th attribute as a token, value as text (empty for a bad index).
+  /// Name of the i-th attribute as a token; the empty token for a bad index.
   const HxToken& attributeName(int index) const;
+  /// Value of the i-th attribute; the empty string for a bad index.
   const char* attributeValue(int index) const;
   /// Selects the attribute that `currentAttributeValue` (and HxXmlObject::readAttribute) reads.
   void setCurrentAttribute(int index);
+  /// Value of the selected attribute; the empty string when the selection is not a valid index.
   const char* currentAttributeValue() const;
 
   /// Data mode (1 on, 0 off): the current character data is split into scalars, separated by
-  /// whitespace; a scalar in double quotes may hold blanks, with \" and \\ escaped.
+  /// whitespace; a scalar in double quotes may hold blanks, with `\"` and `\\` escaped.
   void setDataMode(int on);
+  /// 1 in data mode, else 0. Data mode ends by itself once its scalars are used up, on `next` and
+  /// on a parse error.
   int dataMode() const;
   /// In data mode: moves to the next scalar and returns true, or, when none is left, moves to
   /// the end of the element that holds the data, switches data mode off and returns false.
@@ -98,12 +104,15 @@ class HxXmlReader {
   const char* fileName() const;
   /// Line number of the current node (0 when unknown).
   int lineNumber() const;
-  /// Whether a parse error occurred, and its message ("file:line: text").
+  /// Whether a parse error occurred.
   HxBoolean hasError() const;
+  /// The first parse error as "file:line: text"; empty when there is none.
   const std::string& errorMessage() const;
 
-  /// Optional object factory (may be null); not owned.
+  /// The object factory; null when none was set.
   const HxXmlObjectFactory* objectFactory() const;
+  /// Sets the object factory (may be null); the reader does not own it, so it must outlive the
+  /// reading.
   void setObjectFactory(const HxXmlObjectFactory* factory);
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlSchema: writes an XML Schema (XSD) describing objects' elements.
+/// \file
+/// HxXmlSchema: writes an XML Schema (XSD) describing objects' elements.
 
 #include <ostream>
 #include <string>
@@ -21,6 +22,7 @@ class HxXmlObject;
 /// they are declared in a repeated choice.
 class HxXmlSchema {
  public:
+  /// A schema writer on `stream`, which must outlive it; failures show in the stream's state.
   explicit HxXmlSchema(std::ostream& stream);
 
   /// Writes the whole schema document for `root` held in an element named `rootToken`.
@@ -28,12 +30,20 @@ class HxXmlSchema {
 
   // Building blocks for HxXmlObject::writeSchema implementations. Each object describes the
   // content of the element that its parent declared.
+  /// Opens a complex type, with mixed content (text between the children) when `mixed`;
+  /// `endComplexType` closes it.
   void beginComplexType(bool mixed = false);
+  /// Closes the innermost complex type, admitting foreign-namespace attributes by a wildcard when
+  /// one of its attributes belongs to another namespace.
   void endComplexType();
-  /// A choice of child elements repeated any number of times.
+  /// Opens a choice of child elements, repeated any number of times unless `repeated` is
+  /// false; `endChoice` closes it.
   void beginChoice(bool repeated = true);
+  /// Closes the innermost choice.
   void endChoice();
+  /// Opens a sequence of child elements, in the order declared; `endSequence` closes it.
   void beginSequence();
+  /// Closes the innermost sequence.
   void endSequence();
   /// Declares a child element holding `content` (described by its writeSchema).
   void element(const HxToken& token, const HxXmlObject& content, int minOccurs = 0, int maxOccurs = 1);
@@ -50,6 +60,7 @@ class HxXmlSchema {
   /// Any content (used where nothing more precise is known).
   void anyContent();
 
+  /// The output stream, for content the building blocks do not cover.
   std::ostream& stream() { return stream_; }
 
  private:

@@ -1,8 +1,10 @@
 #pragma once
-// Shared tokens of the XML object framework (namespace HxXml). They carry no namespace.
+/// \file
+/// Shared tokens of the XML object framework (namespace HxXml). They carry no namespace.
 
 #include "framework/HxToken.h"
 
+/// Tokens of the XML object framework itself, without a namespace.
 namespace HxXml {
 extern const HxToken HxCountToken;         ///< "count": size attribute of a vector
 extern const HxToken HxGroupToken;         ///< "group": run of scalar values read in data mode

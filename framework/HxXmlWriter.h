@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlWriter: streaming, indented XML output.
+/// \file
+/// HxXmlWriter: streaming, indented XML output.
 
 #include <ostream>
 #include <string>
@@ -23,8 +24,8 @@ class HxXmlObject;
 ///
 /// Scalars: `writeScalar` writes the value of the attribute announced by `addAttribute`, or
 /// the text of the current element. In data mode (inside a group of scalars) scalars are
-/// separated by blanks and strings are quoted ("..." with \" and \\ escaped) so that the reader
-/// can split them again.
+/// separated by blanks and strings are quoted (`"..."` with `\"` and `\\` escaped) so that the
+/// reader can split them again.
 ///
 /// Once the stream fails, further output is dropped; `good` tells.
 class HxXmlWriter {
@@ -46,6 +47,7 @@ class HxXmlWriter {
   void writeScalar(std::string_view text, bool isString = false);
   /// Data mode on or off for the current element (ending the element also ends it).
   void setDataMode(bool on);
+  /// Whether the current element is in data mode.
   bool dataMode() const { return dataMode_; }
 
   /// Writes a whole object as one element named by its token. Returns the object's result.
@@ -55,9 +57,12 @@ class HxXmlWriter {
 
   /// Number of open elements.
   int depth() const { return static_cast<int>(open_); }
+  /// The document name given at construction.
   const std::string& name() const { return name_; }
   /// Whether the stream is still good.
   HxBoolean good() const { return stream_.good(); }
+  /// The output stream. Text written to it directly goes out as is, unescaped, wherever the
+  /// writer stands (inside an open start tag included).
   std::ostream& stream() { return stream_; }
 
   /// Registers a preferred prefix for a namespace URI; registered namespaces are declared on

@@ -1,5 +1,6 @@
 #pragma once
-// HxBaseSystemDataComponent: common base of capture configurations and sample records.
+/// \file
+/// HxBaseSystemDataComponent: common base of capture configurations and sample records.
 
 #include <cstddef>
 #include <string>
@@ -14,8 +15,11 @@
 /// is followed by one ',': the block `chars[0 .. offsets[count] - 1)` is therefore the elements
 /// joined by commas. `offsets` has `count + 1` entries and `offsets[0]` is 0.
 struct HxElementText {
+  /// The block: every element followed by one ','; not terminated.
   const char* chars = nullptr;
+  /// Start of each element in `chars`, then the block size: `count + 1` entries.
   const HxU32* offsets = nullptr;
+  /// Number of elements.
   std::size_t count = 0;
 
   /// Element `i` (below `count`).
@@ -29,7 +33,9 @@ struct HxElementText {
 /// A component's elements as the reals whose texts its string elements are: element i of the
 /// string elements is the toolkit's text of `values[i]`.
 struct HxElementValues {
+  /// The reals, `count` of them.
   const double* values = nullptr;
+  /// Number of reals.
   std::size_t count = 0;
 };
 
@@ -56,6 +62,7 @@ class HxBaseSystemDataComponent : public HxXmlCompoundType {
   HxBaseSystemDataComponent();
   /// Copies the compound base only.
   HxBaseSystemDataComponent(const HxBaseSystemDataComponent& other);
+  /// Assigns the compound base only.
   HxBaseSystemDataComponent& operator=(const HxBaseSystemDataComponent& other);
   ~HxBaseSystemDataComponent() override;
 

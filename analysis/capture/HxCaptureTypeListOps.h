@@ -1,6 +1,7 @@
 #pragma once
-// Operations on a list of data capture types shared by the manipulator, link and end-effector
-// captures. Internal to analysis/capture.
+/// \file
+/// Operations on a list of data capture types shared by the manipulator, link and end-effector
+/// captures. Internal to analysis/capture.
 
 #include "analysis/types/HxDataCaptureTypeVector.h"
 #include "analysis/xml/HxXmlVectorType.h"
@@ -8,11 +9,14 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
 
+/// Operations on a list of data capture types, shared by the three capture levels.
 namespace HxCaptureTypeListOps {
 
-/// Level codes of data capture types.
+/// Level code of manipulator-level data capture types.
 constexpr unsigned int ManipulatorLevel = 0;
+/// Level code of link-level data capture types.
 constexpr unsigned int LinkLevel = 1;
+/// Level code of end-effector-level data capture types.
 constexpr unsigned int EndEffectorLevel = 2;
 
 /// The type with that token (first match), or null.

@@ -1,5 +1,6 @@
 #pragma once
-// HxDisplaySystemDataCapture: description of one live plot of captured data.
+/// \file
+/// HxDisplaySystemDataCapture: description of one live plot of captured data.
 
 #include <string>
 #include <vector>
@@ -21,7 +22,9 @@ class HxDisplaySystemDataCapture : public HxXmlCompoundType {
 
   /// Empty title, two empty configurations, plot type 0 ("scrollingCurve").
   HxDisplaySystemDataCapture();
+  /// Copies the four fields; registrations are the copy's own.
   HxDisplaySystemDataCapture(const HxDisplaySystemDataCapture& other);
+  /// Assigns the four fields.
   HxDisplaySystemDataCapture& operator=(const HxDisplaySystemDataCapture& other);
   ~HxDisplaySystemDataCapture() override;
 
@@ -35,22 +38,35 @@ class HxDisplaySystemDataCapture : public HxXmlCompoundType {
   HxBoolean equality(const HxXmlObject* other) const override;
   /// "displaySystemDataCapture".
   const HxToken& token() const override;
+  /// "displaySystemDataCapture", the element name of the class.
   static const HxToken& classToken();
+  /// A new default object, owned by the caller.
   static HxXmlObject* creator();
+  /// A default object.
   static HxDisplaySystemDataCapture nullObject();
 
   /// Compares the compound base, then the four fields in order.
   bool operator==(const HxDisplaySystemDataCapture& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxDisplaySystemDataCapture& other) const { return !(*this == other); }
 
+  /// The plot title.
   virtual const std::string& title() const;
+  /// Replaces the plot title.
   virtual void setTitle(const std::string& title);
+  /// The configuration drawn against the left axis.
   virtual const HxSystemDataCapture& leftSystemDataCapture() const;
+  /// The configuration drawn against the left axis, to edit in place.
   virtual HxSystemDataCapture& leftSystemDataCapture();
+  /// Replaces the configuration drawn against the left axis by a copy of `capture`.
   virtual void setLeftSystemDataCapture(const HxSystemDataCapture& capture);
+  /// The configuration drawn against the right axis.
   virtual const HxSystemDataCapture& rightSystemDataCapture() const;
+  /// The configuration drawn against the right axis, to edit in place.
   virtual HxSystemDataCapture& rightSystemDataCapture();
+  /// Replaces the configuration drawn against the right axis by a copy of `capture`.
   virtual void setRightSystemDataCapture(const HxSystemDataCapture& capture);
+  /// The plot type: a `PlotType` value, or whatever number `setPlotType` or the file gave.
   virtual unsigned int plotType() const;
   /// Sets the plot type by number, without a range check.
   virtual void setPlotType(unsigned int plotType);

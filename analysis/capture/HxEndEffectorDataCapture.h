@@ -1,5 +1,6 @@
 #pragma once
-// HxEndEffectorDataCapture: the end-effector-level quantities captured for one end effector.
+/// \file
+/// HxEndEffectorDataCapture: the end-effector-level quantities captured for one end effector.
 
 #include "analysis/types/HxDataCaptureTypeVector.h"
 #include "analysis/xml/HxXmlVectorType.h"
@@ -17,11 +18,14 @@ class HxSystemSimulation;
 /// nothing.
 class HxEndEffectorDataCapture : public HxXmlCompoundType {
  public:
+  /// Disable flags of one data capture type, one per column.
   using Flags = HxXmlVectorType<HxXmlBasicType<bool>>;
 
   /// End effector 0, no types.
   HxEndEffectorDataCapture();
+  /// Copies the index and deep-copies the types.
   HxEndEffectorDataCapture(const HxEndEffectorDataCapture& other);
+  /// Assigns the index and deep-copies the types.
   HxEndEffectorDataCapture& operator=(const HxEndEffectorDataCapture& other);
   ~HxEndEffectorDataCapture() override;
 
@@ -35,14 +39,19 @@ class HxEndEffectorDataCapture : public HxXmlCompoundType {
   const HxToken& token() const override;
   /// "endEffectorDataCapture".
   static const HxToken& classToken();
+  /// A new default object, owned by the caller.
   static HxXmlObject* creator();
+  /// A default object.
   static HxEndEffectorDataCapture nullObject();
 
   /// Compares the compound base, the index and the type vector, in that order.
   bool operator==(const HxEndEffectorDataCapture& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxEndEffectorDataCapture& other) const { return !(*this == other); }
 
+  /// Sets the index of the end effector within its manipulator; not range-checked.
   virtual void setEndEffectorIndex(unsigned int index);
+  /// The captured types, in the order they were added.
   virtual const HxDataCaptureTypeVector& dataCaptureVector() const;
   /// Captures every type for this end effector of manipulator `manipulatorIndex`. Returns the
   /// result of the last type's capture (not the conjunction), true for an empty vector.
@@ -57,12 +66,16 @@ class HxEndEffectorDataCapture : public HxXmlCompoundType {
   virtual HxBoolean addDataCaptureType(const HxDataCaptureType& type);
   /// Removes the type with that token; false when absent.
   virtual HxBoolean removeDataCaptureType(const HxToken& token);
+  /// Whether a type with that token is held.
   virtual HxBoolean isDataCaptureTypeIncluded(const HxToken& token) const;
+  /// Number of types held.
   virtual unsigned int numDataCaptureTypes() const;
   /// Replaces the disable flags of the type with that token; false when absent.
   virtual HxBoolean setDisableFlags(const HxToken& token, const Flags& flags);
+  /// Removes every type.
   virtual void removeAllDataCaptureTypes();
 
+  /// Index of the end effector within its manipulator.
   unsigned int endEffectorIndex() const;
 
   /// Every available end-effector-level type, built once on first use (not thread-safe).

@@ -1,5 +1,6 @@
 #pragma once
-// HxLinkDataCapture: the link-level quantities captured for one link of a manipulator.
+/// \file
+/// HxLinkDataCapture: the link-level quantities captured for one link of a manipulator.
 
 #include <string>
 
@@ -18,11 +19,14 @@ class HxSystemSimulation;
 /// "dataCaptureTypeVector". Reports failure by result only; prints nothing.
 class HxLinkDataCapture : public HxXmlCompoundType {
  public:
+  /// Disable flags of one data capture type, one per column.
   using Flags = HxXmlVectorType<HxXmlBasicType<bool>>;
 
   /// Empty identifier, no types.
   HxLinkDataCapture();
+  /// Copies the identifier and deep-copies the types.
   HxLinkDataCapture(const HxLinkDataCapture& other);
+  /// Assigns the identifier and deep-copies the types.
   HxLinkDataCapture& operator=(const HxLinkDataCapture& other);
   ~HxLinkDataCapture() override;
 
@@ -36,14 +40,19 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   const HxToken& token() const override;
   /// "linkDataCapture".
   static const HxToken& classToken();
+  /// A new default object, owned by the caller.
   static HxXmlObject* creator();
+  /// A default object.
   static HxLinkDataCapture nullObject();
 
   /// Compares the compound base, the identifier and the type vector, in that order.
   bool operator==(const HxLinkDataCapture& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxLinkDataCapture& other) const { return !(*this == other); }
 
+  /// Sets the identifier of the link within its manipulator; not checked against any model.
   virtual void setLinkIdentifier(const std::string& identifier);
+  /// The captured types, in the order they were added.
   virtual const HxDataCaptureTypeVector& dataCaptureVector() const;
   /// Captures every type for this link of manipulator `manipulatorIndex`: the link is looked
   /// up once by identifier in the simulation's manipulator, then each type captures with the
@@ -57,12 +66,16 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   virtual HxBoolean addDataCaptureType(const HxToken& token);
   /// Removes the type with that token; false when absent.
   virtual HxBoolean removeDataCaptureType(const HxToken& token);
+  /// Whether a type with that token is held.
   virtual HxBoolean isDataCaptureTypeIncluded(const HxToken& token) const;
+  /// Number of types held.
   virtual unsigned int numDataCaptureTypes() const;
   /// Replaces the disable flags of the type with that token; false when absent.
   virtual HxBoolean setDisableFlags(const HxToken& token, const Flags& flags);
+  /// Removes every type.
   virtual void removeAllDataCaptureTypes();
 
+  /// Identifier of the link within its manipulator.
   const std::string& linkIdentifier() const;
 
   /// Every available link-level type, built once on first use (not thread-safe).

@@ -1,5 +1,6 @@
 #pragma once
-// HxManipulatorDataCapture: what is captured for one manipulator, at its three levels.
+/// \file
+/// HxManipulatorDataCapture: what is captured for one manipulator, at its three levels.
 
 #include <string>
 
@@ -27,8 +28,11 @@ class HxSystemSimulation;
 /// "endEffectorDataCaptureVector". Reports failure by result only; prints nothing.
 class HxManipulatorDataCapture : public HxXmlCompoundType {
  public:
+  /// Disable flags of one data capture type, one per column.
   using Flags = HxXmlVectorType<HxXmlBasicType<bool>>;
+  /// The link captures, held by value.
   using LinkDataCaptureVector = HxXmlVectorType<HxLinkDataCapture>;
+  /// The end-effector captures, held by value.
   using EndEffectorDataCaptureVector = HxXmlVectorType<HxEndEffectorDataCapture>;
 
   /// Element index given to manipulator-level types, which ignore it (minus two as unsigned).
@@ -36,7 +40,9 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
 
   /// Manipulator 0, nothing captured.
   HxManipulatorDataCapture();
+  /// Copies the index and deep-copies the three levels.
   HxManipulatorDataCapture(const HxManipulatorDataCapture& other);
+  /// Assigns the index and deep-copies the three levels.
   HxManipulatorDataCapture& operator=(const HxManipulatorDataCapture& other);
   ~HxManipulatorDataCapture() override;
 
@@ -51,19 +57,26 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   const HxToken& token() const override;
   /// "manipulatorDataCapture".
   static const HxToken& classToken();
+  /// A new default object, owned by the caller.
   static HxXmlObject* creator();
+  /// A default object.
   static HxManipulatorDataCapture nullObject();
 
   /// Compares the compound base, then the four fields in order.
   bool operator==(const HxManipulatorDataCapture& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxManipulatorDataCapture& other) const { return !(*this == other); }
 
   /// Index of the manipulator in the simulated system.
   virtual unsigned int manipulatorIndex() const;
+  /// Sets the index of the manipulator in the simulated system; not range-checked.
   virtual void setManipulatorIndex(unsigned int const& index);
 
+  /// The manipulator-level types, in the order they were added.
   virtual const HxDataCaptureTypeVector& dataCaptureVector() const;
+  /// The link captures, in the order they were created.
   virtual const LinkDataCaptureVector& linkDataCaptureVector() const;
+  /// The end-effector captures, in the order they were created.
   virtual const EndEffectorDataCaptureVector& endEffectorDataCaptureVector() const;
 
   /// Captures one sample: the manipulator-level types (with element index
@@ -89,6 +102,9 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   virtual HxBoolean addEndEffectorDataCaptureType(const HxDataCaptureType& type, unsigned int numEndEffectors);
   /// Adds an end-effector-level type to one end effector, creating its capture when needed.
   virtual HxBoolean addEndEffectorDataCaptureType(unsigned int endEffectorIndex, const HxToken& token);
+  /// Adds a copy of `type` to one end effector (replacing a type of its token), creating its
+  /// capture when needed (only if the type is accepted). False when `type` is not
+  /// end-effector-level.
   virtual HxBoolean addEndEffectorDataCaptureType(unsigned int endEffectorIndex, const HxDataCaptureType& type);
 
   /// Removes a manipulator-level type; never prunes. False when absent.

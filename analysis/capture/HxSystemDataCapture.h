@@ -1,5 +1,6 @@
 #pragma once
-// HxSystemDataCapture: the capture configuration of a whole simulated system.
+/// \file
+/// HxSystemDataCapture: the capture configuration of a whole simulated system.
 
 #include <string>
 #include <vector>
@@ -38,8 +39,11 @@ class HxSystemSimulation;
 /// Reports failure by result only; prints nothing.
 class HxSystemDataCapture : public HxBaseSystemDataComponent {
  public:
+  /// Disable flags of one data capture type, one per column.
   using Flags = HxXmlVectorType<HxXmlBasicType<bool>>;
+  /// Captured values, in flat order.
   using Values = HxXmlVectorType<HxXmlBasicType<double>>;
+  /// The manipulator captures, held by value.
   using ManipulatorDataCaptureVector = HxXmlVectorType<HxManipulatorDataCapture>;
 
   /// Empty label, no manipulator captures, element size 0.
@@ -64,13 +68,16 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   HxBoolean equality(const HxXmlObject* other) const override;
   /// "generalCapture".
   const HxToken& token() const override;
+  /// "generalCapture", the element name of the class.
   static const HxToken& classToken();
   /// A new default configuration, for registration in `HxSystemDataVector`.
   static HxXmlObject* creator();
+  /// A default configuration.
   static HxSystemDataCapture nullObject();
 
   /// Compares the base, the label and the manipulator captures (not the element size).
   bool operator==(const HxSystemDataCapture& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxSystemDataCapture& other) const { return !(*this == other); }
 
   /// 0: a capture configuration.
@@ -85,8 +92,12 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   /// allocation once warm.
   void getStringElements(std::vector<std::string>& labels) const override;
 
+  /// The configuration's label (free text, serialised as "systemDataCaptureLabel").
   virtual const std::string& label() const;
+  /// Replaces the label.
   virtual void setLabel(const std::string& label);
+  /// The manipulator captures, in the order they were created; a record's manipulator positions
+  /// follow this order.
   virtual const ManipulatorDataCaptureVector& manipulatorDataCaptureVector() const;
 
   /// Makes every configured type read the simulation (every manipulator capture is called even
@@ -139,25 +150,35 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   /// Erases the (last) capture of manipulator m; false when there is none.
   virtual HxBoolean removeManipulatorDataCapture(unsigned int const& m);
 
-  /// Whether manipulator m captures the token at manipulator level / at that link / at that
-  /// end effector; false when m (or the link or end effector) is not captured.
+  /// Whether manipulator m captures the token at manipulator level; false when m is not
+  /// captured.
   virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, const HxToken& token) const;
+  /// Whether manipulator m captures the token at that link; false when m or the link is not
+  /// captured.
   virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, const std::string& link,
                                               const HxToken& token) const;
+  /// Whether manipulator m captures the token at end effector e; false when m or the end
+  /// effector is not captured.
   virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, unsigned int const& e,
                                               const HxToken& token) const;
 
-  /// Number of types of manipulator m at manipulator level / at that link / at that end
-  /// effector; 0 when not captured.
+  /// Number of manipulator-level types of manipulator m; 0 when m is not captured.
   virtual unsigned int numDataCaptureTypes(unsigned int const& m) const;
+  /// Number of types of manipulator m at that link; 0 when m or the link is not captured.
   virtual unsigned int numDataCaptureTypes(unsigned int const& m, const std::string& link) const;
+  /// Number of types of manipulator m at end effector e; 0 when m or the end effector is not
+  /// captured.
   virtual unsigned int numDataCaptureTypes(unsigned int const& m, unsigned int const& e) const;
 
-  /// Replaces the disable flags of a type of manipulator m; false when it is not there. The
-  /// element size is left alone (it counts disabled columns too).
+  /// Replaces the disable flags of a manipulator-level type of manipulator m; false when it is
+  /// not there. The element size is left alone (it counts disabled columns too).
   virtual HxBoolean setDisableFlags(unsigned int const& m, const HxToken& token, const Flags& flags);
+  /// Replaces the disable flags of a type of manipulator m at that link; false when it is not
+  /// there. The element size is left alone.
   virtual HxBoolean setDisableFlags(unsigned int const& m, const std::string& link, const HxToken& token,
                                     const Flags& flags);
+  /// Replaces the disable flags of a type of manipulator m at end effector e; false when it is
+  /// not there. The element size is left alone.
   virtual HxBoolean setDisableFlags(unsigned int const& m, unsigned int const& e, const HxToken& token,
                                     const Flags& flags);
 

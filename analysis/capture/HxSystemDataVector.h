@@ -1,5 +1,6 @@
 #pragma once
-// HxSystemDataVector: a polymorphic list of system data components.
+/// \file
+/// HxSystemDataVector: a polymorphic list of system data components.
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
 #include "analysis/xml/HxXmlVariableVectorType.h"
@@ -11,7 +12,9 @@
 class HxSystemDataVector : public HxXmlVariableVectorType<HxBaseSystemDataComponent> {
  public:
   HxSystemDataVector();
+  /// Deep copy: every component is cloned.
   HxSystemDataVector(const HxSystemDataVector& other);
+  /// Replaces every component by a clone of the source's.
   HxSystemDataVector& operator=(const HxSystemDataVector& other);
   ~HxSystemDataVector() override;
 
@@ -34,12 +37,15 @@ class HxSystemDataVector : public HxXmlVariableVectorType<HxBaseSystemDataCompon
   HxBoolean equality(const HxXmlObject* other) const override;
   /// "systemDataVector".
   const HxToken& token() const override;
+  /// "systemDataVector", the element name of the class.
   static const HxToken& classToken();
+  /// A new empty vector, owned by the caller.
   static HxXmlObject* creator();
   /// A default, empty vector.
   static HxSystemDataVector nullObject();
 
   /// The polymorphic vector's comparison.
   bool operator==(const HxSystemDataVector& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxSystemDataVector& other) const { return !(*this == other); }
 };

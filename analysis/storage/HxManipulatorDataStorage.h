@@ -1,5 +1,6 @@
 #pragma once
-// HxManipulatorDataStorage: the values of one manipulator within one captured sample.
+/// \file
+/// HxManipulatorDataStorage: the values of one manipulator within one captured sample.
 
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxTypes.h"
@@ -26,8 +27,11 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
   /// One quantity vector per link or end effector, in configuration order.
   using ElementVector = HxXmlVectorType<QuantityVector>;
 
+  /// No quantities, no links, no end effectors.
   HxManipulatorDataStorage();
+  /// Copies the three data vectors, shape and values.
   HxManipulatorDataStorage(const HxManipulatorDataStorage& other);
+  /// Assigns the three data vectors, shape and values.
   HxManipulatorDataStorage& operator=(const HxManipulatorDataStorage& other);
   ~HxManipulatorDataStorage() override;
 
@@ -43,10 +47,12 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
   static const HxToken& classToken();
   /// A new default storage, for registration in polymorphic vectors.
   static HxXmlObject* creator();
+  /// A default, empty storage.
   static HxManipulatorDataStorage nullObject();
 
   /// Compares the compound base, then the three data vectors in order.
   bool operator==(const HxManipulatorDataStorage& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxManipulatorDataStorage& other) const { return !(*this == other); }
 
   /// Manipulator-level data, [quantity][value].
@@ -61,16 +67,25 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
 
   /// Link-level data, [link][quantity][value].
   virtual const ElementVector& linkLevelData() const;
+  /// Replaces the link-level data (and so its shape).
   virtual void setLinkLevelData(const ElementVector& data);
-  /// As the manipulator-level setters, on [link][quantity].
+  /// Stores `value` at [link][quantity][offset]; false (nothing stored) for an index out of
+  /// range.
   virtual HxBoolean setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset, double value);
+  /// Copies the n values into [link][quantity][offset .. offset+n-1]; false (nothing stored)
+  /// when n is 0, the link or the quantity does not exist or the run does not fit.
   virtual HxBoolean setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset, const ValueVector& values);
 
   /// End-effector data, [end effector][quantity][value].
   virtual const ElementVector& endEffectorData() const;
+  /// Replaces the end-effector data (and so its shape).
   virtual void setEndEffectorData(const ElementVector& data);
-  /// As the manipulator-level setters, on [endEffector][quantity].
+  /// Stores `value` at [endEffector][quantity][offset]; false (nothing stored) for an index out
+  /// of range.
   virtual HxBoolean setSpecificEndEffectorData(HxU32 endEffector, HxU32 quantity, HxU32 offset, double value);
+  /// Copies the n values into [endEffector][quantity][offset .. offset+n-1]; false (nothing
+  /// stored) when n is 0, the end effector or the quantity does not exist or the run does not
+  /// fit.
   virtual HxBoolean setSpecificEndEffectorData(HxU32 endEffector, HxU32 quantity, HxU32 offset,
                                                const ValueVector& values);
 

@@ -1,5 +1,6 @@
 #pragma once
-// HxSystemDataStorage: one captured sample of the whole simulated system (the sample record).
+/// \file
+/// HxSystemDataStorage: one captured sample of the whole simulated system (the sample record).
 
 #include <string>
 #include <vector>
@@ -35,13 +36,16 @@
 /// refresh the caches.
 class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSource {
  public:
+  /// One storage per captured manipulator, in the order of the capture configuration.
   using ManipulatorDataVector = HxXmlVectorType<HxManipulatorDataStorage>;
+  /// The values of one quantity.
   using ValueVector = HxManipulatorDataStorage::ValueVector;
 
   /// No manipulators, time 0, path-point index 0, element size 0.
   HxSystemDataStorage();
   /// Copies everything but the text cache (the element size included).
   HxSystemDataStorage(const HxSystemDataStorage& other);
+  /// Assigns everything but the caches (the element size included); marks the caches stale.
   HxSystemDataStorage& operator=(const HxSystemDataStorage& other);
   ~HxSystemDataStorage() override;
 
@@ -56,13 +60,16 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   HxBoolean equality(const HxXmlObject* other) const override;
   /// "generalStorage".
   const HxToken& token() const override;
+  /// "generalStorage", the element name of the class.
   static const HxToken& classToken();
   /// A new default record, for registration in `HxSystemDataVector`.
   static HxXmlObject* creator();
+  /// A default, empty record.
   static HxSystemDataStorage nullObject();
 
   /// Compares the base, the manipulator data vector, time, path-point index and element size.
   bool operator==(const HxSystemDataStorage& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxSystemDataStorage& other) const { return !(*this == other); }
 
   /// 1: a sample record.
@@ -72,29 +79,47 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// (time and index always included). See the class comment for the cache; no allocation once
   /// warm.
   void getStringElements(std::vector<std::string>& elements) const override;
+  /// The per-manipulator data, by manipulator capture position.
   virtual const ManipulatorDataVector& manipulatorDataVector() const;
   /// Replaces the per-manipulator data (and so the shape); call `computeElementSize` after.
   virtual void setManipulatorDataVector(const ManipulatorDataVector& data);
 
-  /// Forwards to manipulator `manipulator`'s storage; false (nothing stored, nothing printed)
-  /// for an index out of range or a run that does not fit.
+  // The specific setters forward to manipulator `manipulator`'s storage; each returns false
+  // (nothing stored, nothing printed) for an index out of range or a run that does not fit.
+  // Each marks the caches stale, even when it fails.
+
+  /// Stores one manipulator-level value of manipulator `manipulator` (see
+  /// `HxManipulatorDataStorage::setSpecificManipulatorLevelData`); false for an index out of
+  /// range.
   virtual HxBoolean setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset, double value);
+  /// Stores a run of manipulator-level values of manipulator `manipulator`; false for an index
+  /// out of range, an empty run or a run that does not fit.
   virtual HxBoolean setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset,
                                                     const ValueVector& values);
+  /// Stores one link-level value of manipulator `manipulator` (see
+  /// `HxManipulatorDataStorage::setSpecificLinkLevelData`); false for an index out of range.
   virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
                                              double value);
+  /// Stores a run of link-level values of manipulator `manipulator`; false for an index out of
+  /// range, an empty run or a run that does not fit.
   virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
                                              const ValueVector& values);
+  /// Stores one end-effector value of manipulator `manipulator` (see
+  /// `HxManipulatorDataStorage::setSpecificEndEffectorData`); false for an index out of range.
   virtual HxBoolean setSpecificEndEffectorData(HxU32 manipulator, HxU32 endEffector, HxU32 quantity, HxU32 offset,
                                                double value);
+  /// Stores a run of end-effector values of manipulator `manipulator`; false for an index out
+  /// of range, an empty run or a run that does not fit.
   virtual HxBoolean setSpecificEndEffectorData(HxU32 manipulator, HxU32 endEffector, HxU32 quantity, HxU32 offset,
                                                const ValueVector& values);
 
   /// Simulation time of the sample.
   virtual double time() const;
+  /// Stamps the sample with its simulation time; marks the caches stale.
   virtual void setTime(const double& time);
   /// Index of the path point being executed; 0 unless set.
   virtual unsigned int pathPointIndex() const;
+  /// Sets the path-point index; marks the caches stale.
   virtual void setPathPointIndex(unsigned int index);
 
   /// Recomputes the element size from the current shape: 2 plus the number of values.

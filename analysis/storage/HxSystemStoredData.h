@@ -1,5 +1,6 @@
 #pragma once
-// HxSystemStoredData: the recorder.
+/// \file
+/// HxSystemStoredData: the recorder.
 
 #include <fstream>
 #include <string>
@@ -44,6 +45,7 @@ class HxSystemStoredData {
 
   /// Equal when the system data vectors and the writer vectors are equal.
   bool operator==(const HxSystemStoredData& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxSystemStoredData& other) const { return !(*this == other); }
 
   /// Replaces the writers by a copy of `writers`.

@@ -1,11 +1,12 @@
 #pragma once
-// The Cartesian quantities: placements, motions and centre of mass of a manipulator's base
-// (manipulator level) and of its end effectors (end-effector level).
-//
-// Placements have 7 columns (translation X, Y, Z, then orientation components 0 to 3 in the
-// order HxOrientation::operator[] gives them); motions 6 (linear X, Y, Z, angular X, Y, Z);
-// the centre of mass 3. `captureData` returns false, with the columns filled so far (zeros),
-// when an index is out of range or the source it needs is missing.
+/// \file
+/// The Cartesian quantities: placements, motions and centre of mass of a manipulator's base
+/// (manipulator level) and of its end effectors (end-effector level).
+///
+/// Placements have 7 columns (translation X, Y, Z, then orientation components 0 to 3 in the
+/// order HxOrientation::operator[] gives them); motions 6 (linear X, Y, Z, angular X, Y, Z);
+/// the centre of mass 3. `captureData` returns false, with the columns filled so far (zeros),
+/// when an index is out of range or the source it needs is missing.
 
 #include "analysis/types/HxDataCaptureType.h"
 #include "simulation/HxEndEffectorPlacement.h"

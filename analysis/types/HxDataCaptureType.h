@@ -1,5 +1,6 @@
 #pragma once
-// HxDataCaptureType: abstract base of the captured quantities.
+/// \file
+/// HxDataCaptureType: abstract base of the captured quantities.
 
 #include <string>
 
@@ -28,13 +29,18 @@ class HxSystemSimulation;
 /// manipulator, link or end effector, and must be captured from one thread at a time.
 class HxDataCaptureType : public HxXmlCompoundType {
  public:
+  /// One switch-off flag per column.
   using FlagVector = HxXmlVectorType<HxXmlBasicType<bool> >;
+  /// One label per column.
   using LabelVector = HxXmlVectorType<HxXmlBasicType<std::string> >;
+  /// The capture buffer: one value per column.
   using DataVector = HxXmlVectorType<HxXmlBasicType<double> >;
 
   /// Empty flags, labels and buffer; concrete constructors size the labels and the buffer.
   HxDataCaptureType();
+  /// Copies flags, labels and buffer.
   HxDataCaptureType(const HxDataCaptureType& other);
+  /// Assigns flags, labels and buffer.
   HxDataCaptureType& operator=(const HxDataCaptureType& other);
   ~HxDataCaptureType() override;
 
@@ -68,6 +74,7 @@ class HxDataCaptureType : public HxXmlCompoundType {
 
   /// Equal when the flags, the labels and the buffers are equal (checked in that order).
   bool operator==(const HxDataCaptureType& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxDataCaptureType& other) const { return !(*this == other); }
 
  protected:
@@ -79,7 +86,9 @@ class HxDataCaptureType : public HxXmlCompoundType {
   /// Column `index` of the buffer, for the concrete `captureData`.
   double& column(HxU32 index) const { return m_data[index].value(); }
 
+  /// Serialised as "disableFlags".
   FlagVector m_disableFlags;
+  /// Serialised as "dataLabels"; set by `initializeColumns`.
   LabelVector m_dataLabels;
   /// Written by the const `captureData`.
   mutable DataVector m_data;
@@ -94,11 +103,16 @@ class HxDataCaptureType : public HxXmlCompoundType {
 /// `equality` is false for null or for an object of another class, else `operator==`.
 #define HX_DATA_CAPTURE_TYPE_MEMBERS(ClassName)                                                    \
  public:                                                                                          \
+  /** Sizes the labels and the buffer for the class's columns and sets the labels. */             \
   ClassName();                                                                                    \
+  /** Copies every member, working state between samples included. */                             \
   ClassName(const ClassName& other);                                                              \
+  /** Assigns every member, working state between samples included. */                            \
   ClassName& operator=(const ClassName& other);                                                   \
   ~ClassName() override;                                                                          \
+  /** The element name of the class in XML files. */                                              \
   static const HxToken& classToken();                                                             \
+  /** A new default object, owned by the caller (the creator registered for the token). */        \
   static HxXmlObject* creator();                                                                  \
   HxXmlObject* clone() const override;                                                            \
   HxXmlObject* newObject() const override;                                                        \

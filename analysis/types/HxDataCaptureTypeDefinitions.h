@@ -1,6 +1,7 @@
 #pragma once
-// Definitions shared by every concrete data capture type; included only by the source files
-// of analysis/types/.
+/// \file
+/// Definitions shared by every concrete data capture type; included only by the source files
+/// of analysis/types/.
 
 #include <string>
 
@@ -35,7 +36,10 @@
 
 /// Level codes of `HxDataCaptureType::type()`.
 namespace HxDataCaptureLevel {
+/// Captured once per manipulator.
 constexpr HxU32 Manipulator = 0;
+/// Captured per link (joint) of a manipulator.
 constexpr HxU32 Link = 1;
+/// Captured per end effector of a manipulator.
 constexpr HxU32 EndEffector = 2;
 }  // namespace HxDataCaptureLevel

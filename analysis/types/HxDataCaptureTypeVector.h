@@ -1,5 +1,6 @@
 #pragma once
-// HxDataCaptureTypeVector: an owning list of data capture types of any kind.
+/// \file
+/// HxDataCaptureTypeVector: an owning list of data capture types of any kind.
 
 #include "analysis/types/HxDataCaptureType.h"
 #include "analysis/xml/HxXmlVariableVectorType.h"
@@ -23,11 +24,15 @@
 class HxDataCaptureTypeVector : public HxXmlVariableVectorType<HxDataCaptureType> {
  public:
   HxDataCaptureTypeVector();
+  /// Deep copy: every type is cloned, working state included.
   HxDataCaptureTypeVector(const HxDataCaptureTypeVector& other);
+  /// Replaces every type by a clone of the source's.
   HxDataCaptureTypeVector& operator=(const HxDataCaptureTypeVector& other);
   ~HxDataCaptureTypeVector() override;
 
+  /// "dataCaptureTypeVector", the element name of the class.
   static const HxToken& classToken();
+  /// A new empty vector, owned by the caller.
   static HxXmlObject* creator();
   /// A static empty vector.
   static const HxDataCaptureTypeVector& nullObject();

@@ -1,5 +1,6 @@
 #pragma once
-// All captured quantities: the data capture type base, its vector and the 21 concrete types.
+/// \file
+/// All captured quantities: the data capture type base, its vector and the 21 concrete types.
 
 #include "analysis/types/HxCartesianDataCaptureTypes.h"
 #include "analysis/types/HxDataCaptureType.h"

@@ -1,7 +1,8 @@
 #pragma once
-// The force and power quantities. All four need dynamics: `captureData` returns false, with
-// zeroed columns, when the dynamics are off, when an index is out of range, or when the
-// simulation does not provide what the quantity is made of.
+/// \file
+/// The force and power quantities. All four need dynamics: `captureData` returns false, with
+/// zeroed columns, when the dynamics are off, when an index is out of range, or when the
+/// simulation does not provide what the quantity is made of.
 
 #include "analysis/types/HxDataCaptureType.h"
 

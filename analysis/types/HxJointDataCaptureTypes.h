@@ -1,9 +1,10 @@
 #pragma once
-// The joint-space quantities: link-level data capture types of one column each.
-//
-// `captureData(simulation, manipulatorIndex, elementIndex)` reads joint `elementIndex` of
-// manipulator `manipulatorIndex`; it returns false, with the column at 0.0, when an index is
-// out of range or (for the types that need them) the dynamics are off.
+/// \file
+/// The joint-space quantities: link-level data capture types of one column each.
+///
+/// `captureData(simulation, manipulatorIndex, elementIndex)` reads joint `elementIndex` of
+/// manipulator `manipulatorIndex`; it returns false, with the column at 0.0, when an index is
+/// out of range or (for the types that need them) the dynamics are off.
 
 #include "analysis/types/HxDataCaptureType.h"
 

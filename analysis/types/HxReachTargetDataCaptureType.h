@@ -1,5 +1,6 @@
 #pragma once
-// HxReachTargetDataCaptureType: whether an end effector has reached the placement asked of it.
+/// \file
+/// HxReachTargetDataCaptureType: whether an end effector has reached the placement asked of it.
 
 #include "analysis/types/HxDataCaptureType.h"
 #include "framework/HxXmlBasicType.h"
@@ -30,13 +31,17 @@ class HxReachTargetDataCaptureType : public HxDataCaptureType {
 
   /// Largest translation error (distance) that counts as reached.
   double translationTolerance() const { return m_translationTolerance.value(); }
+  /// Sets the translation tolerance; not checked (a negative one is never met).
   void setTranslationTolerance(double tolerance) { m_translationTolerance = tolerance; }
   /// Largest orientation error (rotation angle, radians) that counts as reached.
   double orientationTolerance() const { return m_orientationTolerance.value(); }
+  /// Sets the orientation tolerance; not checked (a negative one is never met by a frame end
+  /// effector).
   void setOrientationTolerance(double tolerance) { m_orientationTolerance = tolerance; }
 
   /// The base comparison and both tolerances; the working members are not compared.
   bool operator==(const HxReachTargetDataCaptureType& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxReachTargetDataCaptureType& other) const { return !(*this == other); }
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
-// HxBaseOutputWriter: the contract between the recorder and one output file format.
+/// \file
+/// HxBaseOutputWriter: the contract between the recorder and one output file format.
 
 #include <fstream>
 #include <ostream>
@@ -28,6 +29,7 @@ class HxBaseOutputWriter : public HxXmlCompoundType {
   HxBaseOutputWriter();
   /// Copies the compound base only.
   HxBaseOutputWriter(const HxBaseOutputWriter& other);
+  /// Assigns the compound base only.
   HxBaseOutputWriter& operator=(const HxBaseOutputWriter& other);
   ~HxBaseOutputWriter() override;
 

@@ -1,5 +1,6 @@
 #pragma once
-// HxMathematicaOutputWriter: the recording as a Mathematica notebook.
+/// \file
+/// HxMathematicaOutputWriter: the recording as a Mathematica notebook.
 
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@ class HxMathematicaOutputWriter : public HxBaseOutputWriter {
   HxMathematicaOutputWriter();
   /// Copies the base; the copy starts with empty scratch buffers.
   HxMathematicaOutputWriter(const HxMathematicaOutputWriter& other);
+  /// Assigns the base; the target keeps its scratch buffers.
   HxMathematicaOutputWriter& operator=(const HxMathematicaOutputWriter& other);
   ~HxMathematicaOutputWriter() override;
 
@@ -33,6 +35,7 @@ class HxMathematicaOutputWriter : public HxBaseOutputWriter {
   static const HxToken& classToken();
   /// A new default writer, for registration in `HxOutputWriterVector`.
   static HxXmlObject* creator();
+  /// A default writer.
   static HxMathematicaOutputWriter nullObject();
   /// Compares the framework base only: all Mathematica writers are equal.
   bool operator==(const HxMathematicaOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }

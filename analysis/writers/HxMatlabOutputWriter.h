@@ -1,5 +1,6 @@
 #pragma once
-// HxMatlabOutputWriter: the recording as a MATLAB script.
+/// \file
+/// HxMatlabOutputWriter: the recording as a MATLAB script.
 
 #include <string>
 #include <vector>
@@ -24,6 +25,7 @@ class HxMatlabOutputWriter : public HxBaseOutputWriter {
   HxMatlabOutputWriter();
   /// Copies the base; the copy starts with empty scratch buffers.
   HxMatlabOutputWriter(const HxMatlabOutputWriter& other);
+  /// Assigns the base; the target keeps its scratch buffers.
   HxMatlabOutputWriter& operator=(const HxMatlabOutputWriter& other);
   ~HxMatlabOutputWriter() override;
 
@@ -36,6 +38,7 @@ class HxMatlabOutputWriter : public HxBaseOutputWriter {
   static const HxToken& classToken();
   /// A new default writer, for registration in `HxOutputWriterVector`.
   static HxXmlObject* creator();
+  /// A default writer.
   static HxMatlabOutputWriter nullObject();
   /// Compares the framework base only: all MATLAB writers are equal.
   bool operator==(const HxMatlabOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }

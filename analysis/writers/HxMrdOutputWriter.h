@@ -1,5 +1,6 @@
 #pragma once
-// HxMrdOutputWriter: the recording as an MRD file (text header and labels, big-endian floats).
+/// \file
+/// HxMrdOutputWriter: the recording as an MRD file (text header and labels, big-endian floats).
 
 #include <string>
 #include <vector>
@@ -34,6 +35,8 @@ class HxMrdOutputWriter : public HxBaseOutputWriter {
   /// Copies the base, the counts and the fourth header value; the copy starts with empty
   /// scratch buffers.
   HxMrdOutputWriter(const HxMrdOutputWriter& other);
+  /// Assigns the base, the counts and the fourth header value; the target keeps its scratch
+  /// buffers.
   HxMrdOutputWriter& operator=(const HxMrdOutputWriter& other);
   ~HxMrdOutputWriter() override;
 
@@ -46,6 +49,7 @@ class HxMrdOutputWriter : public HxBaseOutputWriter {
   static const HxToken& classToken();
   /// A new default writer, for registration in `HxOutputWriterVector`.
   static HxXmlObject* creator();
+  /// A default writer.
   static HxMrdOutputWriter nullObject();
   /// Compares the framework base only: all MRD writers are equal.
   bool operator==(const HxMrdOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }

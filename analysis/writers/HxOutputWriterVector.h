@@ -1,5 +1,6 @@
 #pragma once
-// HxOutputWriterVector: the set of output writers a recorder uses.
+/// \file
+/// HxOutputWriterVector: the set of output writers a recorder uses.
 
 #include "analysis/writers/HxBaseOutputWriter.h"
 #include "analysis/xml/HxXmlVariableVectorType.h"
@@ -15,7 +16,9 @@
 class HxOutputWriterVector : public HxXmlVariableVectorType<HxBaseOutputWriter> {
  public:
   HxOutputWriterVector();
+  /// Deep copy: every writer is cloned.
   HxOutputWriterVector(const HxOutputWriterVector& other);
+  /// Replaces every writer by a clone of the source's.
   HxOutputWriterVector& operator=(const HxOutputWriterVector& other);
   ~HxOutputWriterVector() override;
 
@@ -25,7 +28,9 @@ class HxOutputWriterVector : public HxXmlVariableVectorType<HxBaseOutputWriter> 
   HxBoolean equality(const HxXmlObject* other) const override;
   /// "outputWriterVector".
   const HxToken& token() const override;
+  /// "outputWriterVector", the element name of the class.
   static const HxToken& classToken();
+  /// A default, empty vector.
   static HxOutputWriterVector nullObject();
 
   /// Registers the five writers under their tokens, in this order: Mathematica, MATLAB, MRD,
@@ -36,6 +41,7 @@ class HxOutputWriterVector : public HxXmlVariableVectorType<HxBaseOutputWriter> 
   /// an empty list.
   HxBoolean isWriterIncluded(const HxToken& token) const;
 
+  /// The polymorphic vector's comparison: same size and pairwise equal writers.
   bool operator==(const HxOutputWriterVector& other) const {
     return HxXmlVariableVectorType<HxBaseOutputWriter>::operator==(other);
   }

@@ -1,5 +1,6 @@
 #pragma once
-// HxTextOutputWriter: the recording as comma-delimited text.
+/// \file
+/// HxTextOutputWriter: the recording as comma-delimited text.
 
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ class HxTextOutputWriter : public HxBaseOutputWriter {
   HxTextOutputWriter();
   /// Copies the base; the copy starts with empty scratch buffers.
   HxTextOutputWriter(const HxTextOutputWriter& other);
+  /// Assigns the base; the target keeps its scratch buffers.
   HxTextOutputWriter& operator=(const HxTextOutputWriter& other);
   ~HxTextOutputWriter() override;
 
@@ -31,6 +33,7 @@ class HxTextOutputWriter : public HxBaseOutputWriter {
   static const HxToken& classToken();
   /// A new default writer, for registration in `HxOutputWriterVector`.
   static HxXmlObject* creator();
+  /// A default writer.
   static HxTextOutputWriter nullObject();
   /// Compares the framework base only: all text writers are equal.
   bool operator==(const HxTextOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }

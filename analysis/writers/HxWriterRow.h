@@ -1,5 +1,6 @@
 #pragma once
-// Row buffers and stream output shared by the writers (internal to analysis/writers).
+/// \file
+/// Row buffers and stream output shared by the writers (internal to analysis/writers).
 
 #include <cstddef>
 #include <ostream>
@@ -10,6 +11,7 @@
 #include "analysis/capture/HxBaseSystemDataComponent.h"
 #include "framework/HxNumberText.h"
 
+/// Row buffers and stream output shared by the writers.
 namespace HxWriterRow {
 
 /// Longest text of one sample value: a real (HxDOUBLE2STRING) or the path-point index.
@@ -32,6 +34,7 @@ inline void write(std::ostream& stream, const char* data, std::size_t size) {
   stream.write(data, static_cast<std::streamsize>(size));
 }
 
+/// Writes `text` to `stream` as the overload above does.
 inline void write(std::ostream& stream, const std::string& text) { write(stream, text.data(), text.size()); }
 
 /// A component's string elements, read either from its text block (`elementText`, no copy) or,
@@ -46,7 +49,9 @@ class Fields {
 
   /// The component's text block, or null when the fields come from `getStringElements`.
   const HxElementText* block() const { return text_; }
+  /// Number of fields.
   std::size_t size() const { return text_ != nullptr ? text_->count : scratch_.size(); }
+  /// Field `i` (below `size()`), valid while the component and the scratch vector are unchanged.
   std::string_view operator[](std::size_t i) const {
     if (text_ != nullptr) return text_->element(i);
     return std::string_view(scratch_[i]);

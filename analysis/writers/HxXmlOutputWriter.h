@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlOutputWriter: the recording as one streamed XML document.
+/// \file
+/// HxXmlOutputWriter: the recording as one streamed XML document.
 
 #include <cstddef>
 #include <ostream>
@@ -51,6 +52,7 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   static const HxToken& classToken();
   /// A new default writer, for registration in `HxOutputWriterVector`.
   static HxXmlObject* creator();
+  /// A default writer, holding no XML writer.
   static HxXmlOutputWriter nullObject();
   /// Compares the framework base only: all XML writers are equal.
   bool operator==(const HxXmlOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }

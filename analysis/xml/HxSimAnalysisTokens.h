@@ -1,6 +1,7 @@
 #pragma once
-// Module tokens of libhxSimulationAnalysis: every element and attribute name the library
-// writes or reads.
+/// \file
+/// Module tokens of libhxSimulationAnalysis: every element and attribute name the library
+/// writes or reads.
 
 #include "framework/HxToken.h"
 

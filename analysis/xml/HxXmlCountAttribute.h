@@ -1,5 +1,6 @@
 #pragma once
-// The "count" attribute of the serialisable vectors: parsing and the reservation it asks for.
+/// \file
+/// The "count" attribute of the serialisable vectors: parsing and the reservation it asks for.
 
 #include <algorithm>
 #include <cstddef>

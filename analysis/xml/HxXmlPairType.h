@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlPairType<A, B>: serialisable pair of two objects held by value.
+/// \file
+/// HxXmlPairType<A, B>: serialisable pair of two objects held by value.
 
 #include <string>
 #include <typeinfo>
@@ -27,14 +28,20 @@
 template <class FirstType, class SecondType>
 class HxXmlPairType : public HxXmlObject {
  public:
+  /// The standard pair that holds the members.
   using PairType = std::pair<FirstType, SecondType>;
 
   /// Both members default.
   HxXmlPairType() = default;
+  /// Copies of `first` and `second`.
   HxXmlPairType(const FirstType& first, const SecondType& second) : pair_(first, second) {}
+  /// Copies both members and the flags.
   HxXmlPairType(const HxXmlPairType&) = default;
+  /// Moves both members; copies the flags.
   HxXmlPairType(HxXmlPairType&&) = default;
+  /// Assigns both members and the flags.
   HxXmlPairType& operator=(const HxXmlPairType&) = default;
+  /// Move-assigns both members; assigns the flags.
   HxXmlPairType& operator=(HxXmlPairType&&) = default;
   ~HxXmlPairType() override = default;
 
@@ -58,11 +65,17 @@ class HxXmlPairType : public HxXmlObject {
   /// The class token, `HxXml::HxPairTypeToken`.
   const HxToken& token() const override { return classToken(); }
 
+  /// The first member.
   virtual const FirstType& first() const { return pair_.first; }
+  /// The first member, writable in place.
   virtual FirstType& first() { return pair_.first; }
+  /// Assigns the first member.
   virtual void setFirst(const FirstType& first) { pair_.first = first; }
+  /// The second member.
   virtual const SecondType& second() const { return pair_.second; }
+  /// The second member, writable in place.
   virtual SecondType& second() { return pair_.second; }
+  /// Assigns the second member.
   virtual void setSecond(const SecondType& second) { pair_.second = second; }
   /// Assigns both members.
   virtual void set(const FirstType& first, const SecondType& second) {
@@ -71,12 +84,14 @@ class HxXmlPairType : public HxXmlObject {
   }
   /// The underlying standard pair.
   virtual const PairType& pairContainer() const { return pair_; }
+  /// The underlying standard pair, writable in place.
   virtual PairType& pairContainer() { return pair_; }
 
   /// Both members equal.
   bool operator==(const HxXmlPairType& other) const {
     return pair_.first == other.pair_.first && pair_.second == other.pair_.second;
   }
+  /// Negation of `operator==`.
   bool operator!=(const HxXmlPairType& other) const { return !(*this == other); }
 
   /// `HxXml::HxPairTypeToken`, the class token of every pair.

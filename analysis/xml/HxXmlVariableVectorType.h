@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlVariableVectorType<T>: serialisable owning vector of polymorphic elements.
+/// \file
+/// HxXmlVariableVectorType<T>: serialisable owning vector of polymorphic elements.
 
 #include <cstddef>
 #include <ios>
@@ -54,6 +55,7 @@
 template <class ElementType>
 class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
  public:
+  /// The slots: owned pointers, possibly null.
   using ContainerType = std::vector<ElementType*>;
 
   /// An empty vector.
@@ -90,6 +92,7 @@ class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
   /// slot 0 is returned instead; the caller must not index an empty vector or one whose slot 0
   /// is null that way.
   virtual const ElementType& operator[](HxU32 index) const;
+  /// The element at `index`, writable; a bad index or a null slot is treated as by the const form.
   virtual ElementType& operator[](HxU32 index);
   /// Replaces the element at `index` by a clone of `element`. A bad index is reported
   /// (type 4) and gives false.
@@ -104,6 +107,7 @@ class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
   virtual void pushBack(const ElementType& element);
   /// The slots.
   virtual const ContainerType& vectorContainer() const { return slots_; }
+  /// Reserves room for `n` slots.
   virtual void reserve(HxU32 n) { slots_.reserve(n); }
   /// Only shrinks: deletes the elements from `n` on. An `n` not below the size changes
   /// nothing (the vector is never grown here).
@@ -132,6 +136,7 @@ class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
   /// The bases equal, the sizes equal and the elements pairwise equal (`left.equality(&right)`);
   /// a null slot on either side makes them unequal.
   bool operator==(const HxXmlVariableVectorType& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxXmlVariableVectorType& other) const { return !(*this == other); }
 
  private:

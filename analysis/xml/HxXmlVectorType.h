@@ -1,5 +1,6 @@
 #pragma once
-// HxXmlVectorType<T>: serialisable vector of elements of one class, held by value.
+/// \file
+/// HxXmlVectorType<T>: serialisable vector of elements of one class, held by value.
 
 #include <algorithm>
 #include <cstddef>
@@ -50,6 +51,7 @@
 template <class ElementType>
 class HxXmlVectorType : public HxXmlObject {
  public:
+  /// The standard vector that holds the elements.
   using ContainerType = std::vector<ElementType>;
 
   /// An empty vector.
@@ -58,9 +60,13 @@ class HxXmlVectorType : public HxXmlObject {
   explicit HxXmlVectorType(HxU32 n) : vector_(n) {}
   /// `n` copies of `value`.
   HxXmlVectorType(HxU32 n, const ElementType& value) : vector_(n, value) {}
+  /// Copies the elements and the flags.
   HxXmlVectorType(const HxXmlVectorType&) = default;
+  /// Moves the elements; copies the flags.
   HxXmlVectorType(HxXmlVectorType&&) = default;
+  /// Assigns the elements and the flags (keeping the capacity where the standard vector does).
   HxXmlVectorType& operator=(const HxXmlVectorType&) = default;
+  /// Move-assigns the elements; assigns the flags.
   HxXmlVectorType& operator=(HxXmlVectorType&&) = default;
   ~HxXmlVectorType() override = default;
 
@@ -96,7 +102,9 @@ class HxXmlVectorType : public HxXmlObject {
   virtual HxBoolean erase(HxU32 first, HxU32 last);
   /// The underlying standard vector.
   virtual const ContainerType& vectorContainer() const { return vector_; }
+  /// The underlying standard vector, writable in place.
   virtual ContainerType& vectorContainer() { return vector_; }
+  /// Reserves room for `n` elements.
   virtual void reserve(HxU32 n) { vector_.reserve(n); }
   /// Grows with default elements or drops the tail.
   virtual void resize(HxU32 n) { vector_.resize(n); }
@@ -106,6 +114,7 @@ class HxXmlVectorType : public HxXmlObject {
   virtual void clear() { vector_.clear(); }
   /// Replaces the contents by `n` copies of `element`.
   virtual void assign(HxU32 n, const ElementType& element) { vector_.assign(n, element); }
+  /// Number of elements.
   virtual HxU32 size() const { return static_cast<HxU32>(vector_.size()); }
   /// Rotates left so that the element at `n` becomes the first; false (nothing changed) when
   /// `n` is not below the size.
@@ -130,10 +139,12 @@ class HxXmlVectorType : public HxXmlObject {
 
   /// The element at `index`, without a bounds test.
   const ElementType& operator[](HxU32 index) const { return vector_[index]; }
+  /// The element at `index`, writable, without a bounds test.
   ElementType& operator[](HxU32 index) { return vector_[index]; }
 
   /// Equal sizes and elements pairwise equal (`ElementType::operator==`).
   bool operator==(const HxXmlVectorType& other) const;
+  /// Negation of `operator==`.
   bool operator!=(const HxXmlVectorType& other) const { return !(*this == other); }
 
   /// `HxXml::HxVectorTypeToken`, the class token of every homogeneous vector.
