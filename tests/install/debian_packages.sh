@@ -49,6 +49,16 @@ build_host "$work/host-src" "$work/host-build" "$root/usr"
 "$work/host-build/pendulum_host" "$work/out/pendulum"
 check_recording "$work/out/pendulum"
 
+# The -dev package serves a host without the engine's package: the engine's targets are not loaded.
+if [ "$HX_MUJOCO" = 1 ]; then
+  step "a host built against the library packages alone"
+  bare="$work/root-without-engine"
+  for deb in "$runtime" "$dev"; do dpkg-deb -x "$deb" "$bare"; done
+  build_host "$work/host-src" "$work/host-build-without-engine" "$bare/usr"
+  "$work/host-build-without-engine/pendulum_host" "$work/out-without-engine/pendulum" >/dev/null
+  check_recording "$work/out-without-engine/pendulum"
+fi
+
 # The packaged tools record and read back, with the libraries of the root.
 if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
   step "the packaged tools"
