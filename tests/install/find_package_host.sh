@@ -8,12 +8,15 @@ build_host "$work/src" "$work/build" "$HX_PREFIX" $(host_cmake_flags)
 "$work/build/pendulum_host" "$work/out/pendulum"
 check_recording "$work/out/pendulum"
 
-# A host of the engine, through the package's "mujoco" component, on the installed example model.
+# A host of the engine, through the package's "mujoco" component, on the example model (installed
+# with the tools).
 if [ "$HX_MUJOCO" = 1 ]; then
   engine="$work/engine_host"
   # shellcheck disable=SC2046
   cmake -S "$HX_SOURCE_DIR/tests/install/engine_host" -B "$engine" -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_PREFIX_PATH="$HX_PREFIX" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF $(host_cmake_flags) >/dev/null
   cmake --build "$engine" >/dev/null
-  "$engine/engine_host" "$HX_PREFIX/share/hxSimulationAnalysis/examples/models/two_arms_table.xml"
+  model="$HX_PREFIX/share/hxSimulationAnalysis/examples/models/two_arms_table.xml"
+  [ "$HX_TOOLS" = 1 ] || model="$HX_SOURCE_DIR/examples/models/two_arms_table.xml"
+  "$engine/engine_host" "$model"
 fi
