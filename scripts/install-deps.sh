@@ -8,11 +8,12 @@ set -euo pipefail
 # Building the libraries and hxrecord.
 run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev)
 # The tests read the recordings with the tools users read them with (Python, GNU Octave,
-# xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian).
+# xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian,
+# help2man for the manual pages).
 test_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libxml2-utils python3 octave-common octave
-  doxygen dpkg-dev file lintian)
+  doxygen dpkg-dev file lintian help2man)
 
 packages=("${run_packages[@]}")
 case "${1:-all}" in
