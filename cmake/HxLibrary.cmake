@@ -1,12 +1,11 @@
-# hx_add_library(NAME
-#     ALIAS <hx::name> OUTPUT_NAME <file name> [SHARED|STATIC] [INSTALL_COMPONENT <component>]
+# hx_add_library(NAME ALIAS <hx::name> OUTPUT_NAME <file name> [STATIC]
 #     SOURCES <files...> PUBLIC <targets...> PRIVATE <targets...>)
-# One library of the project: its alias, its public include root (the build tree's include
-# links, or <prefix>/include/hxSimulationAnalysis once installed), the project's flags kept
-# private, and for shared libraries the ABI version. INSTALL_COMPONENT marks a library that is
-# installed and exported (see HxInstall.cmake); the others are build-only (test doubles, tools).
+# One library of the project, shared unless STATIC: its alias, its public include root (the
+# build tree's include links, or <prefix>/include/hxSimulationAnalysis once installed), the
+# project's flags kept private, and for shared libraries the ABI version. Which libraries are
+# installed is HxInstall.cmake's business.
 function(hx_add_library name)
-  cmake_parse_arguments(ARG "SHARED;STATIC" "ALIAS;OUTPUT_NAME;INSTALL_COMPONENT" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "STATIC" "ALIAS;OUTPUT_NAME" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
   set(kind SHARED)
   if(ARG_STATIC)
     set(kind STATIC)
@@ -24,10 +23,6 @@ function(hx_add_library name)
   target_include_directories(${name} PUBLIC
     $<BUILD_INTERFACE:${HX_BUILD_INCLUDE_DIR}> $<INSTALL_INTERFACE:${HX_INSTALL_INCLUDE_DIR}>)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE} $<BUILD_INTERFACE:hx::options>)
-  if(ARG_INSTALL_COMPONENT)
-    set_property(GLOBAL APPEND PROPERTY HX_INSTALLED_LIBRARIES ${name})
-    set_target_properties(${name} PROPERTIES HX_INSTALL_COMPONENT ${ARG_INSTALL_COMPONENT})
-  endif()
 endfunction()
 
 # hx_public_headers(<var>): the headers a host includes, absolute paths: every header of

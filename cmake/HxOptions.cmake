@@ -20,11 +20,10 @@ endif()
 # <prefix>/include/hxSimulationAnalysis once installed. Links, not copies, so edits show at once.
 set(HX_BUILD_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
 set(HX_INSTALL_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/hxSimulationAnalysis)
+file(MAKE_DIRECTORY ${HX_BUILD_INCLUDE_DIR})
 foreach(layer framework simulation analysis)
-  if(NOT IS_SYMLINK ${HX_BUILD_INCLUDE_DIR}/${layer})
-    file(MAKE_DIRECTORY ${HX_BUILD_INCLUDE_DIR})
-    file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${layer} ${HX_BUILD_INCLUDE_DIR}/${layer} SYMBOLIC)
-  endif()
+  file(REMOVE ${HX_BUILD_INCLUDE_DIR}/${layer})
+  file(CREATE_LINK ${PROJECT_SOURCE_DIR}/${layer} ${HX_BUILD_INCLUDE_DIR}/${layer} SYMBOLIC)
 endforeach()
 
 # Installed programs and libraries find the project's libraries next to them when installed
