@@ -4,7 +4,7 @@
 # the two ends.
 source "$(dirname "$0")/common.sh"
 work="$HX_WORK/build_options"
-fresh_dir "$work"
+work_dir "$work"
 options=(HX_BUILD_MUJOCO HX_BUILD_TOOLS HX_BUILD_EXAMPLES HX_BUILD_TESTS HX_BUILD_BENCHMARKS)
 combinations=$(( 1 << ${#options[@]} ))
 failed=()

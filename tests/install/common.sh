@@ -9,6 +9,17 @@ step() { echo "-- $*"; }
 # fresh_dir DIR: an empty directory DIR.
 fresh_dir() { rm -rf "$1"; mkdir -p "$1"; }
 
+# work_dir DIR: an empty directory DIR for this check alone, removed when the check ends, passed
+# or failed (kept when HX_KEEP_CHECKS=1, to look into a failure), and with it the checks' common
+# directory once no other check uses it.
+work_dir() {
+  fresh_dir "$1"
+  if [ "${HX_KEEP_CHECKS:-0}" != 1 ]; then
+    # shellcheck disable=SC2064
+    trap "rm -rf '$1'; rmdir '$HX_WORK' 2>/dev/null || true" EXIT
+  fi
+}
+
 # check_recording BASE: the five files a host recorded, read back as users read them.
 check_recording() { "$python" "$here/check_recording.py" "$1"; }
 

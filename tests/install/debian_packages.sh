@@ -3,7 +3,7 @@
 # this machine) and builds and runs examples/host and the tools against that root.
 source "$(dirname "$0")/common.sh"
 work="$HX_WORK/debian_packages"
-fresh_dir "$work"
+work_dir "$work"
 step "building the packages"
 cmake -S "$HX_SOURCE_DIR" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
   -DHX_INSTALL=ON -DHX_BUILD_TESTS=OFF -DHX_BUILD_BENCHMARKS=OFF -DHX_BUILD_EXAMPLES=OFF \

@@ -2,7 +2,7 @@
 # only, records its pendulum through all five writers.
 source "$(dirname "$0")/common.sh"
 work="$HX_WORK/find_package_host"
-fresh_dir "$work"
+work_dir "$work"
 # shellcheck disable=SC2046
 build_host "$work/src" "$work/build" "$HX_PREFIX" $(host_cmake_flags)
 "$work/build/pendulum_host" "$work/out/pendulum"

@@ -37,7 +37,7 @@ if [ "$HX_TOOLS" = 1 ]; then
   "$HX_PREFIX/bin/hxmrd" --help >/dev/null || fail "installed hxmrd does not run"
   if [ "$HX_MUJOCO" = 1 ]; then
     out="$HX_WORK/installed-hxrecord"
-    fresh_dir "$out"
+    work_dir "$out"
     "$HX_PREFIX/bin/hxrecord" --quiet --duration 0.2 --output "$out/rec" || fail "installed hxrecord does not record"
     [ -s "$out/rec.csv" ] || fail "installed hxrecord wrote no CSV"
   fi

@@ -25,7 +25,7 @@ fi
 # sanitizers on for the project, compiles with none of them and without the repository root
 # on its include path.
 work="$HX_WORK/library_boundary"
-fresh_dir "$work"
+work_dir "$work"
 cmake -S "$HX_SOURCE_DIR/tests/install/consumer" -B "$work/build" -G Ninja \
   -DHX_LIBRARY_SOURCE_DIR="$HX_SOURCE_DIR" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON >/dev/null
 "$python" - "$work/build/compile_commands.json" "$HX_SOURCE_DIR" <<'PY'

@@ -1,7 +1,7 @@
 # The host example compiled as one file with the flags pkg-config gives for the installed prefix.
 source "$(dirname "$0")/common.sh"
 work="$HX_WORK/pkg_config_host"
-fresh_dir "$work"
+work_dir "$work"
 export PKG_CONFIG_PATH="$HX_PREFIX/$HX_LIBDIR/pkgconfig"
 [ "$(pkg-config --modversion hxSimulationAnalysis)" = "3.0.0" ] || fail "pkg-config gives the wrong version"
 cp "$HX_SOURCE_DIR/examples/host/pendulum_host.cpp" "$work/"
