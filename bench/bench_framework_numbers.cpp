@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxNumberText.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlTokens.h"

@@ -31,7 +31,7 @@
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "simulation/mujoco/HxMujocoSimulation.h"
 #include "tools/lib/HxRecord.h"
 #include "tools/lib/HxRecordDefaultScene.h"

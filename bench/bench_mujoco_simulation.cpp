@@ -13,7 +13,7 @@
 // The counting operators live in this unit; GCC sees their malloc/free through inlining.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #pragma GCC diagnostic pop
 #include "simulation/mujoco/HxMujocoSimulation.h"
 

@@ -13,7 +13,7 @@
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "bench/HxBenchScene.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 

@@ -15,7 +15,7 @@
 #include <benchmark/benchmark.h>
 
 #include "analysis/types/HxDataCaptureTypes.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "simulation/HxBasePowerConverter.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 

@@ -35,7 +35,7 @@
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "bench/HxBenchScene.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 

@@ -10,7 +10,7 @@
 #include <string>
 
 #include "analysis/xml/HxXmlVectorType.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxPrint.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"

@@ -7,22 +7,22 @@ namespace {
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 }  // namespace
 
-HxDisplaySystemDataCapture::HxDisplaySystemDataCapture() : m_plotType(0u) {}
+HxDisplaySystemDataCapture::HxDisplaySystemDataCapture() : plotType_(0u) {}
 
 HxDisplaySystemDataCapture::HxDisplaySystemDataCapture(const HxDisplaySystemDataCapture& other)
     : HxXmlCompoundType(other),
-      m_title(other.m_title),
-      m_leftSystemDataCapture(other.m_leftSystemDataCapture),
-      m_rightSystemDataCapture(other.m_rightSystemDataCapture),
-      m_plotType(other.m_plotType) {}
+      title_(other.title_),
+      leftSystemDataCapture_(other.leftSystemDataCapture_),
+      rightSystemDataCapture_(other.rightSystemDataCapture_),
+      plotType_(other.plotType_) {}
 
 HxDisplaySystemDataCapture& HxDisplaySystemDataCapture::operator=(const HxDisplaySystemDataCapture& other) {
   if (this != &other) {
     HxXmlCompoundType::operator=(other);
-    m_title = other.m_title;
-    m_leftSystemDataCapture = other.m_leftSystemDataCapture;
-    m_rightSystemDataCapture = other.m_rightSystemDataCapture;
-    m_plotType = other.m_plotType;
+    title_ = other.title_;
+    leftSystemDataCapture_ = other.leftSystemDataCapture_;
+    rightSystemDataCapture_ = other.rightSystemDataCapture_;
+    plotType_ = other.plotType_;
   }
   return *this;
 }
@@ -31,15 +31,15 @@ HxDisplaySystemDataCapture::~HxDisplaySystemDataCapture() = default;
 
 void HxDisplaySystemDataCapture::registerEnumerations() {
   const std::vector<std::string>& names = plotTypeTokens();
-  for (unsigned int value = 0; value < names.size(); ++value) m_plotType.setEnumString(value, names[value]);
+  for (unsigned int value = 0; value < names.size(); ++value) plotType_.setEnumString(value, names[value]);
 }
 
 void HxDisplaySystemDataCapture::registerComponents() {
   registerEnumerations();
-  registerComponent(HxSimAnalysis::HxTitleToken, &m_title);
-  registerComponent(HxSimAnalysis::HxLeftSystemDataCaptureToken, &m_leftSystemDataCapture);
-  registerComponent(HxSimAnalysis::HxRightSystemDataCaptureToken, &m_rightSystemDataCapture);
-  registerComponent(HxSimAnalysis::HxPlotTypeToken, &m_plotType);
+  registerComponent(HxSimAnalysis::HxTitleToken, &title_);
+  registerComponent(HxSimAnalysis::HxLeftSystemDataCaptureToken, &leftSystemDataCapture_);
+  registerComponent(HxSimAnalysis::HxRightSystemDataCaptureToken, &rightSystemDataCapture_);
+  registerComponent(HxSimAnalysis::HxPlotTypeToken, &plotType_);
 }
 
 HxXmlObject* HxDisplaySystemDataCapture::clone() const { return new HxDisplaySystemDataCapture(*this); }
@@ -60,44 +60,44 @@ HxXmlObject* HxDisplaySystemDataCapture::creator() { return new HxDisplaySystemD
 HxDisplaySystemDataCapture HxDisplaySystemDataCapture::nullObject() { return HxDisplaySystemDataCapture(); }
 
 bool HxDisplaySystemDataCapture::operator==(const HxDisplaySystemDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && m_title == other.m_title &&
-         m_leftSystemDataCapture == other.m_leftSystemDataCapture &&
-         m_rightSystemDataCapture == other.m_rightSystemDataCapture && m_plotType == other.m_plotType;
+  return HxXmlCompoundType::operator==(other) && title_ == other.title_ &&
+         leftSystemDataCapture_ == other.leftSystemDataCapture_ &&
+         rightSystemDataCapture_ == other.rightSystemDataCapture_ && plotType_ == other.plotType_;
 }
 
-const std::string& HxDisplaySystemDataCapture::title() const { return m_title.value(); }
+const std::string& HxDisplaySystemDataCapture::title() const { return title_.value(); }
 
-void HxDisplaySystemDataCapture::setTitle(const std::string& title) { m_title = title; }
+void HxDisplaySystemDataCapture::setTitle(const std::string& title) { title_ = title; }
 
 const HxSystemDataCapture& HxDisplaySystemDataCapture::leftSystemDataCapture() const {
-  return m_leftSystemDataCapture;
+  return leftSystemDataCapture_;
 }
 
-HxSystemDataCapture& HxDisplaySystemDataCapture::leftSystemDataCapture() { return m_leftSystemDataCapture; }
+HxSystemDataCapture& HxDisplaySystemDataCapture::leftSystemDataCapture() { return leftSystemDataCapture_; }
 
 void HxDisplaySystemDataCapture::setLeftSystemDataCapture(const HxSystemDataCapture& capture) {
-  m_leftSystemDataCapture = capture;
+  leftSystemDataCapture_ = capture;
 }
 
 const HxSystemDataCapture& HxDisplaySystemDataCapture::rightSystemDataCapture() const {
-  return m_rightSystemDataCapture;
+  return rightSystemDataCapture_;
 }
 
-HxSystemDataCapture& HxDisplaySystemDataCapture::rightSystemDataCapture() { return m_rightSystemDataCapture; }
+HxSystemDataCapture& HxDisplaySystemDataCapture::rightSystemDataCapture() { return rightSystemDataCapture_; }
 
 void HxDisplaySystemDataCapture::setRightSystemDataCapture(const HxSystemDataCapture& capture) {
-  m_rightSystemDataCapture = capture;
+  rightSystemDataCapture_ = capture;
 }
 
-unsigned int HxDisplaySystemDataCapture::plotType() const { return m_plotType.value(); }
+unsigned int HxDisplaySystemDataCapture::plotType() const { return plotType_.value(); }
 
-void HxDisplaySystemDataCapture::setPlotType(unsigned int plotType) { m_plotType = plotType; }
+void HxDisplaySystemDataCapture::setPlotType(unsigned int plotType) { plotType_ = plotType; }
 
 HxBoolean HxDisplaySystemDataCapture::setPlotType(const std::string& name) {
   const std::vector<std::string>& names = plotTypeTokens();
   for (unsigned int value = 0; value < names.size(); ++value) {
     if (names[value] == name) {
-      m_plotType = value;
+      plotType_ = value;
       return true;
     }
   }

@@ -81,8 +81,8 @@ class HxDisplaySystemDataCapture : public HxXmlCompoundType {
   static const std::vector<std::string>& plotTypeTokens();
 
  private:
-  HxXmlBasicType<std::string> m_title;
-  HxSystemDataCapture m_leftSystemDataCapture;
-  HxSystemDataCapture m_rightSystemDataCapture;
-  HxXmlEnumType<unsigned int> m_plotType;
+  HxXmlBasicType<std::string> title_;
+  HxSystemDataCapture leftSystemDataCapture_;
+  HxSystemDataCapture rightSystemDataCapture_;
+  HxXmlEnumType<unsigned int> plotType_;
 };

@@ -14,18 +14,18 @@ namespace {
 HxDataCaptureTypeVector HxEndEffectorDataCapture::m_theAvailableDataCaptureTypeVector;
 HxBoolean HxEndEffectorDataCapture::m_theAvailableTypesReady = false;
 
-HxEndEffectorDataCapture::HxEndEffectorDataCapture() : m_endEffectorIndex(0u) {}
+HxEndEffectorDataCapture::HxEndEffectorDataCapture() : endEffectorIndex_(0u) {}
 
 HxEndEffectorDataCapture::HxEndEffectorDataCapture(const HxEndEffectorDataCapture& other)
     : HxXmlCompoundType(other),
-      m_endEffectorIndex(other.m_endEffectorIndex),
-      m_dataCaptureVector(other.m_dataCaptureVector) {}
+      endEffectorIndex_(other.endEffectorIndex_),
+      dataCaptureVector_(other.dataCaptureVector_) {}
 
 HxEndEffectorDataCapture& HxEndEffectorDataCapture::operator=(const HxEndEffectorDataCapture& other) {
   if (this != &other) {
     HxXmlCompoundType::operator=(other);
-    m_endEffectorIndex = other.m_endEffectorIndex;
-    m_dataCaptureVector = other.m_dataCaptureVector;
+    endEffectorIndex_ = other.endEffectorIndex_;
+    dataCaptureVector_ = other.dataCaptureVector_;
   }
   return *this;
 }
@@ -33,8 +33,8 @@ HxEndEffectorDataCapture& HxEndEffectorDataCapture::operator=(const HxEndEffecto
 HxEndEffectorDataCapture::~HxEndEffectorDataCapture() = default;
 
 void HxEndEffectorDataCapture::registerComponents() {
-  registerComponent(HxSimAnalysis::HxEndEffectorIndexToken, &m_endEffectorIndex);
-  registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &m_dataCaptureVector);
+  registerComponent(HxSimAnalysis::HxEndEffectorIndexToken, &endEffectorIndex_);
+  registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
 }
 
 HxXmlObject* HxEndEffectorDataCapture::clone() const { return new HxEndEffectorDataCapture(*this); }
@@ -55,58 +55,58 @@ HxXmlObject* HxEndEffectorDataCapture::creator() { return new HxEndEffectorDataC
 HxEndEffectorDataCapture HxEndEffectorDataCapture::nullObject() { return HxEndEffectorDataCapture(); }
 
 bool HxEndEffectorDataCapture::operator==(const HxEndEffectorDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && m_endEffectorIndex == other.m_endEffectorIndex &&
-         m_dataCaptureVector == other.m_dataCaptureVector;
+  return HxXmlCompoundType::operator==(other) && endEffectorIndex_ == other.endEffectorIndex_ &&
+         dataCaptureVector_ == other.dataCaptureVector_;
 }
 
-void HxEndEffectorDataCapture::setEndEffectorIndex(unsigned int index) { m_endEffectorIndex = index; }
+void HxEndEffectorDataCapture::setEndEffectorIndex(unsigned int index) { endEffectorIndex_ = index; }
 
-unsigned int HxEndEffectorDataCapture::endEffectorIndex() const { return m_endEffectorIndex.value(); }
+unsigned int HxEndEffectorDataCapture::endEffectorIndex() const { return endEffectorIndex_.value(); }
 
-const HxDataCaptureTypeVector& HxEndEffectorDataCapture::dataCaptureVector() const { return m_dataCaptureVector; }
+const HxDataCaptureTypeVector& HxEndEffectorDataCapture::dataCaptureVector() const { return dataCaptureVector_; }
 
 HxBoolean HxEndEffectorDataCapture::captureData(const HxSystemSimulation& simulation,
                                                 unsigned int const& manipulatorIndex) const {
   // Only the last type's result counts, unlike the other two levels.
   HxBoolean result = true;
-  const HxU32 endEffector = m_endEffectorIndex.value();
-  for (HxU32 i = 0; i < m_dataCaptureVector.size(); ++i) {
-    result = m_dataCaptureVector[i].captureData(simulation, manipulatorIndex, endEffector);
+  const HxU32 endEffector = endEffectorIndex_.value();
+  for (HxU32 i = 0; i < dataCaptureVector_.size(); ++i) {
+    result = dataCaptureVector_[i].captureData(simulation, manipulatorIndex, endEffector);
   }
   return result;
 }
 
 const HxDataCaptureType* HxEndEffectorDataCapture::dataCaptureType(const HxToken& token) const {
-  return HxCaptureTypeListOps::find(m_dataCaptureVector, token);
+  return HxCaptureTypeListOps::find(dataCaptureVector_, token);
 }
 
 HxBoolean HxEndEffectorDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(m_dataCaptureVector, token, HxCaptureTypeListOps::EndEffectorLevel);
+  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxCaptureTypeListOps::EndEffectorLevel);
 }
 
 HxBoolean HxEndEffectorDataCapture::addDataCaptureType(const HxDataCaptureType& type) {
   if (type.type() != HxCaptureTypeListOps::EndEffectorLevel) return false;
   // Adding by object replaces a type of the same token, flags included.
   removeDataCaptureType(type.token());
-  m_dataCaptureVector.pushBack(type);
+  dataCaptureVector_.pushBack(type);
   return true;
 }
 
 HxBoolean HxEndEffectorDataCapture::removeDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::removeByToken(m_dataCaptureVector, token);
+  return HxCaptureTypeListOps::removeByToken(dataCaptureVector_, token);
 }
 
 HxBoolean HxEndEffectorDataCapture::isDataCaptureTypeIncluded(const HxToken& token) const {
   return dataCaptureType(token) != nullptr;
 }
 
-unsigned int HxEndEffectorDataCapture::numDataCaptureTypes() const { return m_dataCaptureVector.size(); }
+unsigned int HxEndEffectorDataCapture::numDataCaptureTypes() const { return dataCaptureVector_.size(); }
 
 HxBoolean HxEndEffectorDataCapture::setDisableFlags(const HxToken& token, const Flags& flags) {
-  return HxCaptureTypeListOps::setDisableFlags(m_dataCaptureVector, token, flags);
+  return HxCaptureTypeListOps::setDisableFlags(dataCaptureVector_, token, flags);
 }
 
-void HxEndEffectorDataCapture::removeAllDataCaptureTypes() { m_dataCaptureVector.clear(); }
+void HxEndEffectorDataCapture::removeAllDataCaptureTypes() { dataCaptureVector_.clear(); }
 
 const HxDataCaptureTypeVector& HxEndEffectorDataCapture::allAvailableDataCaptureTypes() {
   if (m_theAvailableTypesReady) return m_theAvailableDataCaptureTypeVector;

@@ -82,8 +82,8 @@ class HxEndEffectorDataCapture : public HxXmlCompoundType {
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
  private:
-  HxXmlBasicType<unsigned int> m_endEffectorIndex;
-  HxDataCaptureTypeVector m_dataCaptureVector;
+  HxXmlBasicType<unsigned int> endEffectorIndex_;
+  HxDataCaptureTypeVector dataCaptureVector_;
 
   static HxDataCaptureTypeVector m_theAvailableDataCaptureTypeVector;
   static HxBoolean m_theAvailableTypesReady;

@@ -16,14 +16,14 @@ HxLinkDataCapture::HxLinkDataCapture() = default;
 
 HxLinkDataCapture::HxLinkDataCapture(const HxLinkDataCapture& other)
     : HxXmlCompoundType(other),
-      m_linkIdentifier(other.m_linkIdentifier),
-      m_dataCaptureVector(other.m_dataCaptureVector) {}
+      linkIdentifier_(other.linkIdentifier_),
+      dataCaptureVector_(other.dataCaptureVector_) {}
 
 HxLinkDataCapture& HxLinkDataCapture::operator=(const HxLinkDataCapture& other) {
   if (this != &other) {
     HxXmlCompoundType::operator=(other);
-    m_linkIdentifier = other.m_linkIdentifier;
-    m_dataCaptureVector = other.m_dataCaptureVector;
+    linkIdentifier_ = other.linkIdentifier_;
+    dataCaptureVector_ = other.dataCaptureVector_;
   }
   return *this;
 }
@@ -31,8 +31,8 @@ HxLinkDataCapture& HxLinkDataCapture::operator=(const HxLinkDataCapture& other) 
 HxLinkDataCapture::~HxLinkDataCapture() = default;
 
 void HxLinkDataCapture::registerComponents() {
-  registerComponent(HxSimAnalysis::HxLinkIdentificationToken, &m_linkIdentifier);
-  registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &m_dataCaptureVector);
+  registerComponent(HxSimAnalysis::HxLinkIdentificationToken, &linkIdentifier_);
+  registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
 }
 
 HxXmlObject* HxLinkDataCapture::clone() const { return new HxLinkDataCapture(*this); }
@@ -53,26 +53,26 @@ HxXmlObject* HxLinkDataCapture::creator() { return new HxLinkDataCapture(); }
 HxLinkDataCapture HxLinkDataCapture::nullObject() { return HxLinkDataCapture(); }
 
 bool HxLinkDataCapture::operator==(const HxLinkDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && m_linkIdentifier == other.m_linkIdentifier &&
-         m_dataCaptureVector == other.m_dataCaptureVector;
+  return HxXmlCompoundType::operator==(other) && linkIdentifier_ == other.linkIdentifier_ &&
+         dataCaptureVector_ == other.dataCaptureVector_;
 }
 
-void HxLinkDataCapture::setLinkIdentifier(const std::string& identifier) { m_linkIdentifier = identifier; }
+void HxLinkDataCapture::setLinkIdentifier(const std::string& identifier) { linkIdentifier_ = identifier; }
 
-const std::string& HxLinkDataCapture::linkIdentifier() const { return m_linkIdentifier.value(); }
+const std::string& HxLinkDataCapture::linkIdentifier() const { return linkIdentifier_.value(); }
 
-const HxDataCaptureTypeVector& HxLinkDataCapture::dataCaptureVector() const { return m_dataCaptureVector; }
+const HxDataCaptureTypeVector& HxLinkDataCapture::dataCaptureVector() const { return dataCaptureVector_; }
 
 HxBoolean HxLinkDataCapture::captureData(const HxSystemSimulation& simulation,
                                          unsigned int const& manipulatorIndex) const {
-  const HxU32 count = m_dataCaptureVector.size();
+  const HxU32 count = dataCaptureVector_.size();
   if (count == 0) return true;
 
   // Resolve the link once for all types; an unknown manipulator counts as an unknown link.
   const HxLink* link = nullptr;
   const auto& manipulators = simulation.manipulators();
   if (manipulatorIndex < manipulators.size()) {
-    link = manipulators[manipulatorIndex].findLink(m_linkIdentifier.value());
+    link = manipulators[manipulatorIndex].findLink(linkIdentifier_.value());
   }
 
   HxBoolean result = true;
@@ -82,34 +82,34 @@ HxBoolean HxLinkDataCapture::captureData(const HxSystemSimulation& simulation,
       continue;
     }
     const HxU32 linkIndex = link->index();
-    if (!m_dataCaptureVector[i].captureData(simulation, manipulatorIndex, linkIndex)) result = false;
+    if (!dataCaptureVector_[i].captureData(simulation, manipulatorIndex, linkIndex)) result = false;
   }
   return result;
 }
 
 const HxDataCaptureType* HxLinkDataCapture::dataCaptureType(const HxToken& token) const {
-  return HxCaptureTypeListOps::find(m_dataCaptureVector, token);
+  return HxCaptureTypeListOps::find(dataCaptureVector_, token);
 }
 
 HxBoolean HxLinkDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(m_dataCaptureVector, token, HxCaptureTypeListOps::LinkLevel);
+  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxCaptureTypeListOps::LinkLevel);
 }
 
 HxBoolean HxLinkDataCapture::removeDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::removeByToken(m_dataCaptureVector, token);
+  return HxCaptureTypeListOps::removeByToken(dataCaptureVector_, token);
 }
 
 HxBoolean HxLinkDataCapture::isDataCaptureTypeIncluded(const HxToken& token) const {
   return dataCaptureType(token) != nullptr;
 }
 
-unsigned int HxLinkDataCapture::numDataCaptureTypes() const { return m_dataCaptureVector.size(); }
+unsigned int HxLinkDataCapture::numDataCaptureTypes() const { return dataCaptureVector_.size(); }
 
 HxBoolean HxLinkDataCapture::setDisableFlags(const HxToken& token, const Flags& flags) {
-  return HxCaptureTypeListOps::setDisableFlags(m_dataCaptureVector, token, flags);
+  return HxCaptureTypeListOps::setDisableFlags(dataCaptureVector_, token, flags);
 }
 
-void HxLinkDataCapture::removeAllDataCaptureTypes() { m_dataCaptureVector.clear(); }
+void HxLinkDataCapture::removeAllDataCaptureTypes() { dataCaptureVector_.clear(); }
 
 const HxDataCaptureTypeVector& HxLinkDataCapture::allAvailableDataCaptureTypes() {
   if (m_theAvailableTypesReady) return m_theAvailableDataCaptureTypeVector;

@@ -82,8 +82,8 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
  private:
-  HxXmlBasicType<std::string> m_linkIdentifier;
-  HxDataCaptureTypeVector m_dataCaptureVector;
+  HxXmlBasicType<std::string> linkIdentifier_;
+  HxDataCaptureTypeVector dataCaptureVector_;
 
   static HxDataCaptureTypeVector m_theAvailableDataCaptureTypeVector;
   static HxBoolean m_theAvailableTypesReady;

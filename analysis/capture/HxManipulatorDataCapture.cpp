@@ -15,22 +15,22 @@ namespace {
 HxDataCaptureTypeVector HxManipulatorDataCapture::m_theAvailableDataCaptureTypeVector;
 HxBoolean HxManipulatorDataCapture::m_theAvailableTypesReady = false;
 
-HxManipulatorDataCapture::HxManipulatorDataCapture() : m_manipulatorIndex(0u) {}
+HxManipulatorDataCapture::HxManipulatorDataCapture() : manipulatorIndex_(0u) {}
 
 HxManipulatorDataCapture::HxManipulatorDataCapture(const HxManipulatorDataCapture& other)
     : HxXmlCompoundType(other),
-      m_manipulatorIndex(other.m_manipulatorIndex),
-      m_dataCaptureVector(other.m_dataCaptureVector),
-      m_linkDataCaptureVector(other.m_linkDataCaptureVector),
-      m_endEffectorDataCaptureVector(other.m_endEffectorDataCaptureVector) {}
+      manipulatorIndex_(other.manipulatorIndex_),
+      dataCaptureVector_(other.dataCaptureVector_),
+      linkDataCaptureVector_(other.linkDataCaptureVector_),
+      endEffectorDataCaptureVector_(other.endEffectorDataCaptureVector_) {}
 
 HxManipulatorDataCapture& HxManipulatorDataCapture::operator=(const HxManipulatorDataCapture& other) {
   if (this != &other) {
     HxXmlCompoundType::operator=(other);
-    m_manipulatorIndex = other.m_manipulatorIndex;
-    m_dataCaptureVector = other.m_dataCaptureVector;
-    m_linkDataCaptureVector = other.m_linkDataCaptureVector;
-    m_endEffectorDataCaptureVector = other.m_endEffectorDataCaptureVector;
+    manipulatorIndex_ = other.manipulatorIndex_;
+    dataCaptureVector_ = other.dataCaptureVector_;
+    linkDataCaptureVector_ = other.linkDataCaptureVector_;
+    endEffectorDataCaptureVector_ = other.endEffectorDataCaptureVector_;
   }
   return *this;
 }
@@ -38,10 +38,10 @@ HxManipulatorDataCapture& HxManipulatorDataCapture::operator=(const HxManipulato
 HxManipulatorDataCapture::~HxManipulatorDataCapture() = default;
 
 void HxManipulatorDataCapture::registerComponents() {
-  registerComponent(HxSimAnalysis::HxManipulatorIndexToken, &m_manipulatorIndex);
-  registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &m_dataCaptureVector);
-  registerComponent(HxSimAnalysis::HxLinkDataCaptureVectorToken, &m_linkDataCaptureVector);
-  registerComponent(HxSimAnalysis::HxEndEffectorDataCaptureVectorToken, &m_endEffectorDataCaptureVector);
+  registerComponent(HxSimAnalysis::HxManipulatorIndexToken, &manipulatorIndex_);
+  registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
+  registerComponent(HxSimAnalysis::HxLinkDataCaptureVectorToken, &linkDataCaptureVector_);
+  registerComponent(HxSimAnalysis::HxEndEffectorDataCaptureVectorToken, &endEffectorDataCaptureVector_);
 }
 
 HxXmlObject* HxManipulatorDataCapture::clone() const { return new HxManipulatorDataCapture(*this); }
@@ -62,51 +62,51 @@ HxXmlObject* HxManipulatorDataCapture::creator() { return new HxManipulatorDataC
 HxManipulatorDataCapture HxManipulatorDataCapture::nullObject() { return HxManipulatorDataCapture(); }
 
 bool HxManipulatorDataCapture::operator==(const HxManipulatorDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && m_manipulatorIndex == other.m_manipulatorIndex &&
-         m_dataCaptureVector == other.m_dataCaptureVector &&
-         m_linkDataCaptureVector == other.m_linkDataCaptureVector &&
-         m_endEffectorDataCaptureVector == other.m_endEffectorDataCaptureVector;
+  return HxXmlCompoundType::operator==(other) && manipulatorIndex_ == other.manipulatorIndex_ &&
+         dataCaptureVector_ == other.dataCaptureVector_ &&
+         linkDataCaptureVector_ == other.linkDataCaptureVector_ &&
+         endEffectorDataCaptureVector_ == other.endEffectorDataCaptureVector_;
 }
 
-unsigned int HxManipulatorDataCapture::manipulatorIndex() const { return m_manipulatorIndex.value(); }
+unsigned int HxManipulatorDataCapture::manipulatorIndex() const { return manipulatorIndex_.value(); }
 
-void HxManipulatorDataCapture::setManipulatorIndex(unsigned int const& index) { m_manipulatorIndex = index; }
+void HxManipulatorDataCapture::setManipulatorIndex(unsigned int const& index) { manipulatorIndex_ = index; }
 
-const HxDataCaptureTypeVector& HxManipulatorDataCapture::dataCaptureVector() const { return m_dataCaptureVector; }
+const HxDataCaptureTypeVector& HxManipulatorDataCapture::dataCaptureVector() const { return dataCaptureVector_; }
 
 const HxManipulatorDataCapture::LinkDataCaptureVector& HxManipulatorDataCapture::linkDataCaptureVector() const {
-  return m_linkDataCaptureVector;
+  return linkDataCaptureVector_;
 }
 
 const HxManipulatorDataCapture::EndEffectorDataCaptureVector&
 HxManipulatorDataCapture::endEffectorDataCaptureVector() const {
-  return m_endEffectorDataCaptureVector;
+  return endEffectorDataCaptureVector_;
 }
 
 HxBoolean HxManipulatorDataCapture::captureData(const HxSystemSimulation& simulation) const {
   HxBoolean result = true;
-  const unsigned int manipulator = m_manipulatorIndex.value();
+  const unsigned int manipulator = manipulatorIndex_.value();
   const unsigned int elementIndex = ManipulatorLevelElementIndex;
 
   // Every capture is made even after a failure, so that the other quantities stay current.
-  for (HxU32 i = 0; i < m_dataCaptureVector.size(); ++i) {
-    if (!m_dataCaptureVector[i].captureData(simulation, manipulator, elementIndex)) result = false;
+  for (HxU32 i = 0; i < dataCaptureVector_.size(); ++i) {
+    if (!dataCaptureVector_[i].captureData(simulation, manipulator, elementIndex)) result = false;
   }
-  for (HxU32 l = 0; l < m_linkDataCaptureVector.size(); ++l) {
-    if (!m_linkDataCaptureVector[l].captureData(simulation, manipulator)) result = false;
+  for (HxU32 l = 0; l < linkDataCaptureVector_.size(); ++l) {
+    if (!linkDataCaptureVector_[l].captureData(simulation, manipulator)) result = false;
   }
-  for (HxU32 e = 0; e < m_endEffectorDataCaptureVector.size(); ++e) {
-    if (!m_endEffectorDataCaptureVector[e].captureData(simulation, manipulator)) result = false;
+  for (HxU32 e = 0; e < endEffectorDataCaptureVector_.size(); ++e) {
+    if (!endEffectorDataCaptureVector_[e].captureData(simulation, manipulator)) result = false;
   }
   return result;
 }
 
 const HxDataCaptureType* HxManipulatorDataCapture::dataCaptureType(const HxToken& token) const {
-  return HxCaptureTypeListOps::find(m_dataCaptureVector, token);
+  return HxCaptureTypeListOps::find(dataCaptureVector_, token);
 }
 
 HxBoolean HxManipulatorDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(m_dataCaptureVector, token, HxCaptureTypeListOps::ManipulatorLevel);
+  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxCaptureTypeListOps::ManipulatorLevel);
 }
 
 HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
@@ -119,11 +119,11 @@ HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
     if (link == nullptr) continue;
     unsigned int position = 0;
     if (findIndex(link->identifier(), position)) {
-      m_linkDataCaptureVector[position].addDataCaptureType(token);
+      linkDataCaptureVector_[position].addDataCaptureType(token);
     } else {
       HxLinkDataCapture capture;
       capture.setLinkIdentifier(link->identifier());
-      if (capture.addDataCaptureType(token)) m_linkDataCaptureVector.pushBack(capture);
+      if (capture.addDataCaptureType(token)) linkDataCaptureVector_.pushBack(capture);
     }
   }
   return true;
@@ -132,13 +132,13 @@ HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
 HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const std::string& linkIdentifier,
                                                            const HxToken& token) {
   unsigned int position = 0;
-  if (findIndex(linkIdentifier, position)) return m_linkDataCaptureVector[position].addDataCaptureType(token);
+  if (findIndex(linkIdentifier, position)) return linkDataCaptureVector_[position].addDataCaptureType(token);
 
   // A new link capture is kept only once its first type was accepted.
   HxLinkDataCapture capture;
   capture.setLinkIdentifier(linkIdentifier);
   if (!capture.addDataCaptureType(token)) return false;
-  m_linkDataCaptureVector.pushBack(capture);
+  linkDataCaptureVector_.pushBack(capture);
   return true;
 }
 
@@ -160,12 +160,12 @@ HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(unsigned int e
                                                                   const HxToken& token) {
   unsigned int position = 0;
   if (findIndex(endEffectorIndex, position)) {
-    return m_endEffectorDataCaptureVector[position].addDataCaptureType(token);
+    return endEffectorDataCaptureVector_[position].addDataCaptureType(token);
   }
   HxEndEffectorDataCapture capture;
   capture.setEndEffectorIndex(endEffectorIndex);
   if (!capture.addDataCaptureType(token)) return false;
-  m_endEffectorDataCaptureVector.pushBack(capture);
+  endEffectorDataCaptureVector_.pushBack(capture);
   return true;
 }
 
@@ -173,34 +173,34 @@ HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(unsigned int e
                                                                   const HxDataCaptureType& type) {
   unsigned int position = 0;
   if (findIndex(endEffectorIndex, position)) {
-    return m_endEffectorDataCaptureVector[position].addDataCaptureType(type);
+    return endEffectorDataCaptureVector_[position].addDataCaptureType(type);
   }
   HxEndEffectorDataCapture capture;
   capture.setEndEffectorIndex(endEffectorIndex);
   if (!capture.addDataCaptureType(type)) return false;
-  m_endEffectorDataCaptureVector.pushBack(capture);
+  endEffectorDataCaptureVector_.pushBack(capture);
   return true;
 }
 
 HxBoolean HxManipulatorDataCapture::removeDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::removeByToken(m_dataCaptureVector, token);
+  return HxCaptureTypeListOps::removeByToken(dataCaptureVector_, token);
 }
 
 HxBoolean HxManipulatorDataCapture::removeLinkDataCaptureType(const HxToken& token) {
   HxBoolean removed = false;
   // Last to first, so that erasing keeps the positions still to visit.
-  for (HxU32 l = m_linkDataCaptureVector.size(); l-- > 0;) {
-    if (m_linkDataCaptureVector[l].removeDataCaptureType(token)) removed = true;
-    if (m_linkDataCaptureVector[l].numDataCaptureTypes() == 0) m_linkDataCaptureVector.erase(l);
+  for (HxU32 l = linkDataCaptureVector_.size(); l-- > 0;) {
+    if (linkDataCaptureVector_[l].removeDataCaptureType(token)) removed = true;
+    if (linkDataCaptureVector_[l].numDataCaptureTypes() == 0) linkDataCaptureVector_.erase(l);
   }
   return removed;
 }
 
 HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCaptureType(const HxToken& token) {
   HxBoolean removed = false;
-  for (HxU32 e = m_endEffectorDataCaptureVector.size(); e-- > 0;) {
-    if (m_endEffectorDataCaptureVector[e].removeDataCaptureType(token)) removed = true;
-    if (m_endEffectorDataCaptureVector[e].numDataCaptureTypes() == 0) m_endEffectorDataCaptureVector.erase(e);
+  for (HxU32 e = endEffectorDataCaptureVector_.size(); e-- > 0;) {
+    if (endEffectorDataCaptureVector_[e].removeDataCaptureType(token)) removed = true;
+    if (endEffectorDataCaptureVector_[e].numDataCaptureTypes() == 0) endEffectorDataCaptureVector_.erase(e);
   }
   return removed;
 }
@@ -209,8 +209,8 @@ HxBoolean HxManipulatorDataCapture::removeLinkDataCaptureType(const std::string&
                                                               const HxToken& token) {
   unsigned int position = 0;
   if (!findIndex(linkIdentifier, position)) return false;
-  const HxBoolean removed = m_linkDataCaptureVector[position].removeDataCaptureType(token);
-  if (m_linkDataCaptureVector[position].numDataCaptureTypes() == 0) m_linkDataCaptureVector.erase(position);
+  const HxBoolean removed = linkDataCaptureVector_[position].removeDataCaptureType(token);
+  if (linkDataCaptureVector_[position].numDataCaptureTypes() == 0) linkDataCaptureVector_.erase(position);
   return removed;
 }
 
@@ -218,43 +218,43 @@ HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCaptureType(unsigned in
                                                                      const HxToken& token) {
   unsigned int position = 0;
   if (!findIndex(endEffectorIndex, position)) return false;
-  const HxBoolean removed = m_endEffectorDataCaptureVector[position].removeDataCaptureType(token);
-  if (m_endEffectorDataCaptureVector[position].numDataCaptureTypes() == 0) {
-    m_endEffectorDataCaptureVector.erase(position);
+  const HxBoolean removed = endEffectorDataCaptureVector_[position].removeDataCaptureType(token);
+  if (endEffectorDataCaptureVector_[position].numDataCaptureTypes() == 0) {
+    endEffectorDataCaptureVector_.erase(position);
   }
   return removed;
 }
 
 void HxManipulatorDataCapture::addLinkDataCapture(const HxLinkDataCapture& capture) {
-  m_linkDataCaptureVector.pushBack(capture);
+  linkDataCaptureVector_.pushBack(capture);
 }
 
 const HxLinkDataCapture* HxManipulatorDataCapture::linkDataCapture(const std::string& linkIdentifier) const {
   unsigned int position = 0;
-  return findIndex(linkIdentifier, position) ? &m_linkDataCaptureVector[position] : nullptr;
+  return findIndex(linkIdentifier, position) ? &linkDataCaptureVector_[position] : nullptr;
 }
 
 void HxManipulatorDataCapture::addEndEffectorDataCapture(const HxEndEffectorDataCapture& capture) {
-  m_endEffectorDataCaptureVector.pushBack(capture);
+  endEffectorDataCaptureVector_.pushBack(capture);
 }
 
 const HxEndEffectorDataCapture* HxManipulatorDataCapture::endEffectorDataCapture(
     unsigned int endEffectorIndex) const {
   unsigned int position = 0;
-  return findIndex(endEffectorIndex, position) ? &m_endEffectorDataCaptureVector[position] : nullptr;
+  return findIndex(endEffectorIndex, position) ? &endEffectorDataCaptureVector_[position] : nullptr;
 }
 
 HxBoolean HxManipulatorDataCapture::removeLinkDataCapture(const std::string& linkIdentifier) {
   unsigned int position = 0;
   if (!findIndex(linkIdentifier, position)) return false;
-  m_linkDataCaptureVector.erase(position);
+  linkDataCaptureVector_.erase(position);
   return true;
 }
 
 HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCapture(unsigned int endEffectorIndex) {
   unsigned int position = 0;
   if (!findIndex(endEffectorIndex, position)) return false;
-  m_endEffectorDataCaptureVector.erase(position);
+  endEffectorDataCaptureVector_.erase(position);
   return true;
 }
 
@@ -274,7 +274,7 @@ HxBoolean HxManipulatorDataCapture::isDataCaptureTypeIncluded(unsigned int endEf
   return capture != nullptr && capture->isDataCaptureTypeIncluded(token);
 }
 
-unsigned int HxManipulatorDataCapture::numDataCaptureTypes() const { return m_dataCaptureVector.size(); }
+unsigned int HxManipulatorDataCapture::numDataCaptureTypes() const { return dataCaptureVector_.size(); }
 
 unsigned int HxManipulatorDataCapture::numDataCaptureTypes(const std::string& linkIdentifier) const {
   const HxLinkDataCapture* capture = linkDataCapture(linkIdentifier);
@@ -287,36 +287,36 @@ unsigned int HxManipulatorDataCapture::numDataCaptureTypes(unsigned int endEffec
 }
 
 HxBoolean HxManipulatorDataCapture::setDisableFlags(const HxToken& token, const Flags& flags) {
-  return HxCaptureTypeListOps::setDisableFlags(m_dataCaptureVector, token, flags);
+  return HxCaptureTypeListOps::setDisableFlags(dataCaptureVector_, token, flags);
 }
 
 HxBoolean HxManipulatorDataCapture::setDisableFlags(const std::string& linkIdentifier, const HxToken& token,
                                                     const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(linkIdentifier, position)) return false;
-  return m_linkDataCaptureVector[position].setDisableFlags(token, flags);
+  return linkDataCaptureVector_[position].setDisableFlags(token, flags);
 }
 
 HxBoolean HxManipulatorDataCapture::setDisableFlags(unsigned int endEffectorIndex, const HxToken& token,
                                                     const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(endEffectorIndex, position)) return false;
-  return m_endEffectorDataCaptureVector[position].setDisableFlags(token, flags);
+  return endEffectorDataCaptureVector_[position].setDisableFlags(token, flags);
 }
 
 void HxManipulatorDataCapture::removeAllDataCaptureTypes() {
-  m_dataCaptureVector.clear();
-  for (HxU32 l = 0; l < m_linkDataCaptureVector.size(); ++l) m_linkDataCaptureVector[l].removeAllDataCaptureTypes();
-  m_linkDataCaptureVector.clear();
-  for (HxU32 e = 0; e < m_endEffectorDataCaptureVector.size(); ++e) {
-    m_endEffectorDataCaptureVector[e].removeAllDataCaptureTypes();
+  dataCaptureVector_.clear();
+  for (HxU32 l = 0; l < linkDataCaptureVector_.size(); ++l) linkDataCaptureVector_[l].removeAllDataCaptureTypes();
+  linkDataCaptureVector_.clear();
+  for (HxU32 e = 0; e < endEffectorDataCaptureVector_.size(); ++e) {
+    endEffectorDataCaptureVector_[e].removeAllDataCaptureTypes();
   }
-  m_endEffectorDataCaptureVector.clear();
+  endEffectorDataCaptureVector_.clear();
 }
 
 HxBoolean HxManipulatorDataCapture::findIndex(const std::string& linkIdentifier, unsigned int& position) const {
-  for (HxU32 l = 0; l < m_linkDataCaptureVector.size(); ++l) {
-    if (m_linkDataCaptureVector[l].linkIdentifier() == linkIdentifier) {
+  for (HxU32 l = 0; l < linkDataCaptureVector_.size(); ++l) {
+    if (linkDataCaptureVector_[l].linkIdentifier() == linkIdentifier) {
       position = l;
       return true;
     }
@@ -325,8 +325,8 @@ HxBoolean HxManipulatorDataCapture::findIndex(const std::string& linkIdentifier,
 }
 
 HxBoolean HxManipulatorDataCapture::findIndex(unsigned int endEffectorIndex, unsigned int& position) const {
-  for (HxU32 e = 0; e < m_endEffectorDataCaptureVector.size(); ++e) {
-    if (m_endEffectorDataCaptureVector[e].endEffectorIndex() == endEffectorIndex) {
+  for (HxU32 e = 0; e < endEffectorDataCaptureVector_.size(); ++e) {
+    if (endEffectorDataCaptureVector_[e].endEffectorIndex() == endEffectorIndex) {
       position = e;
       return true;
     }

@@ -167,10 +167,10 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
  private:
-  HxXmlBasicType<unsigned int> m_manipulatorIndex;
-  HxDataCaptureTypeVector m_dataCaptureVector;
-  LinkDataCaptureVector m_linkDataCaptureVector;
-  EndEffectorDataCaptureVector m_endEffectorDataCaptureVector;
+  HxXmlBasicType<unsigned int> manipulatorIndex_;
+  HxDataCaptureTypeVector dataCaptureVector_;
+  LinkDataCaptureVector linkDataCaptureVector_;
+  EndEffectorDataCaptureVector endEffectorDataCaptureVector_;
 
   static HxDataCaptureTypeVector m_theAvailableDataCaptureTypeVector;
   static HxBoolean m_theAvailableTypesReady;

@@ -45,16 +45,16 @@ HxSystemDataCapture::HxSystemDataCapture() = default;
 
 HxSystemDataCapture::HxSystemDataCapture(const HxSystemDataCapture& other)
     : HxBaseSystemDataComponent(other),
-      m_label(other.m_label),
-      m_manipulatorDataCaptureVector(other.m_manipulatorDataCaptureVector),
-      m_elementSize(other.m_elementSize) {}
+      label_(other.label_),
+      manipulatorDataCaptureVector_(other.manipulatorDataCaptureVector_),
+      elementSize_(other.elementSize_) {}
 
 HxSystemDataCapture& HxSystemDataCapture::operator=(const HxSystemDataCapture& other) {
   if (this != &other) {
     HxBaseSystemDataComponent::operator=(other);
-    m_label = other.m_label;
-    m_manipulatorDataCaptureVector = other.m_manipulatorDataCaptureVector;
-    m_elementSize = other.m_elementSize;
+    label_ = other.label_;
+    manipulatorDataCaptureVector_ = other.manipulatorDataCaptureVector_;
+    elementSize_ = other.elementSize_;
   }
   return *this;
 }
@@ -62,8 +62,8 @@ HxSystemDataCapture& HxSystemDataCapture::operator=(const HxSystemDataCapture& o
 HxSystemDataCapture::~HxSystemDataCapture() = default;
 
 void HxSystemDataCapture::registerComponents() {
-  registerComponent(HxSimAnalysis::HxSystemDataCaptureLabelToken, &m_label);
-  registerComponent(HxSimAnalysis::HxManipulatorDataCaptureVectorToken, &m_manipulatorDataCaptureVector);
+  registerComponent(HxSimAnalysis::HxSystemDataCaptureLabelToken, &label_);
+  registerComponent(HxSimAnalysis::HxManipulatorDataCaptureVectorToken, &manipulatorDataCaptureVector_);
 }
 
 HxBoolean HxSystemDataCapture::write(HxXmlWriter& writer) const { return HxBaseSystemDataComponent::write(writer); }
@@ -92,24 +92,24 @@ HxXmlObject* HxSystemDataCapture::creator() { return new HxSystemDataCapture(); 
 HxSystemDataCapture HxSystemDataCapture::nullObject() { return HxSystemDataCapture(); }
 
 bool HxSystemDataCapture::operator==(const HxSystemDataCapture& other) const {
-  return HxBaseSystemDataComponent::operator==(other) && m_label == other.m_label &&
-         m_manipulatorDataCaptureVector == other.m_manipulatorDataCaptureVector;
+  return HxBaseSystemDataComponent::operator==(other) && label_ == other.label_ &&
+         manipulatorDataCaptureVector_ == other.manipulatorDataCaptureVector_;
 }
 
 unsigned int HxSystemDataCapture::type() const { return 0; }
 
-const std::string& HxSystemDataCapture::label() const { return m_label.value(); }
+const std::string& HxSystemDataCapture::label() const { return label_.value(); }
 
-void HxSystemDataCapture::setLabel(const std::string& label) { m_label = label; }
+void HxSystemDataCapture::setLabel(const std::string& label) { label_ = label; }
 
 const HxSystemDataCapture::ManipulatorDataCaptureVector& HxSystemDataCapture::manipulatorDataCaptureVector() const {
-  return m_manipulatorDataCaptureVector;
+  return manipulatorDataCaptureVector_;
 }
 
 HxBoolean HxSystemDataCapture::captureData(const HxSystemSimulation& simulation) const {
   HxBoolean result = true;
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    if (!m_manipulatorDataCaptureVector[p].captureData(simulation)) result = false;
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    if (!manipulatorDataCaptureVector_[p].captureData(simulation)) result = false;
   }
   return result;
 }
@@ -117,8 +117,8 @@ HxBoolean HxSystemDataCapture::captureData(const HxSystemSimulation& simulation)
 HxBoolean HxSystemDataCapture::findIndex(unsigned int const& m, unsigned int& position) const {
   // The whole list is walked: of several entries for m, the last one is found.
   HxBoolean found = false;
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    if (m_manipulatorDataCaptureVector[p].manipulatorIndex() == m) {
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    if (manipulatorDataCaptureVector_[p].manipulatorIndex() == m) {
       position = p;
       found = true;
     }
@@ -131,13 +131,13 @@ HxBoolean HxSystemDataCapture::addToManipulator(unsigned int const& m, Add add) 
   HxBoolean result = false;
   unsigned int position = 0;
   if (findIndex(m, position)) {
-    result = add(m_manipulatorDataCaptureVector[position]);
+    result = add(manipulatorDataCaptureVector_[position]);
   } else {
     // A manipulator capture is never created empty: it is kept only if the add succeeded.
     HxManipulatorDataCapture capture;
     capture.setManipulatorIndex(m);
     result = add(capture);
-    if (result) m_manipulatorDataCaptureVector.pushBack(capture);
+    if (result) manipulatorDataCaptureVector_.pushBack(capture);
   }
   if (result) computeElementSize();
   return result;
@@ -184,7 +184,7 @@ template <class Remove>
 HxBoolean HxSystemDataCapture::removeFromManipulator(unsigned int const& m, bool endEffectorLevel, Remove remove) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
-  HxManipulatorDataCapture& capture = m_manipulatorDataCaptureVector[position];
+  HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[position];
   const HxBoolean result = remove(capture);
 
   // Pruning looks at the manipulator-level types and at the sub-captures of one level only:
@@ -192,7 +192,7 @@ HxBoolean HxSystemDataCapture::removeFromManipulator(unsigned int const& m, bool
   // entry whose other sub-captures are still populated is erased all the same.
   const HxU32 subCaptures = endEffectorLevel ? capture.endEffectorDataCaptureVector().size()
                                              : capture.linkDataCaptureVector().size();
-  if (capture.dataCaptureVector().size() == 0 && subCaptures == 0) m_manipulatorDataCaptureVector.erase(position);
+  if (capture.dataCaptureVector().size() == 0 && subCaptures == 0) manipulatorDataCaptureVector_.erase(position);
 
   if (result) computeElementSize();
   return result;
@@ -225,20 +225,20 @@ HxBoolean HxSystemDataCapture::removeEndEffectorDataCaptureType(unsigned int con
 }
 
 HxBoolean HxSystemDataCapture::addManipulatorDataCapture(const HxManipulatorDataCapture& capture) {
-  m_manipulatorDataCaptureVector.pushBack(capture);
+  manipulatorDataCaptureVector_.pushBack(capture);
   computeElementSize();
   return true;
 }
 
 const HxManipulatorDataCapture* HxSystemDataCapture::manipulatorDataCapture(unsigned int const& m) const {
   unsigned int position = 0;
-  return findIndex(m, position) ? &m_manipulatorDataCaptureVector[position] : nullptr;
+  return findIndex(m, position) ? &manipulatorDataCaptureVector_[position] : nullptr;
 }
 
 HxBoolean HxSystemDataCapture::removeManipulatorDataCapture(unsigned int const& m) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
-  m_manipulatorDataCaptureVector.erase(position);
+  manipulatorDataCaptureVector_.erase(position);
   computeElementSize();
   return true;
 }
@@ -278,31 +278,31 @@ unsigned int HxSystemDataCapture::numDataCaptureTypes(unsigned int const& m, uns
 HxBoolean HxSystemDataCapture::setDisableFlags(unsigned int const& m, const HxToken& token, const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
-  return m_manipulatorDataCaptureVector[position].setDisableFlags(token, flags);
+  return manipulatorDataCaptureVector_[position].setDisableFlags(token, flags);
 }
 
 HxBoolean HxSystemDataCapture::setDisableFlags(unsigned int const& m, const std::string& link, const HxToken& token,
                                                const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
-  return m_manipulatorDataCaptureVector[position].setDisableFlags(link, token, flags);
+  return manipulatorDataCaptureVector_[position].setDisableFlags(link, token, flags);
 }
 
 HxBoolean HxSystemDataCapture::setDisableFlags(unsigned int const& m, unsigned int const& e, const HxToken& token,
                                                const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
-  return m_manipulatorDataCaptureVector[position].setDisableFlags(e, token, flags);
+  return manipulatorDataCaptureVector_[position].setDisableFlags(e, token, flags);
 }
 
 void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
   HxSystemDataStorage::ManipulatorDataVector manipulators;
-  manipulators.reserve(m_manipulatorDataCaptureVector.size());
+  manipulators.reserve(manipulatorDataCaptureVector_.size());
   HxU32 largest = 0;
 
   // Position p of the record belongs to the manipulator capture at position p.
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    const HxManipulatorDataCapture& capture = m_manipulatorDataCaptureVector[p];
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
     HxManipulatorDataStorage manipulator;
     manipulator.setManipulatorLevelData(shapeOf(capture.dataCaptureVector()));
 
@@ -327,23 +327,23 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
   storage.setManipulatorDataVector(manipulators);
   storage.computeElementSize();
   // storeData then never grows its scratch buffer.
-  m_activeData.reserve(largest);
+  activeData_.reserve(largest);
 }
 
 HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
-  if (m_manipulatorDataCaptureVector.size() == 0) return false;
+  if (manipulatorDataCaptureVector_.size() == 0) return false;
 
   // One scratch buffer serves every type; the offset within each quantity is always 0. Each
   // type is looked up once (the polymorphic vectors check every index).
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    const HxManipulatorDataCapture& capture = m_manipulatorDataCaptureVector[p];
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
 
     const HxDataCaptureTypeVector& types = capture.dataCaptureVector();
     const HxU32 typeCount = types.size();
     for (HxU32 i = 0; i < typeCount; ++i) {
       const HxDataCaptureType& type = types[i];
-      getActiveData(type.disableFlags(), type.data(), m_activeData);
-      storage.setSpecificManipulatorLevelData(p, i, 0, m_activeData);
+      getActiveData(type.disableFlags(), type.data(), activeData_);
+      storage.setSpecificManipulatorLevelData(p, i, 0, activeData_);
     }
 
     const auto& links = capture.linkDataCaptureVector();
@@ -353,8 +353,8 @@ HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
       const HxU32 linkTypeCount = linkTypes.size();
       for (HxU32 i = 0; i < linkTypeCount; ++i) {
         const HxDataCaptureType& type = linkTypes[i];
-        getActiveData(type.disableFlags(), type.data(), m_activeData);
-        storage.setSpecificLinkLevelData(p, l, i, 0, m_activeData);
+        getActiveData(type.disableFlags(), type.data(), activeData_);
+        storage.setSpecificLinkLevelData(p, l, i, 0, activeData_);
       }
     }
 
@@ -365,8 +365,8 @@ HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
       const HxU32 endEffectorTypeCount = endEffectorTypes.size();
       for (HxU32 i = 0; i < endEffectorTypeCount; ++i) {
         const HxDataCaptureType& type = endEffectorTypes[i];
-        getActiveData(type.disableFlags(), type.data(), m_activeData);
-        storage.setSpecificEndEffectorData(p, k, i, 0, m_activeData);
+        getActiveData(type.disableFlags(), type.data(), activeData_);
+        storage.setSpecificEndEffectorData(p, k, i, 0, activeData_);
       }
     }
   }
@@ -374,10 +374,10 @@ HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
 }
 
 void HxSystemDataCapture::getDataElements(Values& values) const {
-  values.resize(m_elementSize);
+  values.resize(elementSize_);
   HxU32 position = 0;
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    forEachType(m_manipulatorDataCaptureVector[p], [&](const HxDataCaptureType& type) {
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    forEachType(manipulatorDataCaptureVector_[p], [&](const HxDataCaptureType& type) {
       const Flags& flags = type.disableFlags();
       const Values& data = type.data();
       const HxU32 dataSize = std::min<HxU32>(type.dataSize(), data.size());
@@ -411,33 +411,33 @@ void HxSystemDataCapture::appendTypeLabels(const HxDataCaptureType& type, const 
 }
 
 void HxSystemDataCapture::getStringElements(std::vector<std::string>& labels) const {
-  labels.resize(static_cast<std::size_t>(m_elementSize) + 2);
+  labels.resize(static_cast<std::size_t>(elementSize_) + 2);
   labels[0] = "Time";
   labels[1] = "Point Path Index";
   std::size_t position = 2;
 
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    const HxManipulatorDataCapture& capture = m_manipulatorDataCaptureVector[p];
-    HxINT2STRING(capture.manipulatorIndex(), 10, m_number);
-    m_prefix.assign("Manip[").append(m_number).append("]:");
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
+    HxINT2STRING(capture.manipulatorIndex(), 10, number_);
+    prefix_.assign("Manip[").append(number_).append("]:");
 
     const HxDataCaptureTypeVector& types = capture.dataCaptureVector();
-    for (HxU32 i = 0; i < types.size(); ++i) appendTypeLabels(types[i], m_prefix, labels, position);
+    for (HxU32 i = 0; i < types.size(); ++i) appendTypeLabels(types[i], prefix_, labels, position);
 
     const auto& links = capture.linkDataCaptureVector();
     for (HxU32 l = 0; l < links.size(); ++l) {
-      m_subPrefix.assign(m_prefix).append(links[l].linkIdentifier()).append(":");
+      subPrefix_.assign(prefix_).append(links[l].linkIdentifier()).append(":");
       const HxDataCaptureTypeVector& linkTypes = links[l].dataCaptureVector();
-      for (HxU32 i = 0; i < linkTypes.size(); ++i) appendTypeLabels(linkTypes[i], m_subPrefix, labels, position);
+      for (HxU32 i = 0; i < linkTypes.size(); ++i) appendTypeLabels(linkTypes[i], subPrefix_, labels, position);
     }
 
     const auto& endEffectors = capture.endEffectorDataCaptureVector();
     for (HxU32 k = 0; k < endEffectors.size(); ++k) {
-      HxINT2STRING(endEffectors[k].endEffectorIndex(), 10, m_number);
-      m_subPrefix.assign(m_prefix).append("EE[").append(m_number).append("]:");
+      HxINT2STRING(endEffectors[k].endEffectorIndex(), 10, number_);
+      subPrefix_.assign(prefix_).append("EE[").append(number_).append("]:");
       const HxDataCaptureTypeVector& endEffectorTypes = endEffectors[k].dataCaptureVector();
       for (HxU32 i = 0; i < endEffectorTypes.size(); ++i) {
-        appendTypeLabels(endEffectorTypes[i], m_subPrefix, labels, position);
+        appendTypeLabels(endEffectorTypes[i], subPrefix_, labels, position);
       }
     }
   }
@@ -446,19 +446,19 @@ void HxSystemDataCapture::getStringElements(std::vector<std::string>& labels) co
 }
 
 void HxSystemDataCapture::removeAllDataCaptureTypes() {
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    m_manipulatorDataCaptureVector[p].removeAllDataCaptureTypes();
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    manipulatorDataCaptureVector_[p].removeAllDataCaptureTypes();
   }
-  m_manipulatorDataCaptureVector.clear();
-  m_elementSize = 0;
+  manipulatorDataCaptureVector_.clear();
+  elementSize_ = 0;
 }
 
 void HxSystemDataCapture::computeElementSize() {
   HxU32 size = 0;
-  for (HxU32 p = 0; p < m_manipulatorDataCaptureVector.size(); ++p) {
-    forEachType(m_manipulatorDataCaptureVector[p], [&size](const HxDataCaptureType& type) { size += type.dataSize(); });
+  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    forEachType(manipulatorDataCaptureVector_[p], [&size](const HxDataCaptureType& type) { size += type.dataSize(); });
   }
-  m_elementSize = size;
+  elementSize_ = size;
 }
 
 void HxSystemDataCapture::getActiveData(const Flags& flags, const Values& data, Values& activeData) const {

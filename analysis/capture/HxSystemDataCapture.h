@@ -209,7 +209,7 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   virtual void getActiveData(const Flags& flags, const Values& data, Values& activeData) const;
 
   /// The element size as last computed.
-  HxU32 elementSize() const { return m_elementSize; }
+  HxU32 elementSize() const { return elementSize_; }
 
  private:
   // Applies `add` to the capture of manipulator m, or to a new capture for m that is kept only
@@ -223,13 +223,13 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   void appendTypeLabels(const HxDataCaptureType& type, const std::string& prefix, std::vector<std::string>& labels,
                         std::size_t& position) const;
 
-  HxXmlBasicType<std::string> m_label;
-  ManipulatorDataCaptureVector m_manipulatorDataCaptureVector;
-  HxU32 m_elementSize = 0;
+  HxXmlBasicType<std::string> label_;
+  ManipulatorDataCaptureVector manipulatorDataCaptureVector_;
+  HxU32 elementSize_ = 0;
   // Scratch buffer of storeData: the active values of one type at a time.
-  mutable Values m_activeData;
+  mutable Values activeData_;
   // Scratch texts of getStringElements, kept so that later calls reuse their capacity.
-  mutable std::string m_prefix;
-  mutable std::string m_subPrefix;
-  mutable std::string m_number;
+  mutable std::string prefix_;
+  mutable std::string subPrefix_;
+  mutable std::string number_;
 };

@@ -39,16 +39,16 @@ HxManipulatorDataStorage::HxManipulatorDataStorage() = default;
 
 HxManipulatorDataStorage::HxManipulatorDataStorage(const HxManipulatorDataStorage& other)
     : HxXmlCompoundType(other),
-      m_manipulatorLevelData(other.m_manipulatorLevelData),
-      m_linkLevelData(other.m_linkLevelData),
-      m_endEffectorData(other.m_endEffectorData) {}
+      manipulatorLevelData_(other.manipulatorLevelData_),
+      linkLevelData_(other.linkLevelData_),
+      endEffectorData_(other.endEffectorData_) {}
 
 HxManipulatorDataStorage& HxManipulatorDataStorage::operator=(const HxManipulatorDataStorage& other) {
   if (this != &other) {
     HxXmlCompoundType::operator=(other);
-    m_manipulatorLevelData = other.m_manipulatorLevelData;
-    m_linkLevelData = other.m_linkLevelData;
-    m_endEffectorData = other.m_endEffectorData;
+    manipulatorLevelData_ = other.manipulatorLevelData_;
+    linkLevelData_ = other.linkLevelData_;
+    endEffectorData_ = other.endEffectorData_;
   }
   return *this;
 }
@@ -56,9 +56,9 @@ HxManipulatorDataStorage& HxManipulatorDataStorage::operator=(const HxManipulato
 HxManipulatorDataStorage::~HxManipulatorDataStorage() = default;
 
 void HxManipulatorDataStorage::registerComponents() {
-  registerComponent(HxSimAnalysis::HxManipulatorLevelDataToken, &m_manipulatorLevelData);
-  registerComponent(HxSimAnalysis::HxLinkLevelDataToken, &m_linkLevelData);
-  registerComponent(HxSimAnalysis::HxEndEffectorDataToken, &m_endEffectorData);
+  registerComponent(HxSimAnalysis::HxManipulatorLevelDataToken, &manipulatorLevelData_);
+  registerComponent(HxSimAnalysis::HxLinkLevelDataToken, &linkLevelData_);
+  registerComponent(HxSimAnalysis::HxEndEffectorDataToken, &endEffectorData_);
 }
 
 HxXmlObject* HxManipulatorDataStorage::clone() const { return new HxManipulatorDataStorage(*this); }
@@ -79,59 +79,59 @@ HxXmlObject* HxManipulatorDataStorage::creator() { return new HxManipulatorDataS
 HxManipulatorDataStorage HxManipulatorDataStorage::nullObject() { return HxManipulatorDataStorage(); }
 
 bool HxManipulatorDataStorage::operator==(const HxManipulatorDataStorage& other) const {
-  return HxXmlCompoundType::operator==(other) && m_manipulatorLevelData == other.m_manipulatorLevelData &&
-         m_linkLevelData == other.m_linkLevelData && m_endEffectorData == other.m_endEffectorData;
+  return HxXmlCompoundType::operator==(other) && manipulatorLevelData_ == other.manipulatorLevelData_ &&
+         linkLevelData_ == other.linkLevelData_ && endEffectorData_ == other.endEffectorData_;
 }
 
 const HxManipulatorDataStorage::QuantityVector& HxManipulatorDataStorage::manipulatorLevelData() const {
-  return m_manipulatorLevelData;
+  return manipulatorLevelData_;
 }
 
-void HxManipulatorDataStorage::setManipulatorLevelData(const QuantityVector& data) { m_manipulatorLevelData = data; }
+void HxManipulatorDataStorage::setManipulatorLevelData(const QuantityVector& data) { manipulatorLevelData_ = data; }
 
 HxBoolean HxManipulatorDataStorage::setSpecificManipulatorLevelData(HxU32 quantity, HxU32 offset, double value) {
-  return storeValue(m_manipulatorLevelData, quantity, offset, value);
+  return storeValue(manipulatorLevelData_, quantity, offset, value);
 }
 
 HxBoolean HxManipulatorDataStorage::setSpecificManipulatorLevelData(HxU32 quantity, HxU32 offset,
                                                                     const ValueVector& values) {
-  return storeValues(m_manipulatorLevelData, quantity, offset, values);
+  return storeValues(manipulatorLevelData_, quantity, offset, values);
 }
 
 const HxManipulatorDataStorage::ElementVector& HxManipulatorDataStorage::linkLevelData() const {
-  return m_linkLevelData;
+  return linkLevelData_;
 }
 
-void HxManipulatorDataStorage::setLinkLevelData(const ElementVector& data) { m_linkLevelData = data; }
+void HxManipulatorDataStorage::setLinkLevelData(const ElementVector& data) { linkLevelData_ = data; }
 
 HxBoolean HxManipulatorDataStorage::setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset,
                                                              double value) {
-  if (link >= m_linkLevelData.size()) return false;
-  return storeValue(m_linkLevelData[link], quantity, offset, value);
+  if (link >= linkLevelData_.size()) return false;
+  return storeValue(linkLevelData_[link], quantity, offset, value);
 }
 
 HxBoolean HxManipulatorDataStorage::setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset,
                                                              const ValueVector& values) {
-  if (link >= m_linkLevelData.size()) return false;
-  return storeValues(m_linkLevelData[link], quantity, offset, values);
+  if (link >= linkLevelData_.size()) return false;
+  return storeValues(linkLevelData_[link], quantity, offset, values);
 }
 
 const HxManipulatorDataStorage::ElementVector& HxManipulatorDataStorage::endEffectorData() const {
-  return m_endEffectorData;
+  return endEffectorData_;
 }
 
-void HxManipulatorDataStorage::setEndEffectorData(const ElementVector& data) { m_endEffectorData = data; }
+void HxManipulatorDataStorage::setEndEffectorData(const ElementVector& data) { endEffectorData_ = data; }
 
 HxBoolean HxManipulatorDataStorage::setSpecificEndEffectorData(HxU32 endEffector, HxU32 quantity, HxU32 offset,
                                                                double value) {
-  if (endEffector >= m_endEffectorData.size()) return false;
-  return storeValue(m_endEffectorData[endEffector], quantity, offset, value);
+  if (endEffector >= endEffectorData_.size()) return false;
+  return storeValue(endEffectorData_[endEffector], quantity, offset, value);
 }
 
 HxBoolean HxManipulatorDataStorage::setSpecificEndEffectorData(HxU32 endEffector, HxU32 quantity, HxU32 offset,
                                                                const ValueVector& values) {
-  if (endEffector >= m_endEffectorData.size()) return false;
-  return storeValues(m_endEffectorData[endEffector], quantity, offset, values);
+  if (endEffector >= endEffectorData_.size()) return false;
+  return storeValues(endEffectorData_[endEffector], quantity, offset, values);
 }
 
 HxU32 HxManipulatorDataStorage::numValues() const {

@@ -95,9 +95,9 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
   /// Calls `visit(double)` for every value in flat order. Does not allocate.
   template <class Visitor>
   void forEachValue(Visitor&& visit) const {
-    forEachQuantityValue(m_manipulatorLevelData, visit);
-    for (const QuantityVector& link : m_linkLevelData.vectorContainer()) forEachQuantityValue(link, visit);
-    for (const QuantityVector& endEffector : m_endEffectorData.vectorContainer()) {
+    forEachQuantityValue(manipulatorLevelData_, visit);
+    for (const QuantityVector& link : linkLevelData_.vectorContainer()) forEachQuantityValue(link, visit);
+    for (const QuantityVector& endEffector : endEffectorData_.vectorContainer()) {
       forEachQuantityValue(endEffector, visit);
     }
   }
@@ -111,7 +111,7 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
     }
   }
 
-  QuantityVector m_manipulatorLevelData;
-  ElementVector m_linkLevelData;
-  ElementVector m_endEffectorData;
+  QuantityVector manipulatorLevelData_;
+  ElementVector linkLevelData_;
+  ElementVector endEffectorData_;
 };

@@ -17,22 +17,22 @@ void reserveNumberText(std::string& text) {
 }
 }  // namespace
 
-HxSystemDataStorage::HxSystemDataStorage() : m_time(0.0), m_pathPointIndex(0u) {}
+HxSystemDataStorage::HxSystemDataStorage() : time_(0.0), pathPointIndex_(0u) {}
 
 HxSystemDataStorage::HxSystemDataStorage(const HxSystemDataStorage& other)
     : HxBaseSystemDataComponent(other),
-      m_manipulatorDataVector(other.m_manipulatorDataVector),
-      m_time(other.m_time),
-      m_pathPointIndex(other.m_pathPointIndex),
-      m_elementSize(other.m_elementSize) {}
+      manipulatorDataVector_(other.manipulatorDataVector_),
+      time_(other.time_),
+      pathPointIndex_(other.pathPointIndex_),
+      elementSize_(other.elementSize_) {}
 
 HxSystemDataStorage& HxSystemDataStorage::operator=(const HxSystemDataStorage& other) {
   if (this != &other) {
     HxBaseSystemDataComponent::operator=(other);
-    m_manipulatorDataVector = other.m_manipulatorDataVector;
-    m_time = other.m_time;
-    m_pathPointIndex = other.m_pathPointIndex;
-    m_elementSize = other.m_elementSize;
+    manipulatorDataVector_ = other.manipulatorDataVector_;
+    time_ = other.time_;
+    pathPointIndex_ = other.pathPointIndex_;
+    elementSize_ = other.elementSize_;
     invalidateText();
   }
   return *this;
@@ -41,9 +41,9 @@ HxSystemDataStorage& HxSystemDataStorage::operator=(const HxSystemDataStorage& o
 HxSystemDataStorage::~HxSystemDataStorage() = default;
 
 void HxSystemDataStorage::registerComponents() {
-  registerComponent(HxSimAnalysis::HxManipulatorDataVectorToken, &m_manipulatorDataVector);
-  registerComponent(HxSimAnalysis::HxTimeToken, &m_time);
-  registerComponent(HxSimAnalysis::HxPathPointIndexToken, &m_pathPointIndex);
+  registerComponent(HxSimAnalysis::HxManipulatorDataVectorToken, &manipulatorDataVector_);
+  registerComponent(HxSimAnalysis::HxTimeToken, &time_);
+  registerComponent(HxSimAnalysis::HxPathPointIndexToken, &pathPointIndex_);
 }
 
 HxBoolean HxSystemDataStorage::read(HxXmlReader& reader) {
@@ -69,58 +69,58 @@ HxXmlObject* HxSystemDataStorage::creator() { return new HxSystemDataStorage(); 
 HxSystemDataStorage HxSystemDataStorage::nullObject() { return HxSystemDataStorage(); }
 
 bool HxSystemDataStorage::operator==(const HxSystemDataStorage& other) const {
-  return HxBaseSystemDataComponent::operator==(other) && m_manipulatorDataVector == other.m_manipulatorDataVector &&
-         m_time == other.m_time && m_pathPointIndex == other.m_pathPointIndex &&
-         m_elementSize == other.m_elementSize;
+  return HxBaseSystemDataComponent::operator==(other) && manipulatorDataVector_ == other.manipulatorDataVector_ &&
+         time_ == other.time_ && pathPointIndex_ == other.pathPointIndex_ &&
+         elementSize_ == other.elementSize_;
 }
 
 unsigned int HxSystemDataStorage::type() const { return 1; }
 
 void HxSystemDataStorage::refreshValues() const {
-  const HxU32 size = m_elementSize;
-  if (m_values.size() != size) m_values.resize(size);
-  double* const out = m_values.data();
+  const HxU32 size = elementSize_;
+  if (values_.size() != size) values_.resize(size);
+  double* const out = values_.data();
 
   // Time, index, then the values in flat order; a stale element size bounds what is kept.
   std::size_t position = 0;
-  if (position < size) out[position] = m_time.value();
+  if (position < size) out[position] = time_.value();
   ++position;
-  if (position < size) out[position] = static_cast<double>(m_pathPointIndex.value());
+  if (position < size) out[position] = static_cast<double>(pathPointIndex_.value());
   ++position;
-  for (HxU32 m = 0; m < m_manipulatorDataVector.size(); ++m) {
-    m_manipulatorDataVector[m].forEachValue([&](double value) {
+  for (HxU32 m = 0; m < manipulatorDataVector_.size(); ++m) {
+    manipulatorDataVector_[m].forEachValue([&](double value) {
       if (position < size) out[position] = value;
       ++position;
     });
   }
-  m_valueCount = position < size ? position : size;
-  for (std::size_t k = m_valueCount; k < size; ++k) out[k] = 0.0;
+  valueCount_ = position < size ? position : size;
+  for (std::size_t k = valueCount_; k < size; ++k) out[k] = 0.0;
 
-  m_valuesView.values = out;
-  m_valuesView.count = size;
-  m_valuesValid = true;
+  valuesView_.values = out;
+  valuesView_.count = size;
+  valuesValid_ = true;
 }
 
 void HxSystemDataStorage::refreshText() const {
-  if (!m_valuesValid) refreshValues();
-  const HxU32 size = m_elementSize;
+  if (!valuesValid_) refreshValues();
+  const HxU32 size = elementSize_;
   // Room for the longest text of every element and its separator: sized once per shape.
   const std::size_t capacity = static_cast<std::size_t>(size) * (HxDoubleTextCapacity + 1);
-  if (m_textChars.size() < capacity) m_textChars.resize(capacity);
+  if (textChars_.size() < capacity) textChars_.resize(capacity);
   const std::size_t offsetCount = static_cast<std::size_t>(size) + 1;
-  if (m_textOffsets.size() != offsetCount) m_textOffsets.resize(offsetCount);
+  if (textOffsets_.size() != offsetCount) textOffsets_.resize(offsetCount);
 
-  char* const begin = m_textChars.data();
-  HxU32* const offsets = m_textOffsets.data();
-  const double* const values = m_values.data();
+  char* const begin = textChars_.data();
+  HxU32* const offsets = textOffsets_.data();
+  const double* const values = values_.data();
   char* p = begin;
   offsets[0] = 0;
   for (std::size_t k = 0; k < size; ++k) {
-    if (k < m_valueCount) {
+    if (k < valueCount_) {
       if (k == 1) {
         // The index as the toolkit's integer text (at most 10 digits: no allocation).
-        HxINT2STRING(m_pathPointIndex.value(), 10, m_indexText);
-        p = std::copy(m_indexText.begin(), m_indexText.end(), p);
+        HxINT2STRING(pathPointIndex_.value(), 10, indexText_);
+        p = std::copy(indexText_.begin(), indexText_.end(), p);
       } else {
         p = HxDOUBLE2STRING(values[k], p);
       }
@@ -129,20 +129,20 @@ void HxSystemDataStorage::refreshText() const {
     offsets[k + 1] = static_cast<HxU32>(p - begin);
   }
 
-  m_textView.chars = begin;
-  m_textView.offsets = offsets;
-  m_textView.count = size;
-  m_textValid = true;
+  textView_.chars = begin;
+  textView_.offsets = offsets;
+  textView_.count = size;
+  textValid_ = true;
 }
 
 const HxElementValues* HxSystemDataStorage::elementValues() const {
-  if (!m_valuesValid) refreshValues();
-  return &m_valuesView;
+  if (!valuesValid_) refreshValues();
+  return &valuesView_;
 }
 
 const HxElementText* HxSystemDataStorage::elementText() const {
-  if (!m_textValid) refreshText();
-  return &m_textView;
+  if (!textValid_) refreshText();
+  return &textView_;
 }
 
 void HxSystemDataStorage::getStringElements(std::vector<std::string>& elements) const {
@@ -156,95 +156,95 @@ void HxSystemDataStorage::getStringElements(std::vector<std::string>& elements) 
 }
 
 const HxSystemDataStorage::ManipulatorDataVector& HxSystemDataStorage::manipulatorDataVector() const {
-  return m_manipulatorDataVector;
+  return manipulatorDataVector_;
 }
 
 void HxSystemDataStorage::setManipulatorDataVector(const ManipulatorDataVector& data) {
-  m_manipulatorDataVector = data;
+  manipulatorDataVector_ = data;
   invalidateText();
 }
 
 HxBoolean HxSystemDataStorage::setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset,
                                                                double value) {
   invalidateText();
-  if (manipulator >= m_manipulatorDataVector.size()) return false;
-  return m_manipulatorDataVector[manipulator].setSpecificManipulatorLevelData(quantity, offset, value);
+  if (manipulator >= manipulatorDataVector_.size()) return false;
+  return manipulatorDataVector_[manipulator].setSpecificManipulatorLevelData(quantity, offset, value);
 }
 
 HxBoolean HxSystemDataStorage::setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset,
                                                                const ValueVector& values) {
   invalidateText();
-  if (manipulator >= m_manipulatorDataVector.size()) return false;
-  return m_manipulatorDataVector[manipulator].setSpecificManipulatorLevelData(quantity, offset, values);
+  if (manipulator >= manipulatorDataVector_.size()) return false;
+  return manipulatorDataVector_[manipulator].setSpecificManipulatorLevelData(quantity, offset, values);
 }
 
 HxBoolean HxSystemDataStorage::setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
                                                         double value) {
   invalidateText();
-  if (manipulator >= m_manipulatorDataVector.size()) return false;
-  return m_manipulatorDataVector[manipulator].setSpecificLinkLevelData(link, quantity, offset, value);
+  if (manipulator >= manipulatorDataVector_.size()) return false;
+  return manipulatorDataVector_[manipulator].setSpecificLinkLevelData(link, quantity, offset, value);
 }
 
 HxBoolean HxSystemDataStorage::setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
                                                         const ValueVector& values) {
   invalidateText();
-  if (manipulator >= m_manipulatorDataVector.size()) return false;
-  return m_manipulatorDataVector[manipulator].setSpecificLinkLevelData(link, quantity, offset, values);
+  if (manipulator >= manipulatorDataVector_.size()) return false;
+  return manipulatorDataVector_[manipulator].setSpecificLinkLevelData(link, quantity, offset, values);
 }
 
 HxBoolean HxSystemDataStorage::setSpecificEndEffectorData(HxU32 manipulator, HxU32 endEffector, HxU32 quantity,
                                                           HxU32 offset, double value) {
   invalidateText();
-  if (manipulator >= m_manipulatorDataVector.size()) return false;
-  return m_manipulatorDataVector[manipulator].setSpecificEndEffectorData(endEffector, quantity, offset, value);
+  if (manipulator >= manipulatorDataVector_.size()) return false;
+  return manipulatorDataVector_[manipulator].setSpecificEndEffectorData(endEffector, quantity, offset, value);
 }
 
 HxBoolean HxSystemDataStorage::setSpecificEndEffectorData(HxU32 manipulator, HxU32 endEffector, HxU32 quantity,
                                                           HxU32 offset, const ValueVector& values) {
   invalidateText();
-  if (manipulator >= m_manipulatorDataVector.size()) return false;
-  return m_manipulatorDataVector[manipulator].setSpecificEndEffectorData(endEffector, quantity, offset, values);
+  if (manipulator >= manipulatorDataVector_.size()) return false;
+  return manipulatorDataVector_[manipulator].setSpecificEndEffectorData(endEffector, quantity, offset, values);
 }
 
-double HxSystemDataStorage::time() const { return m_time.value(); }
+double HxSystemDataStorage::time() const { return time_.value(); }
 
 void HxSystemDataStorage::setTime(const double& time) {
-  m_time = time;
+  time_ = time;
   invalidateText();
 }
 
-unsigned int HxSystemDataStorage::pathPointIndex() const { return m_pathPointIndex.value(); }
+unsigned int HxSystemDataStorage::pathPointIndex() const { return pathPointIndex_.value(); }
 
 void HxSystemDataStorage::setPathPointIndex(unsigned int index) {
-  m_pathPointIndex = index;
+  pathPointIndex_ = index;
   invalidateText();
 }
 
 void HxSystemDataStorage::computeElementSize() {
   HxU32 size = 2;
-  for (HxU32 m = 0; m < m_manipulatorDataVector.size(); ++m) size += m_manipulatorDataVector[m].numValues();
-  m_elementSize = size;
+  for (HxU32 m = 0; m < manipulatorDataVector_.size(); ++m) size += manipulatorDataVector_[m].numValues();
+  elementSize_ = size;
   invalidateText();
 }
 
 HxU32 HxSystemDataStorage::elementSize(bool excludeTimeAndIndex) const {
-  return excludeTimeAndIndex ? m_elementSize - 2 : m_elementSize;
+  return excludeTimeAndIndex ? elementSize_ - 2 : elementSize_;
 }
 
 void HxSystemDataStorage::getRealElements(std::vector<double>& out, bool excludeTimeAndIndex) const {
   // A size never computed would wrap when excluding time and index; treat it as empty.
-  const HxU32 size = (excludeTimeAndIndex && m_elementSize < 2) ? 0 : elementSize(excludeTimeAndIndex);
+  const HxU32 size = (excludeTimeAndIndex && elementSize_ < 2) ? 0 : elementSize(excludeTimeAndIndex);
   if (out.size() != size) out.resize(size);
 
   HxU32 position = 0;
   if (!excludeTimeAndIndex) {
-    if (position < size) out[position] = m_time.value();
+    if (position < size) out[position] = time_.value();
     ++position;
-    if (position < size) out[position] = static_cast<double>(m_pathPointIndex.value());
+    if (position < size) out[position] = static_cast<double>(pathPointIndex_.value());
     ++position;
   }
-  for (HxU32 m = 0; m < m_manipulatorDataVector.size(); ++m) {
-    m_manipulatorDataVector[m].forEachValue([&](double value) {
+  for (HxU32 m = 0; m < manipulatorDataVector_.size(); ++m) {
+    manipulatorDataVector_[m].forEachValue([&](double value) {
       if (position < size) out[position] = value;
       ++position;
     });

@@ -142,27 +142,27 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
 
  private:
   void invalidateText() {
-    m_textValid = false;
-    m_valuesValid = false;
+    textValid_ = false;
+    valuesValid_ = false;
   }
   void refreshValues() const;
   void refreshText() const;
 
-  ManipulatorDataVector m_manipulatorDataVector;
-  HxXmlBasicType<double> m_time;
-  HxXmlBasicType<unsigned int> m_pathPointIndex;
-  HxU32 m_elementSize = 0;
+  ManipulatorDataVector manipulatorDataVector_;
+  HxXmlBasicType<double> time_;
+  HxXmlBasicType<unsigned int> pathPointIndex_;
+  HxU32 elementSize_ = 0;
 
-  // The current sample in flat order, as reals (valid while m_valuesValid) and as text (valid
-  // while m_textValid); see the class comment. the first m_valueCount elements have a value;
+  // The current sample in flat order, as reals (valid while valuesValid_) and as text (valid
+  // while textValid_); see the class comment. the first valueCount_ elements have a value;
   // the rest (a stale element size larger than the record) have empty texts.
-  mutable std::vector<double> m_values;
-  mutable std::size_t m_valueCount = 0;
-  mutable HxElementValues m_valuesView;
-  mutable bool m_valuesValid = false;
-  mutable std::vector<char> m_textChars;
-  mutable std::vector<HxU32> m_textOffsets;
-  mutable std::string m_indexText;
-  mutable HxElementText m_textView;
-  mutable bool m_textValid = false;
+  mutable std::vector<double> values_;
+  mutable std::size_t valueCount_ = 0;
+  mutable HxElementValues valuesView_;
+  mutable bool valuesValid_ = false;
+  mutable std::vector<char> textChars_;
+  mutable std::vector<HxU32> textOffsets_;
+  mutable std::string indexText_;
+  mutable HxElementText textView_;
+  mutable bool textValid_ = false;
 };

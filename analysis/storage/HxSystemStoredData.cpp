@@ -28,77 +28,77 @@ class HxRecordingFileStream : public std::ofstream {
 HxSystemStoredData::HxSystemStoredData() = default;
 
 HxSystemStoredData::HxSystemStoredData(const HxSystemStoredData& other)
-    : m_systemDataVector(other.m_systemDataVector),
-      m_outputWriterVector(other.m_outputWriterVector),
-      m_saving(other.m_saving) {}
+    : systemDataVector_(other.systemDataVector_),
+      outputWriterVector_(other.outputWriterVector_),
+      saving_(other.saving_) {}
 
 HxSystemStoredData& HxSystemStoredData::operator=(const HxSystemStoredData& other) {
   if (this != &other) {
-    m_systemDataVector = other.m_systemDataVector;
-    m_outputWriterVector = other.m_outputWriterVector;
+    systemDataVector_ = other.systemDataVector_;
+    outputWriterVector_ = other.outputWriterVector_;
   }
   return *this;
 }
 
 HxSystemStoredData::~HxSystemStoredData() {
-  for (std::ofstream* stream : m_outputStreams) delete stream;
-  m_outputStreams.clear();
+  for (std::ofstream* stream : outputStreams_) delete stream;
+  outputStreams_.clear();
 }
 
 bool HxSystemStoredData::operator==(const HxSystemStoredData& other) const {
-  return m_systemDataVector == other.m_systemDataVector && m_outputWriterVector == other.m_outputWriterVector;
+  return systemDataVector_ == other.systemDataVector_ && outputWriterVector_ == other.outputWriterVector_;
 }
 
 void HxSystemStoredData::setOutputWriterVector(const HxOutputWriterVector& writers) {
-  m_outputWriterVector = writers;
+  outputWriterVector_ = writers;
 }
 
 HxSystemDataStorage& HxSystemStoredData::sampleRecord() {
-  return dynamic_cast<HxSystemDataStorage&>(m_systemDataVector[1]);
+  return dynamic_cast<HxSystemDataStorage&>(systemDataVector_[1]);
 }
 
 void HxSystemStoredData::allocateStorage(const HxSystemDataCapture& capture) {
-  if (m_systemDataVector.size() != 0) {
+  if (systemDataVector_.size() != 0) {
     // Reuse the elements in place: the configuration copy and the record.
-    dynamic_cast<HxSystemDataCapture&>(m_systemDataVector[0]) = capture;
+    dynamic_cast<HxSystemDataCapture&>(systemDataVector_[0]) = capture;
     capture.allocateStorage(sampleRecord());
     return;
   }
-  m_systemDataVector.pushBack(capture);
+  systemDataVector_.pushBack(capture);
   HxSystemDataStorage storage;
   capture.allocateStorage(storage);
-  m_systemDataVector.pushBack(storage);
+  systemDataVector_.pushBack(storage);
 }
 
 void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
   // A save in progress is abandoned, not finished: its files are closed without trailers.
-  for (std::ofstream* stream : m_outputStreams) delete stream;
-  m_outputStreams.clear();
+  for (std::ofstream* stream : outputStreams_) delete stream;
+  outputStreams_.clear();
 
-  const HxU32 writers = m_outputWriterVector.size();
+  const HxU32 writers = outputWriterVector_.size();
   if (writers == 0) {
-    m_saving = true;
+    saving_ = true;
     return;
   }
 
-  m_outputStreams.reserve(writers);
+  outputStreams_.reserve(writers);
   for (HxU32 i = 0; i < writers; ++i) {
-    HxBaseOutputWriter& writer = m_outputWriterVector[i];
+    HxBaseOutputWriter& writer = outputWriterVector_[i];
     std::ofstream* stream = new HxRecordingFileStream();
-    m_outputStreams.push_back(stream);
+    outputStreams_.push_back(stream);
     writer.openFile(fileName + writer.fileExtension(), *stream);
-    writer.initialize(m_systemDataVector, *stream);
+    writer.initialize(systemDataVector_, *stream);
 
     // The label block, from the configuration copy; then the data block stays open.
-    const HxBaseSystemDataComponent& labels = m_systemDataVector[0];
+    const HxBaseSystemDataComponent& labels = systemDataVector_[0];
     writer.writeComponentOpening(labels, *stream);
     writer.writeDataComponent(labels, *stream);
     writer.writeComponentClosing(labels, *stream);
-    writer.writeComponentOpening(m_systemDataVector[1], *stream);
+    writer.writeComponentOpening(systemDataVector_[1], *stream);
     // The header and the label block reach the file now; the samples follow in large writes.
     stream->flush();
   }
-  m_saving = true;
+  saving_ = true;
 }
 
 void HxSystemStoredData::saveCapturedData(double time, const HxSystemDataCapture& capture) {
@@ -118,24 +118,24 @@ void HxSystemStoredData::saveCapturedData(double time, unsigned int pathPointInd
 }
 
 void HxSystemStoredData::writeSample() {
-  const HxBaseSystemDataComponent& storage = m_systemDataVector[1];
+  const HxBaseSystemDataComponent& storage = systemDataVector_[1];
   // Streams exist only between beginSaveToFile and the next one; without them (a save never
   // begun) the sample only updates the record.
-  const std::size_t count = std::min<std::size_t>(m_outputWriterVector.size(), m_outputStreams.size());
+  const std::size_t count = std::min<std::size_t>(outputWriterVector_.size(), outputStreams_.size());
   for (std::size_t i = 0; i < count; ++i) {
-    m_outputWriterVector[static_cast<HxU32>(i)].writeDataComponent(storage, *m_outputStreams[i]);
+    outputWriterVector_[static_cast<HxU32>(i)].writeDataComponent(storage, *outputStreams_[i]);
   }
 }
 
 void HxSystemStoredData::finishSaveToFile() {
-  if (!m_saving) return;
-  const std::size_t count = std::min<std::size_t>(m_outputWriterVector.size(), m_outputStreams.size());
+  if (!saving_) return;
+  const std::size_t count = std::min<std::size_t>(outputWriterVector_.size(), outputStreams_.size());
   for (std::size_t i = 0; i < count; ++i) {
-    HxBaseOutputWriter& writer = m_outputWriterVector[static_cast<HxU32>(i)];
-    std::ofstream& stream = *m_outputStreams[i];
-    writer.writeComponentClosing(m_systemDataVector[1], stream);
-    writer.finalize(m_systemDataVector, stream);
+    HxBaseOutputWriter& writer = outputWriterVector_[static_cast<HxU32>(i)];
+    std::ofstream& stream = *outputStreams_[i];
+    writer.writeComponentClosing(systemDataVector_[1], stream);
+    writer.finalize(systemDataVector_, stream);
     stream.close();  // sets the failbit itself when closing fails
   }
-  m_saving = false;
+  saving_ = false;
 }

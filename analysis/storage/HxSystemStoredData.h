@@ -77,8 +77,8 @@ class HxSystemStoredData {
   HxSystemDataStorage& sampleRecord();
   void writeSample();
 
-  HxSystemDataVector m_systemDataVector;
-  HxOutputWriterVector m_outputWriterVector;
-  std::vector<std::ofstream*> m_outputStreams;
-  bool m_saving = false;
+  HxSystemDataVector systemDataVector_;
+  HxOutputWriterVector outputWriterVector_;
+  std::vector<std::ofstream*> outputStreams_;
+  bool saving_ = false;
 };

@@ -134,8 +134,8 @@ HxBoolean HxCenterOfMassDataCaptureType::captureData(const HxSystemSimulation& s
     if (m >= simulation.systemPositionStates().size() || m >= manipulatorCount) {
       return false;
     }
-    m_kinematicState.setPositionState(simulation.systemPositionStates()[m]);
-    state = &m_kinematicState;
+    kinematicState_.setPositionState(simulation.systemPositionStates()[m]);
+    state = &kinematicState_;
   }
 
   const HxVector centerOfMass = simulation.manipulators()[m].centerOfMass(*state);
@@ -159,7 +159,7 @@ HxBoolean HxEndEffectorPlacementDataCaptureType::captureData(const HxSystemSimul
   const HxU32 e = elementIndex;
 
   // A manipulator without an entry keeps the previous working state.
-  updateWorkingState(simulation, m, m_workingState);
+  updateWorkingState(simulation, m, workingState_);
 
   if (m >= simulation.manipulators().size()) {
     return false;
@@ -170,21 +170,21 @@ HxBoolean HxEndEffectorPlacementDataCaptureType::captureData(const HxSystemSimul
   }
 
   if (simulation.dynamicsEnabled()) {
-    m_placement = manipulator.endEffectorPlacement(e, m_workingState);
+    placement_ = manipulator.endEffectorPlacement(e, workingState_);
   } else {
     // The kinematic path resolves the placement the simulation holds for the end effector.
     if (m >= simulation.endEffectorPlacements().size()) {
       return false;
     }
-    m_placement = simulation.endEffectorPlacements()[m].endEffectorPlacement(
-        e, m_workingState.activePositionState(), manipulator);
+    placement_ = simulation.endEffectorPlacements()[m].endEffectorPlacement(
+        e, workingState_.activePositionState(), manipulator);
   }
 
   for (HxU32 i = 0; i < 3; ++i) {
-    column(i) = m_placement.translation()[i];
+    column(i) = placement_.translation()[i];
   }
   for (HxU32 i = 0; i < 4; ++i) {
-    column(3 + i) = m_placement.orientation()[i];
+    column(3 + i) = placement_.orientation()[i];
   }
   return true;
 }
@@ -205,14 +205,14 @@ HxBoolean HxEndEffectorVelocityDataCaptureType::captureData(const HxSystemSimula
   // each on its own, whichever exists.
   if (simulation.dynamicsEnabled()) {
     if (m < simulation.activeStates().size()) {
-      m_workingState = simulation.activeStates()[m];
+      workingState_ = simulation.activeStates()[m];
     }
   } else if (simulation.hasSystemState()) {
     if (m < simulation.systemPositionStates().size()) {
-      m_workingState.setPositionState(simulation.systemPositionStates()[m]);
+      workingState_.setPositionState(simulation.systemPositionStates()[m]);
     }
     if (m < simulation.systemVelocityStates().size()) {
-      m_workingState.setVelocityState(simulation.systemVelocityStates()[m]);
+      workingState_.setVelocityState(simulation.systemVelocityStates()[m]);
     }
   }
 
@@ -226,11 +226,11 @@ HxBoolean HxEndEffectorVelocityDataCaptureType::captureData(const HxSystemSimula
 
   // The end effector answers into a motion of its own, whatever its success; the buffer then
   // holds exactly its six components.
-  manipulator.endEffector(e).velocity(manipulator, m_workingState, m_motion);
+  manipulator.endEffector(e).velocity(manipulator, workingState_, motion_);
   for (HxU32 i = 0; i < 6; ++i) {
-    column(i) = m_motion[i];
+    column(i) = motion_[i];
   }
-  m_data.resize(6);
+  data_.resize(6);
   return true;
 }
 
@@ -249,7 +249,7 @@ HxBoolean HxEndEffectorAccelerationDataCaptureType::captureData(const HxSystemSi
     return false;
   }
   if (m < simulation.activeStates().size()) {
-    m_workingState = simulation.activeStates()[m];
+    workingState_ = simulation.activeStates()[m];
   }
 
   if (m >= simulation.manipulators().size()) {
@@ -260,10 +260,10 @@ HxBoolean HxEndEffectorAccelerationDataCaptureType::captureData(const HxSystemSi
     return false;
   }
 
-  manipulator.endEffector(e).acceleration(manipulator, m_workingState, m_motion);
+  manipulator.endEffector(e).acceleration(manipulator, workingState_, motion_);
   for (HxU32 i = 0; i < 6; ++i) {
-    column(i) = m_motion[i];
+    column(i) = motion_[i];
   }
-  m_data.resize(6);
+  data_.resize(6);
   return true;
 }

@@ -38,7 +38,7 @@ class HxCenterOfMassDataCaptureType : public HxDataCaptureType {
  private:
   /// Scratch state of the kinematic path, kept so that a capture does not allocate; only its
   /// position state is ever set.
-  mutable HxManipulatorActiveState m_kinematicState;
+  mutable HxManipulatorActiveState kinematicState_;
 };
 
 /// Placement of an end effector. With dynamics: computed by the manipulator for the active
@@ -50,9 +50,9 @@ class HxEndEffectorPlacementDataCaptureType : public HxDataCaptureType {
 
  private:
   /// Working state, refreshed from the simulation when it has an entry for the manipulator.
-  mutable HxManipulatorActiveState m_workingState;
+  mutable HxManipulatorActiveState workingState_;
   /// The last computed placement.
-  mutable HxEndEffectorPlacement m_placement;
+  mutable HxEndEffectorPlacement placement_;
 };
 
 /// Velocity of an end effector, computed by the end effector for the working state (the
@@ -62,9 +62,9 @@ class HxEndEffectorVelocityDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxEndEffectorVelocityDataCaptureType);
 
  private:
-  mutable HxManipulatorActiveState m_workingState;
+  mutable HxManipulatorActiveState workingState_;
   /// Receives the end effector's six components before they are copied into the buffer.
-  mutable HxGeneralMotion m_motion;
+  mutable HxGeneralMotion motion_;
 };
 
 /// Acceleration of an end effector, computed by the end effector for the active state; needs
@@ -73,7 +73,7 @@ class HxEndEffectorAccelerationDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxEndEffectorAccelerationDataCaptureType);
 
  private:
-  mutable HxManipulatorActiveState m_workingState;
+  mutable HxManipulatorActiveState workingState_;
   /// Receives the end effector's six components before they are copied into the buffer.
-  mutable HxGeneralMotion m_motion;
+  mutable HxGeneralMotion motion_;
 };

@@ -12,66 +12,66 @@ HxDataCaptureType& HxDataCaptureType::operator=(const HxDataCaptureType& other) 
 HxDataCaptureType::~HxDataCaptureType() = default;
 
 void HxDataCaptureType::registerComponents() {
-  registerComponent(HxSimAnalysis::HxDisableFlagsToken, &m_disableFlags);
-  registerComponent(HxSimAnalysis::HxDataLabelsToken, &m_dataLabels);
+  registerComponent(HxSimAnalysis::HxDisableFlagsToken, &disableFlags_);
+  registerComponent(HxSimAnalysis::HxDataLabelsToken, &dataLabels_);
 }
 
-const HxDataCaptureType::FlagVector& HxDataCaptureType::disableFlags() const { return m_disableFlags; }
+const HxDataCaptureType::FlagVector& HxDataCaptureType::disableFlags() const { return disableFlags_; }
 
-void HxDataCaptureType::setDisableFlags(const FlagVector& flags) { m_disableFlags = flags; }
+void HxDataCaptureType::setDisableFlags(const FlagVector& flags) { disableFlags_ = flags; }
 
 const std::string& HxDataCaptureType::label(const HxU32& index) const {
-  if (index >= m_dataLabels.size()) {
-    return m_emptyLabel;
+  if (index >= dataLabels_.size()) {
+    return emptyLabel_;
   }
-  return m_dataLabels[index].value();
+  return dataLabels_[index].value();
 }
 
 HxU32 HxDataCaptureType::activeDataSize() const {
   const HxU32 columns = dataSize();
-  const HxU32 flags = m_disableFlags.size();
+  const HxU32 flags = disableFlags_.size();
   HxU32 count = 0;
   for (HxU32 i = 0; i < columns; ++i) {
     // A column without a flag is on.
-    if (i >= flags || !m_disableFlags[i].value()) {
+    if (i >= flags || !disableFlags_[i].value()) {
       ++count;
     }
   }
   return count;
 }
 
-const HxDataCaptureType::DataVector& HxDataCaptureType::data() const { return m_data; }
+const HxDataCaptureType::DataVector& HxDataCaptureType::data() const { return data_; }
 
 bool HxDataCaptureType::operator==(const HxDataCaptureType& other) const {
   if (!HxXmlCompoundType::operator==(other)) {
     return false;
   }
-  if (!(m_disableFlags == other.m_disableFlags)) {
+  if (!(disableFlags_ == other.disableFlags_)) {
     return false;
   }
-  if (!(m_dataLabels == other.m_dataLabels)) {
+  if (!(dataLabels_ == other.dataLabels_)) {
     return false;
   }
-  return m_data == other.m_data;
+  return data_ == other.data_;
 }
 
 void HxDataCaptureType::initializeColumns(HxU32 count, const char* const* labels) {
-  m_data.resize(count);
-  m_dataLabels.resize(count);
+  data_.resize(count);
+  dataLabels_.resize(count);
   for (HxU32 i = 0; i < count; ++i) {
-    m_dataLabels[i] = std::string(labels[i]);
+    dataLabels_[i] = std::string(labels[i]);
   }
 }
 
 void HxDataCaptureType::resetData() const {
   const HxU32 columns = dataSize();
-  if (m_data.size() != columns) {
+  if (data_.size() != columns) {
     // The constructors size the buffer, so this branch only guards against a buffer of
     // another size; it is left at once with the right size.
-    m_data.assign(columns, HxXmlBasicType<double>(0.0));
+    data_.assign(columns, HxXmlBasicType<double>(0.0));
     return;
   }
   for (HxU32 i = 0; i < columns; ++i) {
-    m_data[i].value() = 0.0;
+    data_[i].value() = 0.0;
   }
 }

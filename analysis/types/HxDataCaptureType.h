@@ -84,16 +84,16 @@ class HxDataCaptureType : public HxXmlCompoundType {
   /// allocates nothing.
   void resetData() const;
   /// Column `index` of the buffer, for the concrete `captureData`.
-  double& column(HxU32 index) const { return m_data[index].value(); }
+  double& column(HxU32 index) const { return data_[index].value(); }
 
   /// Serialised as "disableFlags".
-  FlagVector m_disableFlags;
+  FlagVector disableFlags_;
   /// Serialised as "dataLabels"; set by `initializeColumns`.
-  LabelVector m_dataLabels;
+  LabelVector dataLabels_;
   /// Written by the const `captureData`.
-  mutable DataVector m_data;
+  mutable DataVector data_;
   /// Returned by `label` for an index past the last label; always empty.
-  std::string m_emptyLabel;
+  std::string emptyLabel_;
 };
 
 /// Declares, inside a concrete data capture type, the members that every one of them has:

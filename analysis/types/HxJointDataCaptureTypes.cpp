@@ -84,7 +84,7 @@ HxBoolean HxJointVelocityDataCaptureType::captureData(const HxSystemSimulation& 
 
   const double time = simulation.controlOutputTime();
   const std::vector<HxPositionState>& positionStates = simulation.controlOutputPositionStates();
-  if (m_previousTime >= time) {
+  if (previousTime_ >= time) {
     // No time step (the first sample included): take the control output's velocity and
     // remember the position for the next step.
     const std::vector<HxVelocityState>& velocityStates = simulation.controlOutputVelocityStates();
@@ -96,7 +96,7 @@ HxBoolean HxJointVelocityDataCaptureType::captureData(const HxSystemSimulation& 
     if (j >= positions.size() || j >= velocities.size()) {
       return false;
     }
-    m_previousPosition = positions[j];
+    previousPosition_ = positions[j];
     column(0) = velocities[j];
   } else {
     // Time advanced: differentiate the position over the step.
@@ -108,10 +108,10 @@ HxBoolean HxJointVelocityDataCaptureType::captureData(const HxSystemSimulation& 
       return false;
     }
     const double position = positions[j];
-    column(0) = (position - m_previousPosition) / (time - m_previousTime);
-    m_previousPosition = position;
+    column(0) = (position - previousPosition_) / (time - previousTime_);
+    previousPosition_ = position;
   }
-  m_previousTime = time;
+  previousTime_ = time;
   return true;
 }
 
@@ -198,12 +198,12 @@ HxBoolean HxControlOutputActualJointVelocityDataCaptureType::captureData(const H
   const double time = simulation.controlOutputTime();
   const std::vector<HxPositionState>& positionStates = simulation.controlOutputPositionStates();
 
-  if (m_previousTime >= time) {
+  if (previousTime_ >= time) {
     // No time step: only remember the position; a bad index here does not end the call.
     if (m < positionStates.size()) {
       const std::vector<double>& positions = positionStates[m].jointPositions();
       if (j < positions.size()) {
-        m_previousPosition = positions[j];
+        previousPosition_ = positions[j];
       }
     }
   } else {
@@ -216,10 +216,10 @@ HxBoolean HxControlOutputActualJointVelocityDataCaptureType::captureData(const H
       return false;
     }
     const double position = positions[j];
-    column(0) = (position - m_previousPosition) / (time - m_previousTime);
-    m_previousPosition = position;
+    column(0) = (position - previousPosition_) / (time - previousTime_);
+    previousPosition_ = position;
   }
-  m_previousTime = time;
+  previousTime_ = time;
   // Deliberately false on every path, even with a velocity in the buffer: the column counts
   // as not captured.
   return false;

@@ -25,9 +25,9 @@ class HxJointVelocityDataCaptureType : public HxDataCaptureType {
  private:
   /// Control-output time of the previous sample; starts so high that the first sample never
   /// counts as a time step.
-  mutable double m_previousTime = 1e300;
+  mutable double previousTime_ = 1e300;
   /// Joint position of the previous sample.
-  mutable double m_previousPosition = 0.0;
+  mutable double previousPosition_ = 0.0;
 };
 
 /// Joint acceleration from the dynamic simulator; needs dynamics.
@@ -72,7 +72,7 @@ class HxControlOutputActualJointVelocityDataCaptureType : public HxDataCaptureTy
 
  private:
   /// Control-output time of the previous sample.
-  mutable double m_previousTime = 0.0;
+  mutable double previousTime_ = 0.0;
   /// Joint position of the previous sample.
-  mutable double m_previousPosition = 0.0;
+  mutable double previousPosition_ = 0.0;
 };

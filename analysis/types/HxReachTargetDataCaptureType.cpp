@@ -31,13 +31,13 @@ HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxReachTargetDataCaptureType, HxSimAnalysis::Hx
 
 void HxReachTargetDataCaptureType::registerComponents() {
   HxDataCaptureType::registerComponents();
-  registerComponent(HxSimAnalysis::HxTranslationToleranceToken, &m_translationTolerance);
-  registerComponent(HxSimAnalysis::HxOrientationToleranceToken, &m_orientationTolerance);
+  registerComponent(HxSimAnalysis::HxTranslationToleranceToken, &translationTolerance_);
+  registerComponent(HxSimAnalysis::HxOrientationToleranceToken, &orientationTolerance_);
 }
 
 bool HxReachTargetDataCaptureType::operator==(const HxReachTargetDataCaptureType& other) const {
-  return HxDataCaptureType::operator==(other) && m_translationTolerance == other.m_translationTolerance &&
-         m_orientationTolerance == other.m_orientationTolerance;
+  return HxDataCaptureType::operator==(other) && translationTolerance_ == other.translationTolerance_ &&
+         orientationTolerance_ == other.orientationTolerance_;
 }
 
 HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& simulation,
@@ -50,14 +50,14 @@ HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& si
   // Refresh the working state; a manipulator without an entry keeps the previous one.
   if (simulation.dynamicsEnabled()) {
     if (m < simulation.activeStates().size()) {
-      m_workingState = simulation.activeStates()[m];
+      workingState_ = simulation.activeStates()[m];
     }
   } else if (simulation.hasSystemState()) {
     const std::vector<HxPositionState>& positions = simulation.systemPositionStates();
     const std::vector<HxVelocityState>& velocities = simulation.systemVelocityStates();
     if (m < positions.size() && m < velocities.size()) {
-      m_workingState.setPositionState(positions[m]);
-      m_workingState.setVelocityState(velocities[m]);
+      workingState_.setPositionState(positions[m]);
+      workingState_.setVelocityState(velocities[m]);
     }
   }
 
@@ -69,19 +69,19 @@ HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& si
   // The target, when the simulation asks one of this end effector; else the previous one.
   const std::vector<HxManipulatorEndEffectorPlacement>& desired = simulation.desiredEndEffectorPlacements();
   if (m < desired.size() && e < desired[m].size()) {
-    m_desiredPlacement = desired[m].endEffectorPlacement(e, m_workingState.activePositionState(), manipulator);
+    desiredPlacement_ = desired[m].endEffectorPlacement(e, workingState_.activePositionState(), manipulator);
   }
 
   if (e >= manipulator.numberOfEndEffectors()) {
     return false;
   }
-  m_actualPlacement = manipulator.endEffectorPlacement(e, m_workingState);
+  actualPlacement_ = manipulator.endEffectorPlacement(e, workingState_);
 
   // Errors between the actual and the desired placement.
-  const double translationError = m_actualPlacement.translation().distanceTo(m_desiredPlacement.translation());
+  const double translationError = actualPlacement_.translation().distanceTo(desiredPlacement_.translation());
   double orientationError = 0.0;
   HxVector axis;
-  m_actualPlacement.orientation().angleAxisBetween(m_desiredPlacement.orientation(), orientationError, axis);
+  actualPlacement_.orientation().angleAxisBetween(desiredPlacement_.orientation(), orientationError, axis);
   column(TranslationErrorColumn) = translationError;
   column(OrientationErrorColumn) = orientationError;
 
@@ -97,12 +97,12 @@ HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& si
 
   // The desired and the actual placement.
   for (HxU32 i = 0; i < 3; ++i) {
-    column(DesiredColumn + i) = m_desiredPlacement.translation()[i];
-    column(ActualColumn + i) = m_actualPlacement.translation()[i];
+    column(DesiredColumn + i) = desiredPlacement_.translation()[i];
+    column(ActualColumn + i) = actualPlacement_.translation()[i];
   }
   for (HxU32 i = 0; i < 4; ++i) {
-    column(DesiredColumn + 3 + i) = m_desiredPlacement.orientation()[i];
-    column(ActualColumn + 3 + i) = m_actualPlacement.orientation()[i];
+    column(DesiredColumn + 3 + i) = desiredPlacement_.orientation()[i];
+    column(ActualColumn + 3 + i) = actualPlacement_.orientation()[i];
   }
 
   // Events of the last step; a manipulator without a result leaves them at 0.0.

@@ -30,14 +30,14 @@ class HxReachTargetDataCaptureType : public HxDataCaptureType {
   void registerComponents() override;
 
   /// Largest translation error (distance) that counts as reached.
-  double translationTolerance() const { return m_translationTolerance.value(); }
+  double translationTolerance() const { return translationTolerance_.value(); }
   /// Sets the translation tolerance; not checked (a negative one is never met).
-  void setTranslationTolerance(double tolerance) { m_translationTolerance = tolerance; }
+  void setTranslationTolerance(double tolerance) { translationTolerance_ = tolerance; }
   /// Largest orientation error (rotation angle, radians) that counts as reached.
-  double orientationTolerance() const { return m_orientationTolerance.value(); }
+  double orientationTolerance() const { return orientationTolerance_.value(); }
   /// Sets the orientation tolerance; not checked (a negative one is never met by a frame end
   /// effector).
-  void setOrientationTolerance(double tolerance) { m_orientationTolerance = tolerance; }
+  void setOrientationTolerance(double tolerance) { orientationTolerance_ = tolerance; }
 
   /// The base comparison and both tolerances; the working members are not compared.
   bool operator==(const HxReachTargetDataCaptureType& other) const;
@@ -45,12 +45,12 @@ class HxReachTargetDataCaptureType : public HxDataCaptureType {
   bool operator!=(const HxReachTargetDataCaptureType& other) const { return !(*this == other); }
 
  private:
-  HxXmlBasicType<double> m_translationTolerance{0.001};
-  HxXmlBasicType<double> m_orientationTolerance{0.001};
+  HxXmlBasicType<double> translationTolerance_{0.001};
+  HxXmlBasicType<double> orientationTolerance_{0.001};
   /// The state on which the actual placement is computed.
-  mutable HxManipulatorActiveState m_workingState;
+  mutable HxManipulatorActiveState workingState_;
   /// The target of the last sample in which one was available.
-  mutable HxEndEffectorPlacement m_desiredPlacement;
+  mutable HxEndEffectorPlacement desiredPlacement_;
   /// The placement computed at this sample.
-  mutable HxEndEffectorPlacement m_actualPlacement;
+  mutable HxEndEffectorPlacement actualPlacement_;
 };

@@ -134,11 +134,11 @@ void HxMathematicaOutputWriter::writeComponentClosing(const HxBaseSystemDataComp
 
 void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component,
                                                    std::ostream& stream) const {
-  const HxWriterRow::Fields fields(component, m_scratch);
+  const HxWriterRow::Fields fields(component, scratch_);
   const std::size_t n = fields.size();
   const unsigned int type = component.type();
 
-  char* const row = HxWriterRow::prepare(m_row, fields, 4);
+  char* const row = HxWriterRow::prepare(row_, fields, 4);
   char* out = row;
   if (n != 0 && (type == 0 || type == 1)) {
     const bool labels = type == 0;

@@ -69,6 +69,6 @@ class HxMathematicaOutputWriter : public HxBaseOutputWriter {
   static const std::string m_theFileExtension;
 
   // Reused by every writeDataComponent: the component's strings and the row being built.
-  mutable std::vector<std::string> m_scratch;
-  mutable std::string m_row;
+  mutable std::vector<std::string> scratch_;
+  mutable std::string row_;
 };

@@ -58,13 +58,13 @@ void HxMatlabOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent
 }
 
 void HxMatlabOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const {
-  const HxWriterRow::Fields fields(component, m_scratch);
+  const HxWriterRow::Fields fields(component, scratch_);
   const std::size_t n = fields.size();
   const unsigned int type = component.type();
   if (type != 0 && type != 1) return;
   const bool labels = type == 0;
 
-  char* const row = HxWriterRow::prepare(m_row, fields, labels ? 3 : 1);
+  char* const row = HxWriterRow::prepare(row_, fields, labels ? 3 : 1);
   char* out = row;
   const HxElementText* block = fields.block();
   if (!labels && block != nullptr && n != 0) {

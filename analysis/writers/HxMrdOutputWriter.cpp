@@ -52,14 +52,14 @@ const std::string HxMrdOutputWriter::m_theFileExtension(".mrd");
 HxMrdOutputWriter::HxMrdOutputWriter() = default;
 HxMrdOutputWriter::HxMrdOutputWriter(const HxMrdOutputWriter& other)
     : HxBaseOutputWriter(other),
-      m_sampleCount(other.m_sampleCount),
-      m_channelCount(other.m_channelCount),
-      m_fourthHeaderValue(other.m_fourthHeaderValue) {}
+      sampleCount_(other.sampleCount_),
+      channelCount_(other.channelCount_),
+      fourthHeaderValue_(other.fourthHeaderValue_) {}
 HxMrdOutputWriter& HxMrdOutputWriter::operator=(const HxMrdOutputWriter& other) {
   HxBaseOutputWriter::operator=(other);
-  m_sampleCount = other.m_sampleCount;
-  m_channelCount = other.m_channelCount;
-  m_fourthHeaderValue = other.m_fourthHeaderValue;
+  sampleCount_ = other.sampleCount_;
+  channelCount_ = other.channelCount_;
+  fourthHeaderValue_ = other.fourthHeaderValue_;
   return *this;
 }
 HxMrdOutputWriter::~HxMrdOutputWriter() = default;
@@ -87,22 +87,22 @@ void HxMrdOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stre
   std::memset(blankHeader, ' ', kHeaderTextWidth);
   blankHeader[kHeaderTextWidth] = '\n';
   stream.write(blankHeader, sizeof blankHeader);
-  m_sampleCount = 0;
+  sampleCount_ = 0;
 }
 
 void HxMrdOutputWriter::finalize(const HxSystemDataVector&, std::ostream& stream) {
   // The header text, formatted as the stream's default formatting of the classic locale
   // would: unsigned decimals and the float as a double with six significant digits ("1000").
-  const HxU32 total = m_sampleCount * m_channelCount;  // wraps in 32 bits, as the file format has it
+  const HxU32 total = sampleCount_ * channelCount_;  // wraps in 32 bits, as the file format has it
   char number[HxDoubleTextCapacity];
   std::string header;
   header.append(number, std::to_chars(number, number + sizeof number, total).ptr);
   header += '\t';
-  header.append(number, std::to_chars(number, number + sizeof number, m_channelCount).ptr);
+  header.append(number, std::to_chars(number, number + sizeof number, channelCount_).ptr);
   header += '\t';
-  header.append(number, std::to_chars(number, number + sizeof number, m_sampleCount).ptr);
+  header.append(number, std::to_chars(number, number + sizeof number, sampleCount_).ptr);
   header += '\t';
-  header.append(number, std::to_chars(number, number + sizeof number, static_cast<double>(m_fourthHeaderValue),
+  header.append(number, std::to_chars(number, number + sizeof number, static_cast<double>(fourthHeaderValue_),
                                       std::chars_format::general, 6)
                             .ptr);
   // At most three 10-digit counts, three tabs and a short real: within the 80 columns.
@@ -124,23 +124,23 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
   // A sample whose component gives its reals is narrowed without going through its text.
   const HxElementValues* values = type == 1 ? component.elementValues() : nullptr;
   if (values != nullptr) {
-    if (m_bytes.size() < 4 * values->count) m_bytes.resize(4 * values->count);
-    char* const begin = m_bytes.data();
+    if (bytes_.size() < 4 * values->count) bytes_.resize(4 * values->count);
+    char* const begin = bytes_.data();
     char* out = begin;
     for (std::size_t i = 0; i < values->count; ++i) out = putBigEndian(out, narrowAsText(values->values[i]));
     HxWriterRow::write(stream, begin, static_cast<std::size_t>(out - begin));
-    ++m_sampleCount;
+    ++sampleCount_;
     return;
   }
 
-  const HxWriterRow::Fields fields(component, m_scratch);
+  const HxWriterRow::Fields fields(component, scratch_);
   const std::size_t n = fields.size();
   char* out = nullptr;
   if (type == 0) {
     // Label line: each label with its blanks made "_", followed by "  -", separated by two
     // blanks, and closed by three line ends.
-    m_channelCount = static_cast<HxU32>(n);
-    out = HxWriterRow::prepare(m_bytes, fields, 5);
+    channelCount_ = static_cast<HxU32>(n);
+    out = HxWriterRow::prepare(bytes_, fields, 5);
     for (std::size_t i = 0; i < n; ++i) {
       if (i != 0) out = HxWriterRow::put(out, "  ");
       const std::string_view label = fields[i];
@@ -149,16 +149,16 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
     }
     out = HxWriterRow::put(out, "\n\n\n");
   } else if (type == 1) {
-    if (m_bytes.size() < 4 * n) m_bytes.resize(4 * n);
-    out = m_bytes.data();
+    if (bytes_.size() < 4 * n) bytes_.resize(4 * n);
+    out = bytes_.data();
     for (std::size_t i = 0; i < n; ++i) {
       const std::string_view text = fields[i];
-      m_number.assign(text.data(), text.size());
-      out = putBigEndian(out, static_cast<float>(textToDouble(m_number)));
+      number_.assign(text.data(), text.size());
+      out = putBigEndian(out, static_cast<float>(textToDouble(number_)));
     }
   }
-  if (out != nullptr && out != m_bytes.data()) {
-    HxWriterRow::write(stream, m_bytes.data(), static_cast<std::size_t>(out - m_bytes.data()));
+  if (out != nullptr && out != bytes_.data()) {
+    HxWriterRow::write(stream, bytes_.data(), static_cast<std::size_t>(out - bytes_.data()));
   }
-  if (type != 0) ++m_sampleCount;
+  if (type != 0) ++sampleCount_;
 }

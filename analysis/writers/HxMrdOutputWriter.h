@@ -75,11 +75,11 @@ class HxMrdOutputWriter : public HxBaseOutputWriter {
   void writeComponentClosing(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
 
   /// Samples written since `initialize`.
-  HxU32 sampleCount() const { return m_sampleCount; }
+  HxU32 sampleCount() const { return sampleCount_; }
   /// Number of labels in the last label component written.
-  HxU32 channelCount() const { return m_channelCount; }
+  HxU32 channelCount() const { return channelCount_; }
   /// The header's last field, always 1000.
-  float fourthHeaderValue() const { return m_fourthHeaderValue; }
+  float fourthHeaderValue() const { return fourthHeaderValue_; }
 
   /// Header width before its "\n".
   static constexpr HxU32 kHeaderTextWidth = 80;
@@ -90,10 +90,10 @@ class HxMrdOutputWriter : public HxBaseOutputWriter {
 
   // Reused by every writeDataComponent: the component's strings, one number's text (for
   // strtod, which needs it terminated) and the bytes being built.
-  mutable std::vector<std::string> m_scratch;
-  mutable std::string m_number;
-  mutable std::string m_bytes;
-  mutable HxU32 m_sampleCount = 0;
-  mutable HxU32 m_channelCount = 0;
-  float m_fourthHeaderValue = 1000.0f;
+  mutable std::vector<std::string> scratch_;
+  mutable std::string number_;
+  mutable std::string bytes_;
+  mutable HxU32 sampleCount_ = 0;
+  mutable HxU32 channelCount_ = 0;
+  float fourthHeaderValue_ = 1000.0f;
 };

@@ -44,7 +44,7 @@ void HxTextOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent&,
 void HxTextOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream&) const {}
 
 void HxTextOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const {
-  const HxWriterRow::Fields fields(component, m_scratch);
+  const HxWriterRow::Fields fields(component, scratch_);
   const std::size_t n = fields.size();
 
   // A text block already holds the elements joined by commas: the line is the block with its
@@ -56,7 +56,7 @@ void HxTextOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& com
   }
 
   // Otherwise the whole line is built first and handed to the stream in one write.
-  char* const row = HxWriterRow::prepare(m_row, fields, 1);
+  char* const row = HxWriterRow::prepare(row_, fields, 1);
   char* out = row;
   if (n != 1) {
     for (std::size_t i = 0; i + 1 < n; ++i) {

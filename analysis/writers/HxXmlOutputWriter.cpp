@@ -102,58 +102,58 @@ void HxXmlOutputWriter::openFile(const std::string& fileName, std::ofstream& str
 void HxXmlOutputWriter::discardXmlWriter() {
   // With no buffer, the XML writer's flush on deletion does nothing: the caller's stream may
   // already be gone, and an abandoned document gets no footer.
-  m_documentStream.rdbuf(nullptr);
-  delete m_xmlWriter;
-  m_xmlWriter = nullptr;
+  documentStream_.rdbuf(nullptr);
+  delete xmlWriter_;
+  xmlWriter_ = nullptr;
 }
 
 void HxXmlOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stream) {
   discardXmlWriter();
-  m_templateKnown = false;
-  m_documentBuffer = stream.rdbuf();
+  templateKnown_ = false;
+  documentBuffer_ = stream.rdbuf();
 
   // Write through the caller's buffer, starting from the caller's stream state, so that a
   // stream that failed to open gets no document.
-  m_documentStream.rdbuf(stream.rdbuf());
-  m_documentStream.setstate(stream.rdstate());
-  m_emptyVector.writeHeaderToStream(m_documentStream, m_xmlWriter, kDocumentName, HxXml::HxDefaultToken);
-  if (m_xmlWriter == nullptr) {
-    m_documentStream.rdbuf(nullptr);
-    m_documentBuffer = nullptr;
+  documentStream_.rdbuf(stream.rdbuf());
+  documentStream_.setstate(stream.rdstate());
+  emptyVector_.writeHeaderToStream(documentStream_, xmlWriter_, kDocumentName, HxXml::HxDefaultToken);
+  if (xmlWriter_ == nullptr) {
+    documentStream_.rdbuf(nullptr);
+    documentBuffer_ = nullptr;
   }
 }
 
 void HxXmlOutputWriter::finalize(const HxSystemDataVector&, std::ostream&) {
-  if (m_xmlWriter == nullptr) return;
-  m_emptyVector.writeFooterToStream(m_xmlWriter);
-  m_documentStream.flush();
-  m_documentStream.rdbuf(nullptr);
-  m_documentBuffer = nullptr;
-  m_templateKnown = false;
+  if (xmlWriter_ == nullptr) return;
+  emptyVector_.writeFooterToStream(xmlWriter_);
+  documentStream_.flush();
+  documentStream_.rdbuf(nullptr);
+  documentBuffer_ = nullptr;
+  templateKnown_ = false;
 }
 
 void HxXmlOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent&, std::ostream&) const {}
 void HxXmlOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream&) const {}
 
 void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream&) const {
-  if (m_xmlWriter == nullptr) return;
+  if (xmlWriter_ == nullptr) return;
   const auto* record = component.type() == 1 ? dynamic_cast<const HxSystemDataStorage*>(&component) : nullptr;
   if (record == nullptr) {
-    m_emptyVector.appendElementToStream(m_xmlWriter, component);
+    emptyVector_.appendElementToStream(xmlWriter_, component);
     return;
   }
 
   // A record of a new shape makes a new template; a record whose template did not hold is
   // written through the framework.
-  recordShape(*record, m_shapeProbe);
-  if (!m_templateKnown || m_shapeProbe != m_shape) {
-    m_shape = m_shapeProbe;  // both keep their capacity
-    m_templateKnown = true;
-    m_templateUsable = buildTemplate(*record);
+  recordShape(*record, shapeProbe_);
+  if (!templateKnown_ || shapeProbe_ != shape_) {
+    shape_ = shapeProbe_;  // both keep their capacity
+    templateKnown_ = true;
+    templateUsable_ = buildTemplate(*record);
     return;
   }
-  if (!m_templateUsable) {
-    m_emptyVector.appendElementToStream(m_xmlWriter, component);
+  if (!templateUsable_) {
+    emptyVector_.appendElementToStream(xmlWriter_, component);
     return;
   }
   writeFromTemplate(*record);
@@ -161,56 +161,56 @@ void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
 
 bool HxXmlOutputWriter::buildTemplate(const HxSystemDataStorage& record) const {
   // Write the record through the framework into memory, keeping the stream's state.
-  const std::ios::iostate state = m_documentStream.rdstate();
-  m_render.str(std::string());
-  m_documentStream.rdbuf(&m_render);
-  m_emptyVector.appendElementToStream(m_xmlWriter, record);
-  const bool rendered = m_documentStream.good();
-  m_documentStream.rdbuf(m_documentBuffer);
-  m_documentStream.setstate(state);
-  m_template = m_render.str();
-  put(m_template.data(), m_template.size());
+  const std::ios::iostate state = documentStream_.rdstate();
+  render_.str(std::string());
+  documentStream_.rdbuf(&render_);
+  emptyVector_.appendElementToStream(xmlWriter_, record);
+  const bool rendered = documentStream_.good();
+  documentStream_.rdbuf(documentBuffer_);
+  documentStream_.setstate(state);
+  template_ = render_.str();
+  put(template_.data(), template_.size());
   if (!rendered) return false;
 
   // Every text between tags is a value; they must be the record's strings, in writing order.
   const HxElementText& text = *record.elementText();
-  findValueSlots(m_template, m_slots);
-  if (m_slots.size() != text.count) return false;
+  findValueSlots(template_, slots_);
+  if (slots_.size() != text.count) return false;
   // Room for the longest value texts, so that the samples after this one do not allocate.
-  const std::size_t needed = m_template.size() + m_slots.size() * HxDoubleTextCapacity;
-  if (m_row.size() < needed) m_row.resize(needed);
-  for (std::size_t k = 0; k < m_slots.size(); ++k) {
-    const auto& slot = m_slots[k];
-    const std::string_view value = text.element(elementOfSlot(k, m_slots.size()));
-    if (std::string_view(m_template).substr(slot.first, slot.second - slot.first) != value) return false;
+  const std::size_t needed = template_.size() + slots_.size() * HxDoubleTextCapacity;
+  if (row_.size() < needed) row_.resize(needed);
+  for (std::size_t k = 0; k < slots_.size(); ++k) {
+    const auto& slot = slots_[k];
+    const std::string_view value = text.element(elementOfSlot(k, slots_.size()));
+    if (std::string_view(template_).substr(slot.first, slot.second - slot.first) != value) return false;
   }
   return true;
 }
 
 void HxXmlOutputWriter::writeFromTemplate(const HxSystemDataStorage& record) const {
   const HxElementText& text = *record.elementText();
-  const std::size_t count = m_slots.size();
+  const std::size_t count = slots_.size();
   // Room for the longest value texts (already made by buildTemplate).
-  const std::size_t needed = m_template.size() + count * HxDoubleTextCapacity;
-  if (m_row.size() < needed) m_row.resize(needed);
-  const char* const source = m_template.data();
-  char* const begin = m_row.data();
+  const std::size_t needed = template_.size() + count * HxDoubleTextCapacity;
+  if (row_.size() < needed) row_.resize(needed);
+  const char* const source = template_.data();
+  char* const begin = row_.data();
   char* out = begin;
   std::size_t done = 0;
   for (std::size_t k = 0; k < count; ++k) {
-    out = HxWriterRow::put(out, std::string_view(source + done, m_slots[k].first - done));
+    out = HxWriterRow::put(out, std::string_view(source + done, slots_[k].first - done));
     out = HxWriterRow::put(out, text.element(elementOfSlot(k, count)));
-    done = m_slots[k].second;
+    done = slots_[k].second;
   }
-  out = HxWriterRow::put(out, std::string_view(source + done, m_template.size() - done));
+  out = HxWriterRow::put(out, std::string_view(source + done, template_.size() - done));
   put(begin, static_cast<std::size_t>(out - begin));
 }
 
 void HxXmlOutputWriter::put(const char* data, std::size_t size) const {
-  if (size == 0 || !m_documentStream.good()) return;
-  std::streambuf* buffer = m_documentStream.rdbuf();
+  if (size == 0 || !documentStream_.good()) return;
+  std::streambuf* buffer = documentStream_.rdbuf();
   if (buffer == nullptr) {
-    m_documentStream.setstate(std::ios::badbit);
+    documentStream_.setstate(std::ios::badbit);
     return;
   }
   // In pieces the file buffer takes in (see HxWriterRow::kStreamPiece).
@@ -218,7 +218,7 @@ void HxXmlOutputWriter::put(const char* data, std::size_t size) const {
     const std::size_t piece = size < HxWriterRow::kStreamPiece ? size : HxWriterRow::kStreamPiece;
     const auto length = static_cast<std::streamsize>(piece);
     if (buffer->sputn(data, length) != length) {
-      m_documentStream.setstate(std::ios::badbit);
+      documentStream_.setstate(std::ios::badbit);
       return;
     }
     data += piece;

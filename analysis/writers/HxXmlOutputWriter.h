@@ -78,7 +78,7 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   void writeComponentClosing(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
 
   /// Whether a document is open (an XML writer is held).
-  bool documentOpen() const { return m_xmlWriter != nullptr; }
+  bool documentOpen() const { return xmlWriter_ != nullptr; }
 
  private:
   /// Detaches the writer's stream from the caller's buffer and deletes a held XML writer.
@@ -94,22 +94,22 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   static const std::string m_theFormatDescriptor;
   static const std::string m_theFileExtension;
 
-  HxXmlWriter* m_xmlWriter = nullptr;
+  HxXmlWriter* xmlWriter_ = nullptr;
   // Always empty: only its stream header and footer are written.
-  HxSystemDataVector m_emptyVector;
+  HxSystemDataVector emptyVector_;
   // The stream the XML writer writes to; it shares the caller's stream buffer while a
   // document is open and has none otherwise.
-  mutable std::ostream m_documentStream{nullptr};
-  std::streambuf* m_documentBuffer = nullptr;
+  mutable std::ostream documentStream_{nullptr};
+  std::streambuf* documentBuffer_ = nullptr;
 
   // Sample template: the text of a record written through the framework, the positions of
   // its value texts in document order, and the shape of the record it was made for.
-  mutable std::stringbuf m_render;
-  mutable std::string m_template;
-  mutable std::vector<std::pair<std::size_t, std::size_t>> m_slots;
-  mutable std::vector<std::size_t> m_shape;
-  mutable std::vector<std::size_t> m_shapeProbe;
-  mutable bool m_templateKnown = false;
-  mutable bool m_templateUsable = false;
-  mutable std::string m_row;
+  mutable std::stringbuf render_;
+  mutable std::string template_;
+  mutable std::vector<std::pair<std::size_t, std::size_t>> slots_;
+  mutable std::vector<std::size_t> shape_;
+  mutable std::vector<std::size_t> shapeProbe_;
+  mutable bool templateKnown_ = false;
+  mutable bool templateUsable_ = false;
+  mutable std::string row_;
 };

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxXmlTokens.h"
 #include "tests/framework/HxFrameworkTestTypes.h"
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/test_hxrecord_support.h"
+#include "tests/tools/HxRecordTestSupport.h"
 #include "tools/lib/HxMrdFile.h"
 
 namespace {

@@ -9,10 +9,9 @@
 
 #include <gtest/gtest.h>
 
-#define HX_ALLOCATION_COUNTER_NO_OPERATORS
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "simulation/HxBasePowerConverter.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"

@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-#define HX_ALLOCATION_COUNTER_NO_OPERATORS
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "tests/analysis/xml/HxXmlTestTypes.h"
 
 namespace {

@@ -12,8 +12,7 @@
 #include <string>
 #include <vector>
 
-#define HX_ALLOCATION_COUNTER_NO_OPERATORS
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxPrint.h"
 #include "simulation/HxBasePowerConverter.h"
 #include "tests/simulation/mujoco/HxMujocoTestFixture.h"

@@ -5,8 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#define HX_ALLOCATION_COUNTER_NO_OPERATORS
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 

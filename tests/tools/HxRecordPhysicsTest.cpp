@@ -14,7 +14,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/tools/test_hxrecord_support.h"
+#include "tests/tools/HxRecordTestSupport.h"
 #include "tools/lib/HxRecord.h"
 
 using Mode = HxMujocoSimulation::Mode;

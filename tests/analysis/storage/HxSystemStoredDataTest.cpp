@@ -20,7 +20,6 @@
 #include <string>
 #include <vector>
 
-#define HX_ALLOCATION_COUNTER_NO_OPERATORS
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/capture/HxSystemDataVector.h"
 #include "analysis/storage/HxSystemDataStorage.h"
@@ -32,7 +31,7 @@
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
 #include "simulation/scripted/HxScriptedSimulation.h"

@@ -11,9 +11,8 @@
 #include <utility>
 #include <vector>
 
-#define HX_ALLOCATION_COUNTER_NO_OPERATORS
-#include "bench/HxAllocationCounter.h"
-#include "tests/tools/test_hxrecord_support.h"
+#include "tests/support/HxAllocationCounter.h"
+#include "tests/tools/HxRecordTestSupport.h"
 #include "tools/lib/HxRecord.h"
 
 namespace {

@@ -16,7 +16,7 @@
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "simulation/mujoco/HxMujocoSimulation.h"
-#include "tests/tools/test_hxrecord_support.h"
+#include "tests/tools/HxRecordTestSupport.h"
 
 namespace {
 

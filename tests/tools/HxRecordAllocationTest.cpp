@@ -1,2 +1,2 @@
 // The counting operator new/delete of the hxrecord test executable, alone in their unit.
-#include "bench/HxAllocationCounter.h"
+#include "tests/support/HxAllocationCounter.h"
