@@ -32,6 +32,7 @@
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "tests/support/HxAllocationCounter.h"
+#include "tests/support/HxScopedTempDir.h"
 #include "simulation/mujoco/HxMujocoSimulation.h"
 #include "tools/lib/HxRecord.h"
 #include "tools/lib/HxRecordDefaultScene.h"
@@ -76,10 +77,8 @@ void BM_HxRecord_Overhead(benchmark::State& state, Variant variant) {
     state.SkipWithError("the built-in capture configuration does not read");
     return;
   }
-  const std::filesystem::path directory =
-      std::filesystem::temp_directory_path() / ("hxrecord_bench_" + std::to_string(getpid()));
-  std::filesystem::create_directories(directory);
-  const std::string base = (directory / "run").string();
+  const HxScopedTempDir directory("bench-hxrecord");
+  const std::string base = directory.file("run");
 
   const bool recording = variant != Variant::Off;
   HxSystemStoredData recorder;
@@ -115,7 +114,6 @@ void BM_HxRecord_Overhead(benchmark::State& state, Variant variant) {
     }
   }
   if (recording) recorder.finishSaveToFile();
-  std::filesystem::remove_all(directory);
 
   const double steps = static_cast<double>(state.iterations());
   const double stepUs = stepTime / steps;

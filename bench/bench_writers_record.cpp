@@ -36,6 +36,7 @@
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "tests/support/HxAllocationCounter.h"
+#include "tests/support/HxScopedTempDir.h"
 #include "bench/HxBenchScene.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 
@@ -56,24 +57,16 @@ const Scene& scene() {
 // A temporary directory for one benchmark's files, removed afterwards.
 class BenchDir {
  public:
-  explicit BenchDir(const std::string& name)
-      : path_(fs::temp_directory_path() / ("hx_bench_writers_" + std::to_string(::getpid()) + "_" + name)) {
-    fs::remove_all(path_);
-    fs::create_directories(path_);
-  }
-  ~BenchDir() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  std::string base() const { return (path_ / "run").string(); }
+  explicit BenchDir(const std::string& name) : directory_("bench-writers-" + name) {}
+  std::string base() const { return directory_.file("run"); }
   std::uintmax_t bytes() const {
     std::uintmax_t total = 0;
-    for (const auto& entry : fs::directory_iterator(path_)) total += entry.file_size();
+    for (const auto& entry : fs::directory_iterator(directory_.path())) total += entry.file_size();
     return total;
   }
 
  private:
-  fs::path path_;
+  HxScopedTempDir directory_;
 };
 
 // Time of sample i: changes every sample, so the record's text is always renewed.
