@@ -6,13 +6,12 @@
 
 #include "simulation/HxEndEffectorPlacement.h"
 #include "simulation/HxManipulatorActiveState.h"
+#include "simulation/mujoco/HxMujocoConversions.h"
 
 HxMujocoKinematics::HxMujocoKinematics(HxMujocoModelPtr model, std::shared_ptr<const HxMujocoManipulatorLayout> layout)
-    : model_(std::move(model)), layout_(std::move(layout)), scratch_(mj_makeData(model_.get())) {
-  mj_resetData(model_.get(), scratch_);
+    : model_(std::move(model)), layout_(std::move(layout)), scratch_(hxMujocoMakeData(model_.get())) {
+  mj_resetData(model_.get(), scratch_.get());
 }
-
-HxMujocoKinematics::~HxMujocoKinematics() { mj_deleteData(scratch_); }
 
 namespace {
 
@@ -40,7 +39,7 @@ void loadFreeMotion(double* out, const double motion[6], const double quat[4]) {
 
 bool HxMujocoKinematics::evaluate(const HxManipulatorActiveState& state, Stage stage) const {
   const mjModel* m = model_.get();
-  mjData* d = scratch_;
+  mjData* d = scratch_.get();
   const HxMujocoManipulatorLayout& layout = *layout_;
   const std::size_t n = layout.joints.size();
   const bool freeBase = layout.freeJoint >= 0;
@@ -102,44 +101,11 @@ bool HxMujocoKinematics::evaluate(const HxManipulatorActiveState& state, Stage s
   return true;
 }
 
-HxEndEffectorPlacement HxMujocoKinematics::placementIn(const mjModel* m, const mjData* d,
-                                                       const HxMujocoEndEffectorLayout& e) {
-  (void)m;
-  const double* pos = nullptr;
-  double quat[4];
-  if (e.objectType == mjOBJ_SITE) {
-    pos = d->site_xpos + 3 * e.objectId;
-    mju_mat2Quat(quat, d->site_xmat + 9 * e.objectId);
-  } else {
-    pos = d->xpos + 3 * e.objectId;
-    mju_copy4(quat, d->xquat + 4 * e.objectId);
-  }
-  return HxEndEffectorPlacement(HxVector(pos[0], pos[1], pos[2]), HxOrientation(quat[0], quat[1], quat[2], quat[3]));
-}
-
-HxGeneralMotion HxMujocoKinematics::velocityIn(const mjModel* m, const mjData* d, int objectType, int objectId) {
-  // MuJoCo gives (angular, linear) of the object's origin in world orientation.
-  double res[6];
-  mj_objectVelocity(m, d, objectType, objectId, res, 0);
-  return HxGeneralMotion(res[3], res[4], res[5], res[0], res[1], res[2]);
-}
-
-HxGeneralMotion HxMujocoKinematics::accelerationIn(const mjModel* m, const mjData* d, int objectType, int objectId) {
-  // The engine's accelerations carry -gravity (the world body accelerates upward), as an
-  // accelerometer would see them; adding gravity back gives the kinematic acceleration.
-  double res[6];
-  mj_objectAcceleration(m, d, objectType, objectId, res, 0);
-  const bool gravityOn = (m->opt.disableflags & mjDSBL_GRAVITY) == 0;
-  const double g[3] = {gravityOn ? m->opt.gravity[0] : 0.0, gravityOn ? m->opt.gravity[1] : 0.0,
-                       gravityOn ? m->opt.gravity[2] : 0.0};
-  return HxGeneralMotion(res[3] + g[0], res[4] + g[1], res[5] + g[2], res[0], res[1], res[2]);
-}
-
 HxBoolean HxMujocoKinematics::endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
                                                    HxEndEffectorPlacement& out) const {
   out = HxEndEffectorPlacement();
   if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Position)) return false;
-  out = placementIn(model_.get(), scratch_, layout_->endEffectors[endEffector]);
+  out = HxMujocoConvert::endEffectorPlacement(scratch_.get(), layout_->endEffectors[endEffector]);
   return true;
 }
 
@@ -148,7 +114,7 @@ HxBoolean HxMujocoKinematics::endEffectorVelocity(HxU32 endEffector, const HxMan
   out = HxGeneralMotion();
   if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Velocity)) return false;
   const HxMujocoEndEffectorLayout& e = layout_->endEffectors[endEffector];
-  out = velocityIn(model_.get(), scratch_, e.objectType, e.objectId);
+  out = HxMujocoConvert::objectVelocity(model_.get(), scratch_.get(), e.objectType, e.objectId);
   return true;
 }
 
@@ -157,14 +123,13 @@ HxBoolean HxMujocoKinematics::endEffectorAcceleration(HxU32 endEffector, const H
   out = HxGeneralMotion();
   if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Acceleration)) return false;
   const HxMujocoEndEffectorLayout& e = layout_->endEffectors[endEffector];
-  out = accelerationIn(model_.get(), scratch_, e.objectType, e.objectId);
+  out = HxMujocoConvert::objectAcceleration(model_.get(), scratch_.get(), e.objectType, e.objectId);
   return true;
 }
 
 HxBoolean HxMujocoKinematics::centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const {
   out = HxVector();
   if (!evaluate(state, Stage::Position)) return false;
-  const double* com = scratch_->subtree_com + 3 * layout_->rootBody;
-  out = HxVector(com[0], com[1], com[2]);
+  out = HxMujocoConvert::vector(scratch_->subtree_com + 3 * layout_->rootBody);
   return true;
 }

@@ -7,6 +7,7 @@
 #include <mujoco/mujoco.h>
 
 #include "simulation/HxManipulatorKinematics.h"
+#include "simulation/mujoco/HxMujocoHandles.h"
 #include "simulation/mujoco/HxMujocoLayout.h"
 
 class HxPositionState;
@@ -34,7 +35,6 @@ class HxAccelerationState;
 class HxMujocoKinematics : public HxManipulatorKinematics {
  public:
   HxMujocoKinematics(HxMujocoModelPtr model, std::shared_ptr<const HxMujocoManipulatorLayout> layout);
-  ~HxMujocoKinematics() override;
   HxMujocoKinematics(const HxMujocoKinematics&) = delete;
   HxMujocoKinematics& operator=(const HxMujocoKinematics&) = delete;
 
@@ -46,16 +46,6 @@ class HxMujocoKinematics : public HxManipulatorKinematics {
                                     HxGeneralMotion& out) const override;
   HxBoolean centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const override;
 
-  // Helpers shared with the engine, reading evaluated data `d` of the same model.
-
-  /// World placement of end effector `e` in evaluated data `d` (after mj_kinematics).
-  static HxEndEffectorPlacement placementIn(const mjModel* m, const mjData* d, const HxMujocoEndEffectorLayout& e);
-  /// Velocity of an object's origin in `d` (after mj_comVel): linear, angular, world frame.
-  /// A body's frame is mjOBJ_XBODY; MuJoCo's mjOBJ_BODY stands for its centre of mass.
-  static HxGeneralMotion velocityIn(const mjModel* m, const mjData* d, int objectType, int objectId);
-  /// Kinematic acceleration of an object in `d` (after mj_rnePostConstraint), gravity removed.
-  static HxGeneralMotion accelerationIn(const mjModel* m, const mjData* d, int objectType, int objectId);
-
  private:
   /// Stages of an evaluation, in order; each needs the ones before it.
   enum class Stage { None, Position, Velocity, Acceleration };
@@ -66,7 +56,7 @@ class HxMujocoKinematics : public HxManipulatorKinematics {
 
   HxMujocoModelPtr model_;
   std::shared_ptr<const HxMujocoManipulatorLayout> layout_;
-  mjData* scratch_ = nullptr;
+  HxMujocoDataPtr scratch_;
   // What the scratch data holds: the last stage evaluated, and the free base's inputs as the
   // caller gave them (the scratch keeps them normalised and rotated). Joint inputs are
   // compared with the scratch's qpos, qvel and qacc themselves.

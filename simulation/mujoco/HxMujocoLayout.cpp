@@ -5,6 +5,8 @@
 #include <cstring>
 #include <utility>
 
+#include "simulation/mujoco/HxMujocoConversions.h"
+
 namespace {
 
 const char* objectName(const mjModel* model, int type, int id) {
@@ -31,11 +33,7 @@ void collectPathPoints(const mjModel* model, const mjData* data, HxMujocoManipul
   std::sort(found.begin(), found.end());
   for (const auto& [number, site] : found) {
     (void)number;
-    double quat[4];
-    mju_mat2Quat(quat, data->site_xmat + 9 * site);
-    const double* pos = data->site_xpos + 3 * site;
-    layout.pathPoints.emplace_back(HxVector(pos[0], pos[1], pos[2]),
-                                   HxOrientation(quat[0], quat[1], quat[2], quat[3]));
+    layout.pathPoints.push_back(HxMujocoConvert::sitePlacement(data, site));
   }
 }
 

@@ -57,5 +57,6 @@ HxBoolean hxMujocoBuildLayouts(const mjModel* model, const mjData* data,
 /// positive), else 0.
 double hxMujocoMotorEfficiency(const mjModel* model, int actuator);
 
-/// Shared owner of a compiled model.
-using HxMujocoModelPtr = std::shared_ptr<const mjModel>;
+/// The manipulators of one model, shared by the simulation, its controller and each
+/// manipulator's kinematics.
+using HxMujocoLayouts = std::vector<std::shared_ptr<const HxMujocoManipulatorLayout>>;

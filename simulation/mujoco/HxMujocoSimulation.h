@@ -11,8 +11,6 @@
 #include "simulation/HxEndEffectorPlacement.h"
 #include "simulation/HxSystemSimulation.h"
 
-struct mjModel_;
-
 /// A MuJoCo model (MJCF or URDF) seen as a system of manipulators, stepped by the engine and
 /// driven by a path-following controller. After every step all the queries of
 /// HxSystemSimulation answer from the engine's state, refreshed in place without allocating.
@@ -83,7 +81,9 @@ class HxMujocoSimulation : public HxSystemSimulation {
   /// when out of range.
   const std::string& endEffectorName(HxU32 m, HxU32 e) const;
 
-  // Path following.
+  // Path following. Path progress (a point reached, the dwell, the next point taken) moves
+  // only with step(): the setters and reset() refresh the queries but never count a point as
+  // reached.
 
   /// Replaces the path points of manipulator m (world placements of its controlled end
   /// effector) and restarts at the first. False when m is out of range.
@@ -118,9 +118,9 @@ class HxMujocoSimulation : public HxSystemSimulation {
  private:
   struct Impl;
   std::unique_ptr<Impl> impl_;
-  /// Takes ownership of a compiled model (null: the load failed with `message`) and sets the
-  /// system up.
-  HxBoolean adopt(mjModel_* model, const std::string& failurePrefix, const char* message, Mode mode);
-  /// Refreshes every query from the engine data, in place.
+  /// Ends a load: prints the error of a failed one (`adopted` false), else sets the system up
+  /// for the model the engine part adopted and starts it in `mode`.
+  HxBoolean finishLoad(bool adopted, Mode mode);
+  /// Refreshes every query from the engine data, in place; path progress is left as it is.
   void refresh();
 };
