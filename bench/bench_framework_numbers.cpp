@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxNumberText.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlTokens.h"
 #include "framework/HxXmlWriter.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 
@@ -42,84 +42,82 @@ const std::vector<double>& values() {
   return set;
 }
 
+// The values as text, as HxDOUBLE2STRING writes them: the input of the parsing benchmarks.
+const std::vector<std::string>& texts() {
+  static const std::vector<std::string> set = [] {
+    std::vector<std::string> out;
+    for (const double value : values()) out.push_back(HxDOUBLE2STRING(value));
+    return out;
+  }();
+  return set;
+}
+
 constexpr size_t kMask = 4095;
 
-void BM_DoubleText_HxDouble2StringBuffer(benchmark::State& state) {
-  const std::vector<double>& set = values();
-  char buffer[HxDoubleTextCapacity];
+// Calls `body` on one element of `set` per iteration, in turn (Time = ns per value).
+template <class Value, class Body>
+void eachValue(benchmark::State& state, const std::vector<Value>& set, Body body) {
   size_t i = 0;
-  for (auto _ : state) {
-    char* end = HxDOUBLE2STRING(set[i++ & kMask], buffer);
+  for (auto _ : state) body(set[i++ & kMask]);
+  state.SetItemsProcessed(state.iterations());
+}
+
+void BM_DoubleText_HxDouble2StringBuffer(benchmark::State& state) {
+  char buffer[HxDoubleTextCapacity];
+  eachValue(state, values(), [&buffer](double value) {
+    char* end = HxDOUBLE2STRING(value, buffer);
     benchmark::DoNotOptimize(end);
     benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
 }
 BENCHMARK(BM_DoubleText_HxDouble2StringBuffer);
 
 void BM_DoubleText_HxDouble2StringReused(benchmark::State& state) {
-  const std::vector<double>& set = values();
   std::string text;
   text.reserve(HxDoubleTextCapacity);
-  size_t i = 0;
   HxAllocationCounter counter;
-  for (auto _ : state) {
-    HxDOUBLE2STRING(set[i++ & kMask], text);
+  eachValue(state, values(), [&text](double value) {
+    HxDOUBLE2STRING(value, text);
     benchmark::DoNotOptimize(text.data());
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
   state.counters["allocs_per_value"] =
       static_cast<double>(counter.allocations()) / static_cast<double>(state.iterations());
 }
 BENCHMARK(BM_DoubleText_HxDouble2StringReused);
 
 void BM_DoubleText_HxDouble2StringReturned(benchmark::State& state) {
-  const std::vector<double>& set = values();
-  size_t i = 0;
-  for (auto _ : state) {
-    std::string text = HxDOUBLE2STRING(set[i++ & kMask]);
+  eachValue(state, values(), [](double value) {
+    std::string text = HxDOUBLE2STRING(value);
     benchmark::DoNotOptimize(text.data());
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
 }
 BENCHMARK(BM_DoubleText_HxDouble2StringReturned);
 
 // Baseline: what a C programmer writes for a round-trip-safe double.
 void BM_DoubleText_Snprintf17g(benchmark::State& state) {
-  const std::vector<double>& set = values();
   char buffer[32];
-  size_t i = 0;
-  for (auto _ : state) {
-    int length = std::snprintf(buffer, sizeof buffer, "%.17g", set[i++ & kMask]);
+  eachValue(state, values(), [&buffer](double value) {
+    int length = std::snprintf(buffer, sizeof buffer, "%.17g", value);
     benchmark::DoNotOptimize(length);
     benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
 }
 BENCHMARK(BM_DoubleText_Snprintf17g);
 
 void BM_DoubleParse_HxString2Double(benchmark::State& state) {
-  std::vector<std::string> texts;
-  for (const double value : values()) texts.push_back(HxDOUBLE2STRING(value));
-  size_t i = 0;
-  for (auto _ : state) {
+  eachValue(state, texts(), [](const std::string& text) {
     double value = 0.0;
-    HxSTRING2DOUBLE(texts[i++ & kMask], value);
+    HxSTRING2DOUBLE(text, value);
     benchmark::DoNotOptimize(value);
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
 }
 BENCHMARK(BM_DoubleParse_HxString2Double);
 
 void BM_DoubleParse_Strtod(benchmark::State& state) {
-  std::vector<std::string> texts;
-  for (const double value : values()) texts.push_back(HxDOUBLE2STRING(value));
-  size_t i = 0;
-  for (auto _ : state) {
-    double value = std::strtod(texts[i++ & kMask].c_str(), nullptr);
+  eachValue(state, texts(), [](const std::string& text) {
+    double value = std::strtod(text.c_str(), nullptr);
     benchmark::DoNotOptimize(value);
-  }
-  state.SetItemsProcessed(state.iterations());
+  });
 }
 BENCHMARK(BM_DoubleParse_Strtod);
 
@@ -138,21 +136,18 @@ void BM_XmlWriter_ScalarElement(benchmark::State& state) {
   HxXmlWriter::registerNamespacePrefix("http://example.org/namespace/sm#", "sm");
   HxXmlWriter writer("bench", stream);
   HxToken time("http://example.org/namespace/sm#time");
-  const std::vector<double>& set = values();
   HxXmlBasicType<double> value;
   writer.startElement(HxXml::HxDefaultToken);
-  size_t i = 0;
   HxAllocationCounter counter;
-  for (auto _ : state) {
-    value = set[i++ & kMask];
+  eachValue(state, values(), [&](double v) {
+    value = v;
     writer.startElement(time);
     value.write(writer);
     writer.endElement();
-  }
+  });
   state.counters["allocs_per_value"] =
       static_cast<double>(counter.allocations()) / static_cast<double>(state.iterations());
   writer.endElement();
-  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_XmlWriter_ScalarElement);
 
@@ -161,19 +156,16 @@ void BM_XmlWriter_GroupScalar(benchmark::State& state) {
   DiscardBuffer buffer;
   std::ostream stream(&buffer);
   HxXmlWriter writer("bench", stream);
-  const std::vector<double>& set = values();
   HxXmlBasicType<double> value;
   writer.startElement(HxXml::HxDefaultToken);
   writer.startElement(HxXml::HxGroupToken);
   writer.setDataMode(true);
-  size_t i = 0;
-  for (auto _ : state) {
-    value = set[i++ & kMask];
+  eachValue(state, values(), [&](double v) {
+    value = v;
     value.write(writer);
-  }
+  });
   writer.endElement();
   writer.endElement();
-  state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(BM_XmlWriter_GroupScalar);
 

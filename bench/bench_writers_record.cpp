@@ -35,10 +35,10 @@
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "tests/support/HxAllocationCounter.h"
-#include "tests/support/HxScopedTempDir.h"
 #include "bench/HxBenchScene.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
+#include "tests/support/HxAllocationCounter.h"
+#include "tests/support/HxScopedTempDir.h"
 
 namespace {
 
@@ -152,40 +152,36 @@ void BM_Writers_StoreOnly(benchmark::State& state) {
   reportCounters(state, 0, counter.allocations());
 }
 
-void BM_Writers_StoreAndText(benchmark::State& state) {
+// Stores one sample per iteration into a record shaped to the capture and hands the record to
+// `use`; `use` runs once before the timing, so that what it fills is warm.
+template <class Use>
+void storeEach(benchmark::State& state, Use use) {
   const Scene& s = scene();
   HxSystemDataStorage record;
   s.capture.allocateStorage(record);
-  benchmark::DoNotOptimize(record.elementText());
+  use(record);
   std::int64_t i = 1;
   HxAllocationCounter counter;
   for (auto _ : state) {
     record.setTime(sampleTime(i));
     record.setPathPointIndex(static_cast<unsigned int>(i & 7));
     s.capture.storeData(record);
-    benchmark::DoNotOptimize(record.elementText()->chars);
+    use(record);
     ++i;
   }
   reportCounters(state, 0, counter.allocations());
 }
 
+void BM_Writers_StoreAndText(benchmark::State& state) {
+  storeEach(state, [](const HxSystemDataStorage& record) { benchmark::DoNotOptimize(record.elementText()->chars); });
+}
+
 void BM_Writers_StoreAndStrings(benchmark::State& state) {
-  const Scene& s = scene();
-  HxSystemDataStorage record;
-  s.capture.allocateStorage(record);
   std::vector<std::string> text;
-  record.getStringElements(text);
-  std::int64_t i = 1;
-  HxAllocationCounter counter;
-  for (auto _ : state) {
-    record.setTime(sampleTime(i));
-    record.setPathPointIndex(static_cast<unsigned int>(i & 7));
-    s.capture.storeData(record);
+  storeEach(state, [&text](const HxSystemDataStorage& record) {
     record.getStringElements(text);
     benchmark::DoNotOptimize(text.data());
-    ++i;
-  }
-  reportCounters(state, 0, counter.allocations());
+  });
 }
 
 // The same values, written once as shortest text: to_chars into a row buffer, one fwrite per row.

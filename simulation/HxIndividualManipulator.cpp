@@ -31,6 +31,20 @@ class HxNoKinematics : public HxManipulatorKinematics {
   }
 };
 
+// An end-effector query of the kinematics (placement, velocity or acceleration).
+template <class Result>
+using EndEffectorQuery = HxBoolean (HxManipulatorKinematics::*)(HxU32, const HxManipulatorActiveState&, Result&) const;
+
+// What `query` of `kinematics` writes for end effector `index` and `state`: its answer, or the
+// identity placement or zero motion when it has none.
+template <class Result>
+Result endEffectorAnswer(const HxManipulatorKinematics& kinematics, EndEffectorQuery<Result> query, HxU32 index,
+                         const HxManipulatorActiveState& state) {
+  Result result;
+  (kinematics.*query)(index, state, result);
+  return result;
+}
+
 const std::shared_ptr<const HxManipulatorKinematics>& noKinematics() {
   static const std::shared_ptr<const HxManipulatorKinematics> instance = std::make_shared<HxNoKinematics>();
   return instance;
@@ -73,22 +87,16 @@ HxBoolean HxIndividualManipulator::setEndEffectorToken(HxU32 index, const HxToke
 
 HxEndEffectorPlacement HxIndividualManipulator::endEffectorPlacement(HxU32 index,
                                                                      const HxManipulatorActiveState& state) const {
-  HxEndEffectorPlacement placement;
-  kinematics_->endEffectorPlacement(index, state, placement);
-  return placement;
+  return endEffectorAnswer(*kinematics_, &HxManipulatorKinematics::endEffectorPlacement, index, state);
 }
 
 HxGeneralMotion HxIndividualManipulator::endEffectorVelocity(HxU32 index, const HxManipulatorActiveState& state) const {
-  HxGeneralMotion velocity;
-  kinematics_->endEffectorVelocity(index, state, velocity);
-  return velocity;
+  return endEffectorAnswer(*kinematics_, &HxManipulatorKinematics::endEffectorVelocity, index, state);
 }
 
 HxGeneralMotion HxIndividualManipulator::endEffectorAcceleration(HxU32 index,
                                                                  const HxManipulatorActiveState& state) const {
-  HxGeneralMotion acceleration;
-  kinematics_->endEffectorAcceleration(index, state, acceleration);
-  return acceleration;
+  return endEffectorAnswer(*kinematics_, &HxManipulatorKinematics::endEffectorAcceleration, index, state);
 }
 
 HxVector HxIndividualManipulator::centerOfMass(const HxManipulatorActiveState& state) const {

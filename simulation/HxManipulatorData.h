@@ -1,7 +1,7 @@
 #pragma once
 /// \file
 /// Per-manipulator data the simulation hands out besides its states:
-/// HxManipulatorControlInput, HxManipulatorTorque, HxManipulatorExternalForce,
+/// HxManipulatorValues, HxManipulatorControlInput, HxManipulatorTorque, HxManipulatorExternalForce,
 /// HxLinkForceState and HxPropagationResultData.
 
 #include <utility>
@@ -10,63 +10,53 @@
 #include "framework/HxTypes.h"
 #include "simulation/HxMath.h"
 
-/// The control input values of one manipulator, one per joint (units of the controller:
-/// joint torques for torque-controlled joints).
-class HxManipulatorControlInput {
+/// One value per joint (or per link) of one manipulator, held in a std::vector that the
+/// simulation refreshes in place: the storage of HxManipulatorControlInput, HxManipulatorTorque
+/// and HxManipulatorExternalForce.
+template <class Value>
+class HxManipulatorValues {
  public:
-  /// No joints.
-  HxManipulatorControlInput() = default;
-  /// The given values, one per joint.
-  explicit HxManipulatorControlInput(std::vector<double> values) : values_(std::move(values)) {}
+  /// No values.
+  HxManipulatorValues() = default;
+  /// The given values.
+  explicit HxManipulatorValues(std::vector<Value> values) : values_(std::move(values)) {}
 
-  /// The values, one per joint.
-  const std::vector<double>& values() const { return values_; }
+  /// The values.
+  const std::vector<Value>& values() const { return values_; }
   /// Writable values, for the simulation that refreshes them in place.
-  std::vector<double>& mutableValues() { return values_; }
-  /// Replaces the values.
-  void setValues(const std::vector<double>& values) { values_ = values; }
+  std::vector<Value>& mutableValues() { return values_; }
+  /// Replaces the values; reuses the held storage when it is large enough.
+  void setValues(const std::vector<Value>& values) { values_ = values; }
 
  private:
-  std::vector<double> values_;
+  std::vector<Value> values_;
+};
+
+/// The control input values of one manipulator, one per joint (units of the controller:
+/// joint torques for torque-controlled joints).
+class HxManipulatorControlInput : public HxManipulatorValues<double> {
+ public:
+  using HxManipulatorValues::HxManipulatorValues;
 };
 
 /// The joint torques (N m, or N for prismatic joints) that the control system applies to one
 /// manipulator, one per joint.
-class HxManipulatorTorque {
+class HxManipulatorTorque : public HxManipulatorValues<double> {
  public:
-  /// No joints.
-  HxManipulatorTorque() = default;
-  /// The given torques, one per joint.
-  explicit HxManipulatorTorque(std::vector<double> values) : values_(std::move(values)) {}
-
-  /// The torques, one per joint.
-  const std::vector<double>& values() const { return values_; }
-  /// Writable torques, for the simulation that refreshes them in place.
-  std::vector<double>& mutableValues() { return values_; }
-  /// Replaces the torques.
-  void setValues(const std::vector<double>& values) { values_ = values; }
-
- private:
-  std::vector<double> values_;
+  using HxManipulatorValues::HxManipulatorValues;
 };
 
 /// The external wrenches acting on one manipulator's links, one per link (world frame).
-class HxManipulatorExternalForce {
+class HxManipulatorExternalForce : private HxManipulatorValues<HxGeneralForce> {
  public:
-  /// No links.
-  HxManipulatorExternalForce() = default;
-  /// The given wrenches, one per link.
-  explicit HxManipulatorExternalForce(std::vector<HxGeneralForce> forces) : forces_(std::move(forces)) {}
+  using HxManipulatorValues::HxManipulatorValues;
 
   /// The wrenches, one per link.
-  const std::vector<HxGeneralForce>& forces() const { return forces_; }
+  const std::vector<HxGeneralForce>& forces() const { return values(); }
   /// Writable wrenches, for the simulation that refreshes them in place.
-  std::vector<HxGeneralForce>& mutableForces() { return forces_; }
+  std::vector<HxGeneralForce>& mutableForces() { return mutableValues(); }
   /// Replaces the wrenches.
-  void setForces(const std::vector<HxGeneralForce>& forces) { forces_ = forces; }
-
- private:
-  std::vector<HxGeneralForce> forces_;
+  void setForces(const std::vector<HxGeneralForce>& forces) { setValues(forces); }
 };
 
 /// The structural (internal) wrench that one link transmits to its parent, with a flag saying

@@ -23,23 +23,23 @@ class HxVector;
 /// the identity placement, zero motion or zero vector and returns false.
 class HxManipulatorKinematics {
  public:
+  /// The state the queries are evaluated on.
+  using State = HxManipulatorActiveState;
+
   virtual ~HxManipulatorKinematics() = default;
 
   /// Placement of end effector `endEffector` for `state`.
-  virtual HxBoolean endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                         HxEndEffectorPlacement& out) const = 0;
+  virtual HxBoolean endEffectorPlacement(HxU32 endEffector, const State& state, HxEndEffectorPlacement& out) const = 0;
 
   /// Velocity (linear, angular) of the frame of end effector `endEffector` for `state`.
-  virtual HxBoolean endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                        HxGeneralMotion& out) const = 0;
+  virtual HxBoolean endEffectorVelocity(HxU32 endEffector, const State& state, HxGeneralMotion& out) const = 0;
 
   /// Acceleration (linear, angular) of the frame of end effector `endEffector` for `state`
   /// (uses its position, velocity and acceleration states).
-  virtual HxBoolean endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                            HxGeneralMotion& out) const = 0;
+  virtual HxBoolean endEffectorAcceleration(HxU32 endEffector, const State& state, HxGeneralMotion& out) const = 0;
 
   /// Centre of mass of the whole manipulator for `state`.
-  virtual HxBoolean centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const = 0;
+  virtual HxBoolean centerOfMass(const State& state, HxVector& out) const = 0;
 
   /// World placement of end effector `endEffector` from the held entry `entry` for the
   /// position state `state`. The default takes the entry as relative to the manipulator's

@@ -113,9 +113,19 @@ class HxOrientation {
   std::array<double, 4> q_{1.0, 0.0, 0.0, 0.0};
 };
 
-/// Six doubles: the storage shared by HxGeneralMotion and HxGeneralForce.
+/// Six doubles, components 0-2 and 3-5 being the two three-vector parts of a motion or a wrench:
+/// the storage, construction and comparison shared by HxGeneralMotion and HxGeneralForce.
+/// `Derived` is the class built on it, so that only two objects of the same class compare.
+template <class Derived>
 class HxSpatialVector {
  public:
+  /// All zero.
+  HxSpatialVector() = default;
+  /// The six components in order: the first part (a0, a1, a2), then the second (b0, b1, b2).
+  HxSpatialVector(double a0, double a1, double a2, double b0, double b1, double b2) : v_{a0, a1, a2, b0, b1, b2} {}
+  /// Components 0-2 from `a`, 3-5 from `b`.
+  HxSpatialVector(const HxVector& a, const HxVector& b) : v_{a[0], a[1], a[2], b[0], b[1], b[2]} {}
+
   /// Component 0 to 5; the index is not checked.
   double operator[](HxU32 i) const { return v_[i]; }
   /// Component `i` (0 to 5), writable; the index is not checked.
@@ -124,67 +134,45 @@ class HxSpatialVector {
   /// Number of components (6).
   static constexpr HxU32 size() { return 6; }
 
- protected:
-  HxSpatialVector() = default;
-  /// The six components in order.
-  HxSpatialVector(double a0, double a1, double a2, double b0, double b1, double b2)
-      : v_{a0, a1, a2, b0, b1, b2} {}
-  /// Components 0-2 from `a`, 3-5 from `b`.
-  HxSpatialVector(const HxVector& a, const HxVector& b) : v_{a[0], a[1], a[2], b[0], b[1], b[2]} {}
+  /// Exact component-wise equality.
+  bool operator==(const Derived& other) const { return v_ == other.v_; }
+  /// Negation of `operator==`.
+  bool operator!=(const Derived& other) const { return v_ != other.v_; }
 
+ protected:
   /// Components 0-2.
   HxVector head() const { return HxVector(v_[0], v_[1], v_[2]); }
   /// Components 3-5.
   HxVector tail() const { return HxVector(v_[3], v_[4], v_[5]); }
-  /// Exact component-wise equality.
-  bool equals(const HxSpatialVector& other) const { return v_ == other.v_; }
 
  private:
   std::array<double, 6> v_{0.0, 0.0, 0.0, 0.0, 0.0, 0.0};
 };
 
 /// A six-component motion (velocity or acceleration): components 0-2 linear X, Y, Z,
-/// components 3-5 angular X, Y, Z. Default: all zero.
-class HxGeneralMotion : public HxSpatialVector {
+/// components 3-5 angular X, Y, Z. Default: all zero. Constructed from the six components
+/// (linear X, Y, Z, angular X, Y, Z) or from the linear and the angular part.
+class HxGeneralMotion : public HxSpatialVector<HxGeneralMotion> {
  public:
-  HxGeneralMotion() = default;
-  /// Linear (lx, ly, lz) and angular (ax, ay, az) components.
-  HxGeneralMotion(double lx, double ly, double lz, double ax, double ay, double az)
-      : HxSpatialVector(lx, ly, lz, ax, ay, az) {}
-  /// The linear and the angular part.
-  HxGeneralMotion(const HxVector& linear, const HxVector& angular) : HxSpatialVector(linear, angular) {}
+  using HxSpatialVector::HxSpatialVector;
 
   /// Linear part, components 0-2.
   HxVector linear() const { return head(); }
   /// Angular part, components 3-5.
   HxVector angular() const { return tail(); }
-
-  /// Exact component-wise equality.
-  bool operator==(const HxGeneralMotion& other) const { return equals(other); }
-  /// Negation of `operator==`.
-  bool operator!=(const HxGeneralMotion& other) const { return !equals(other); }
 };
 
 /// A six-component wrench: components 0-2 force X, Y, Z, components 3-5 moment X, Y, Z.
-/// Default: all zero.
-class HxGeneralForce : public HxSpatialVector {
+/// Default: all zero. Constructed from the six components (force X, Y, Z, moment X, Y, Z) or
+/// from the force and the moment part.
+class HxGeneralForce : public HxSpatialVector<HxGeneralForce> {
  public:
-  HxGeneralForce() = default;
-  /// Force (fx, fy, fz) and moment (mx, my, mz) components.
-  HxGeneralForce(double fx, double fy, double fz, double mx, double my, double mz)
-      : HxSpatialVector(fx, fy, fz, mx, my, mz) {}
-  /// The force and the moment part.
-  HxGeneralForce(const HxVector& force, const HxVector& moment) : HxSpatialVector(force, moment) {}
+  using HxSpatialVector::HxSpatialVector;
 
   /// Force part, components 0-2.
   HxVector force() const { return head(); }
   /// Moment part, components 3-5.
   HxVector moment() const { return tail(); }
-
-  /// Exact component-wise equality.
-  bool operator==(const HxGeneralForce& other) const { return equals(other); }
-  /// Negation of `operator==`.
-  bool operator!=(const HxGeneralForce& other) const { return !equals(other); }
 };
 
 /// A coordinate-system transformation (placement of a frame): a translation followed by an

@@ -67,7 +67,7 @@ struct PendulumModel {
   double gear = 50.0;       // motor speed = gear * joint speed
   double efficiency = 0.8;  // of each DC motor
 
-  double centre(int i) const { return 0.5 * length[i]; }                           // joint to rod centre
+  double centre(int i) const { return 0.5 * length[i]; }                          // joint to rod centre
   double inertia(int i) const { return mass[i] * length[i] * length[i] / 12.0; }  // about rod centre
 };
 
@@ -119,24 +119,14 @@ class PendulumKinematics : public HxManipulatorKinematics {
     return true;
   }
 
-  // The tip moves, for each link, along the link's tangent (cos, 0, sin) at the link's rate.
   HxBoolean endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
                                 HxGeneralMotion& out) const override {
-    Joint2 phi[2];
-    out = HxGeneralMotion();
-    if (endEffector != 0 || !linkAngles(state, 2, phi)) return false;
-    out = tipMotion(state, phi[0], phi[1], {0.0, 0.0});
-    return true;
+    return tipMotion(endEffector, state, 1, out);
   }
 
-  // Tangential acceleration plus the centripetal part, rate^2 back towards each joint.
   HxBoolean endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
                                     HxGeneralMotion& out) const override {
-    Joint2 phi[3];
-    out = HxGeneralMotion();
-    if (endEffector != 0 || !linkAngles(state, 3, phi)) return false;
-    out = tipMotion(state, phi[0], phi[2], {phi[1][0] * phi[1][0], phi[1][1] * phi[1][1]});
-    return true;
+    return tipMotion(endEffector, state, 2, out);
   }
 
   HxBoolean centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const override {
@@ -165,17 +155,26 @@ class PendulumKinematics : public HxManipulatorKinematics {
     return true;
   }
 
-  // Linear part: sum over the links of length * (tangential * tangent + inward * (-along)); the
-  // angular part turns about the joint axis. Both turned into the world frame.
-  HxGeneralMotion tipMotion(const HxManipulatorActiveState& state, const Joint2& phi, const Joint2& tangential,
-                            const Joint2& inward) const {
+  // The tip's velocity (`order` 1) or acceleration (`order` 2). The tip moves, for each link,
+  // along the link's tangent (cos, 0, sin) at the link's rate; an acceleration adds the
+  // centripetal part, rate^2 back towards each joint. Linear part: sum over the links of
+  // length * (tangential * tangent + inward * (-along)); the angular part turns about the joint
+  // axis. Both turned into the world frame.
+  bool tipMotion(HxU32 endEffector, const HxManipulatorActiveState& state, int order, HxGeneralMotion& out) const {
+    Joint2 phi[3];
+    out = HxGeneralMotion();
+    if (endEffector != 0 || !linkAngles(state, order + 1, phi)) return false;
+    const Joint2& rate = phi[1];
+    const Joint2& tangential = phi[order];
+    const Joint2 inward = order == 1 ? Joint2{0.0, 0.0} : Joint2{rate[0] * rate[0], rate[1] * rate[1]};
     HxVector linear;
     for (int i = 0; i < 2; ++i) {
-      const HxVector tangent(std::cos(phi[i]), 0.0, std::sin(phi[i]));
-      linear = linear + (tangent * tangential[i] - along(phi[i]) * inward[i]) * model_.length[i];
+      const HxVector tangent(std::cos(phi[0][i]), 0.0, std::sin(phi[0][i]));
+      linear = linear + (tangent * tangential[i] - along(phi[0][i]) * inward[i]) * model_.length[i];
     }
     const HxOrientation& r = state.positionState().coordSystemXform().orientation();
-    return HxGeneralMotion(r.rotate(linear), r.rotate(kJointAxis * tangential[1]));
+    out = HxGeneralMotion(r.rotate(linear), r.rotate(kJointAxis * tangential[1]));
+    return true;
   }
 
   PendulumModel model_;
@@ -327,15 +326,24 @@ bool configureCapture(const HxIndividualManipulator& pendulum, HxSystemDataCaptu
     accepted = capture.addLinkDataCaptureType(m, *token, pendulum) && accepted;
   }
   const unsigned int endEffectors = pendulum.numberOfEndEffectors();
-  for (const HxToken* token : {&sm::HxEndEffectorPlacementDataCaptureTypeToken,
-                               &sm::HxEndEffectorVelocityDataCaptureTypeToken,
-                               &sm::HxEndEffectorAccelerationDataCaptureTypeToken}) {
+  for (const HxToken* token :
+       {&sm::HxEndEffectorPlacementDataCaptureTypeToken, &sm::HxEndEffectorVelocityDataCaptureTypeToken,
+        &sm::HxEndEffectorAccelerationDataCaptureTypeToken}) {
     accepted = capture.addEndEffectorDataCaptureType(m, *token, endEffectors) && accepted;
   }
   // A type with settings of its own goes in as a configured copy: within 2 cm counts as reached.
   HxReachTargetDataCaptureType reachTarget;
   reachTarget.setTranslationTolerance(0.02);
   return capture.addEndEffectorDataCaptureType(m, reachTarget, endEffectors) && accepted;
+}
+
+/// A writer list holding one writer of each class in `Writers`, in that order; the recorder
+/// writes one file per writer, named by the base name and the writer's extension.
+template <class... Writers>
+HxOutputWriterVector writerList() {
+  HxOutputWriterVector writers;
+  (writers.pushBack(Writers()), ...);
+  return writers;
 }
 
 /// The library never reports a file it cannot write, so the host checks first that every
@@ -388,12 +396,8 @@ int main(int argc, char** argv) {
   }
 
   // The five writers, and a check that each one's file can be written.
-  HxOutputWriterVector writers;
-  writers.pushBack(HxTextOutputWriter());
-  writers.pushBack(HxXmlOutputWriter());
-  writers.pushBack(HxMrdOutputWriter());
-  writers.pushBack(HxMatlabOutputWriter());
-  writers.pushBack(HxMathematicaOutputWriter());
+  const HxOutputWriterVector writers = writerList<HxTextOutputWriter, HxXmlOutputWriter, HxMrdOutputWriter,
+                                                  HxMatlabOutputWriter, HxMathematicaOutputWriter>();
   std::string error;
   if (!checkOutputWritable(base, writers, error)) {
     std::fprintf(stderr, "pendulum_host: error: %s\n", error.c_str());

@@ -37,7 +37,7 @@ void loadFreeMotion(double* out, const double motion[6], const double quat[4]) {
 
 }  // namespace
 
-bool HxMujocoKinematics::evaluate(const HxManipulatorActiveState& state, Stage stage) const {
+bool HxMujocoKinematics::evaluate(const State& state, Stage stage) const {
   const mjModel* m = model_.get();
   mjData* d = scratch_.get();
   const HxMujocoManipulatorLayout& layout = *layout_;
@@ -66,42 +66,48 @@ bool HxMujocoKinematics::evaluate(const HxManipulatorActiveState& state, Stage s
     evaluated_ = Stage::Position;
   }
   if (stage == Stage::Position) return true;
-  const double* baseQuat = freeBase ? d->qpos + layout.freeQposAddress + 3 : nullptr;  // normalised
 
-  // Velocities, in the world frame for the base.
-  const auto& velocity = state.velocityState();
-  if (velocity.jointVelocities().size() != n) return false;
-  changed = evaluated_ < Stage::Velocity;
-  for (std::size_t j = 0; j < n; ++j) changed |= store(d->qvel[layout.dofAddresses[j]], velocity.jointVelocities()[j]);
-  if (freeBase) {
-    for (int i = 0; i < 6; ++i) changed |= store(baseVelocity_[i], velocity.baseVelocity()[i]);
-  }
-  if (changed) {
-    if (freeBase) loadFreeMotion(d->qvel + layout.freeDofAddress, baseVelocity_, baseQuat);
-    mj_comVel(m, d);
-    evaluated_ = Stage::Velocity;
+  // Velocities, then accelerations.
+  const HxVelocityState& velocity = state.velocityState();
+  if (!evaluateMotion(Stage::Velocity, velocity.jointVelocities(), velocity.baseVelocity(), baseVelocity_)) {
+    return false;
   }
   if (stage == Stage::Velocity) return true;
+  const HxAccelerationState& acceleration = state.accelerationState();
+  return evaluateMotion(Stage::Acceleration, acceleration.jointAccelerations(), acceleration.baseAcceleration(),
+                        baseAcceleration_);
+}
 
-  // Accelerations, in the same split as the velocities.
-  const auto& acceleration = state.accelerationState();
-  if (acceleration.jointAccelerations().size() != n) return false;
-  changed = evaluated_ < Stage::Acceleration;
-  for (std::size_t j = 0; j < n; ++j) {
-    changed |= store(d->qacc[layout.dofAddresses[j]], acceleration.jointAccelerations()[j]);
-  }
+bool HxMujocoKinematics::evaluateMotion(Stage stage, const std::vector<double>& joints, const HxGeneralMotion& base,
+                                        double held[6]) const {
+  mjData* d = scratch_.get();
+  const HxMujocoManipulatorLayout& layout = *layout_;
+  const std::size_t n = layout.joints.size();
+  const bool freeBase = layout.freeJoint >= 0;
+  if (joints.size() != n) return false;
+
+  // Joints, and the base when it is free, as the caller gave it (world frame).
+  double* const q = stage == Stage::Velocity ? d->qvel : d->qacc;
+  bool changed = evaluated_ < stage;
+  for (std::size_t j = 0; j < n; ++j) changed |= store(q[layout.dofAddresses[j]], joints[j]);
   if (freeBase) {
-    for (int i = 0; i < 6; ++i) changed |= store(baseAcceleration_[i], acceleration.baseAcceleration()[i]);
+    for (int i = 0; i < 6; ++i) changed |= store(held[i], base[i]);
   }
-  if (changed) {
-    if (freeBase) loadFreeMotion(d->qacc + layout.freeDofAddress, baseAcceleration_, baseQuat);
-    mj_rnePostConstraint(m, d);
-    evaluated_ = Stage::Acceleration;
+  if (!changed) return true;
+  if (freeBase) {
+    const double* baseQuat = d->qpos + layout.freeQposAddress + 3;  // normalised
+    loadFreeMotion(q + layout.freeDofAddress, held, baseQuat);
   }
+  if (stage == Stage::Velocity) {
+    mj_comVel(model_.get(), d);
+  } else {
+    mj_rnePostConstraint(model_.get(), d);
+  }
+  evaluated_ = stage;
   return true;
 }
 
-HxBoolean HxMujocoKinematics::endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
+HxBoolean HxMujocoKinematics::endEffectorPlacement(HxU32 endEffector, const State& state,
                                                    HxEndEffectorPlacement& out) const {
   out = HxEndEffectorPlacement();
   if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Position)) return false;
@@ -109,25 +115,26 @@ HxBoolean HxMujocoKinematics::endEffectorPlacement(HxU32 endEffector, const HxMa
   return true;
 }
 
-HxBoolean HxMujocoKinematics::endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                                  HxGeneralMotion& out) const {
-  out = HxGeneralMotion();
-  if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Velocity)) return false;
-  const HxMujocoEndEffectorLayout& e = layout_->endEffectors[endEffector];
-  out = HxMujocoConvert::objectVelocity(model_.get(), scratch_.get(), e.objectType, e.objectId);
-  return true;
+HxBoolean HxMujocoKinematics::endEffectorVelocity(HxU32 endEffector, const State& state, HxGeneralMotion& out) const {
+  return endEffectorMotion(endEffector, state, Stage::Velocity, out);
 }
 
-HxBoolean HxMujocoKinematics::endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
+HxBoolean HxMujocoKinematics::endEffectorAcceleration(HxU32 endEffector, const State& state,
                                                       HxGeneralMotion& out) const {
+  return endEffectorMotion(endEffector, state, Stage::Acceleration, out);
+}
+
+bool HxMujocoKinematics::endEffectorMotion(HxU32 endEffector, const State& state, Stage stage,
+                                           HxGeneralMotion& out) const {
   out = HxGeneralMotion();
-  if (endEffector >= layout_->endEffectors.size() || !evaluate(state, Stage::Acceleration)) return false;
+  if (endEffector >= layout_->endEffectors.size() || !evaluate(state, stage)) return false;
   const HxMujocoEndEffectorLayout& e = layout_->endEffectors[endEffector];
-  out = HxMujocoConvert::objectAcceleration(model_.get(), scratch_.get(), e.objectType, e.objectId);
+  const auto motion = stage == Stage::Velocity ? HxMujocoConvert::objectVelocity : HxMujocoConvert::objectAcceleration;
+  out = motion(model_.get(), scratch_.get(), e.objectType, e.objectId);
   return true;
 }
 
-HxBoolean HxMujocoKinematics::centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const {
+HxBoolean HxMujocoKinematics::centerOfMass(const State& state, HxVector& out) const {
   out = HxVector();
   if (!evaluate(state, Stage::Position)) return false;
   out = HxMujocoConvert::vector(scratch_->subtree_com + 3 * layout_->rootBody);

@@ -3,6 +3,7 @@
 // data. Internal to simulation/mujoco.
 
 #include <memory>
+#include <vector>
 
 #include <mujoco/mujoco.h>
 
@@ -38,13 +39,10 @@ class HxMujocoKinematics : public HxManipulatorKinematics {
   HxMujocoKinematics(const HxMujocoKinematics&) = delete;
   HxMujocoKinematics& operator=(const HxMujocoKinematics&) = delete;
 
-  HxBoolean endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                 HxEndEffectorPlacement& out) const override;
-  HxBoolean endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                HxGeneralMotion& out) const override;
-  HxBoolean endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                    HxGeneralMotion& out) const override;
-  HxBoolean centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const override;
+  HxBoolean endEffectorPlacement(HxU32 endEffector, const State& state, HxEndEffectorPlacement& out) const override;
+  HxBoolean endEffectorVelocity(HxU32 endEffector, const State& state, HxGeneralMotion& out) const override;
+  HxBoolean endEffectorAcceleration(HxU32 endEffector, const State& state, HxGeneralMotion& out) const override;
+  HxBoolean centerOfMass(const State& state, HxVector& out) const override;
 
  private:
   /// Stages of an evaluation, in order; each needs the ones before it.
@@ -52,7 +50,14 @@ class HxMujocoKinematics : public HxManipulatorKinematics {
   /// Makes the scratch data hold `state` evaluated up to `stage`, re-evaluating only the
   /// stages whose inputs changed since the last call; false when the state's sizes do not
   /// match the manipulator (the stages evaluated so far stay valid).
-  bool evaluate(const HxManipulatorActiveState& state, Stage stage) const;
+  bool evaluate(const State& state, Stage stage) const;
+  /// The velocity or the acceleration stage (`stage`) of evaluate(): loads the joint values
+  /// `joints` into qvel or qacc and, for a free base, `base` into `held` (baseVelocity_ or
+  /// baseAcceleration_) and the free joint; the positions must be evaluated.
+  bool evaluateMotion(Stage stage, const std::vector<double>& joints, const HxGeneralMotion& base,
+                      double held[6]) const;
+  /// endEffectorVelocity() (`stage` Velocity) or endEffectorAcceleration() (`stage` Acceleration).
+  bool endEffectorMotion(HxU32 endEffector, const State& state, Stage stage, HxGeneralMotion& out) const;
 
   HxMujocoModelPtr model_;
   std::shared_ptr<const HxMujocoManipulatorLayout> layout_;

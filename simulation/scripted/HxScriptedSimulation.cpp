@@ -11,60 +11,66 @@ std::vector<std::string> numberedLinks(HxU32 joints) {
   return identifiers;
 }
 
+// Sets entry `e` of the answers `held` to `value`; false when there is no such entry.
+template <class Answer>
+HxBoolean setAnswer(std::vector<Answer>& held, HxU32 e, const Answer& value) {
+  if (e >= held.size()) return false;
+  held[e] = value;
+  return true;
+}
+
+// The answer for end effector `e`: what `function` computes from `state` when it is set, else
+// the held one; false with the default answer when `e` is past the held answers.
+template <class Answer, class Function>
+HxBoolean answer(const std::vector<Answer>& held, const Function& function, HxU32 e,
+                 const HxManipulatorActiveState& state, Answer& out) {
+  if (e >= held.size()) {
+    out = Answer();
+    return false;
+  }
+  out = function ? function(e, state) : held[e];
+  return true;
+}
+
+// Sets entry `e` of `entry`, growing it to e + 1 entries first when it is shorter.
+void setGrowing(HxManipulatorEndEffectorPlacement& entry, HxU32 e, const HxEndEffectorPlacement& placement) {
+  std::vector<HxEndEffectorPlacement>& placements = entry.mutablePlacements();
+  if (e >= placements.size()) placements.resize(e + 1);
+  placements[e] = placement;
+}
+
 }  // namespace
 
 HxScriptedKinematics::HxScriptedKinematics(HxU32 endEffectorCount)
     : placements_(endEffectorCount), velocities_(endEffectorCount), accelerations_(endEffectorCount) {}
 
 HxBoolean HxScriptedKinematics::setPlacement(HxU32 e, const HxEndEffectorPlacement& placement) {
-  if (e >= placements_.size()) return false;
-  placements_[e] = placement;
-  return true;
+  return setAnswer(placements_, e, placement);
 }
 
 HxBoolean HxScriptedKinematics::setVelocity(HxU32 e, const HxGeneralMotion& velocity) {
-  if (e >= velocities_.size()) return false;
-  velocities_[e] = velocity;
-  return true;
+  return setAnswer(velocities_, e, velocity);
 }
 
 HxBoolean HxScriptedKinematics::setAcceleration(HxU32 e, const HxGeneralMotion& acceleration) {
-  if (e >= accelerations_.size()) return false;
-  accelerations_[e] = acceleration;
-  return true;
+  return setAnswer(accelerations_, e, acceleration);
 }
 
-HxBoolean HxScriptedKinematics::endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
+HxBoolean HxScriptedKinematics::endEffectorPlacement(HxU32 endEffector, const State& state,
                                                      HxEndEffectorPlacement& out) const {
-  if (endEffector >= placements_.size()) {
-    out = HxEndEffectorPlacement();
-    return false;
-  }
-  out = placementFunction_ ? placementFunction_(endEffector, state) : placements_[endEffector];
-  return true;
+  return answer(placements_, placementFunction_, endEffector, state, out);
 }
 
-HxBoolean HxScriptedKinematics::endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                                    HxGeneralMotion& out) const {
-  if (endEffector >= velocities_.size()) {
-    out = HxGeneralMotion();
-    return false;
-  }
-  out = velocityFunction_ ? velocityFunction_(endEffector, state) : velocities_[endEffector];
-  return true;
+HxBoolean HxScriptedKinematics::endEffectorVelocity(HxU32 endEffector, const State& state, HxGeneralMotion& out) const {
+  return answer(velocities_, velocityFunction_, endEffector, state, out);
 }
 
-HxBoolean HxScriptedKinematics::endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
+HxBoolean HxScriptedKinematics::endEffectorAcceleration(HxU32 endEffector, const State& state,
                                                         HxGeneralMotion& out) const {
-  if (endEffector >= accelerations_.size()) {
-    out = HxGeneralMotion();
-    return false;
-  }
-  out = accelerationFunction_ ? accelerationFunction_(endEffector, state) : accelerations_[endEffector];
-  return true;
+  return answer(accelerations_, accelerationFunction_, endEffector, state, out);
 }
 
-HxBoolean HxScriptedKinematics::centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const {
+HxBoolean HxScriptedKinematics::centerOfMass(const State& state, HxVector& out) const {
   out = centerOfMassFunction_ ? centerOfMassFunction_(state) : centerOfMass_;
   return true;
 }
@@ -144,13 +150,9 @@ HxBoolean HxScriptedSimulation::setEndEffectorAcceleration(HxU32 m, HxU32 e, con
 }
 
 void HxScriptedSimulation::setDesiredPlacement(HxU32 m, HxU32 e, const HxEndEffectorPlacement& placement) {
-  std::vector<HxEndEffectorPlacement>& placements = desiredPlacementEntry(m).mutablePlacements();
-  if (e >= placements.size()) placements.resize(e + 1);
-  placements[e] = placement;
+  setGrowing(desiredPlacementEntry(m), e, placement);
 }
 
 void HxScriptedSimulation::setHeldPlacement(HxU32 m, HxU32 e, const HxEndEffectorPlacement& placement) {
-  std::vector<HxEndEffectorPlacement>& placements = endEffectorPlacementEntry(m).mutablePlacements();
-  if (e >= placements.size()) placements.resize(e + 1);
-  placements[e] = placement;
+  setGrowing(endEffectorPlacementEntry(m), e, placement);
 }

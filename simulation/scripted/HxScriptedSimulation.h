@@ -44,13 +44,10 @@ class HxScriptedKinematics : public HxManipulatorKinematics {
   void setAccelerationFunction(MotionFunction function) { accelerationFunction_ = std::move(function); }
   void setCenterOfMassFunction(CenterOfMassFunction function) { centerOfMassFunction_ = std::move(function); }
 
-  HxBoolean endEffectorPlacement(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                 HxEndEffectorPlacement& out) const override;
-  HxBoolean endEffectorVelocity(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                HxGeneralMotion& out) const override;
-  HxBoolean endEffectorAcceleration(HxU32 endEffector, const HxManipulatorActiveState& state,
-                                    HxGeneralMotion& out) const override;
-  HxBoolean centerOfMass(const HxManipulatorActiveState& state, HxVector& out) const override;
+  HxBoolean endEffectorPlacement(HxU32 endEffector, const State& state, HxEndEffectorPlacement& out) const override;
+  HxBoolean endEffectorVelocity(HxU32 endEffector, const State& state, HxGeneralMotion& out) const override;
+  HxBoolean endEffectorAcceleration(HxU32 endEffector, const State& state, HxGeneralMotion& out) const override;
+  HxBoolean centerOfMass(const State& state, HxVector& out) const override;
   /// The held entry `endEffector` unchanged; false (identity) when it is not below entry.size().
   HxBoolean resolvePlacement(const HxManipulatorEndEffectorPlacement& entry, HxU32 endEffector,
                              const HxPositionState& state, HxEndEffectorPlacement& out) const override;
@@ -108,8 +105,8 @@ class HxScriptedSimulation : public HxSystemSimulation {
   using HxSystemSimulation::mutableIndividualSimulators;
   using HxSystemSimulation::mutableManipulatorControlInputs;
   using HxSystemSimulation::mutableManipulatorExternalForces;
-  using HxSystemSimulation::mutableManipulatorTorques;
   using HxSystemSimulation::mutableManipulators;
+  using HxSystemSimulation::mutableManipulatorTorques;
   using HxSystemSimulation::mutablePropagationResults;
   using HxSystemSimulation::mutableSystemPositionStates;
   using HxSystemSimulation::mutableSystemVelocityStates;
