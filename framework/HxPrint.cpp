@@ -9,11 +9,16 @@ namespace Hx {
 namespace {
 const char* typeName(Print::PrintType type) {
   switch (type) {
-    case Print::Debug: return "Debug";
-    case Print::Info: return "Info";
-    case Print::Notice: return "Notice";
-    case Print::Warning: return "Warning";
-    case Print::Error: return "Error";
+    case Print::Debug:
+      return "Debug";
+    case Print::Info:
+      return "Info";
+    case Print::Notice:
+      return "Notice";
+    case Print::Warning:
+      return "Warning";
+    case Print::Error:
+      return "Error";
   }
   return "Message";
 }
@@ -63,10 +68,14 @@ PrintMessage::PrintMessage(Print& printer, Print::PrintType type, const char* co
 PrintMessage::~PrintMessage() { printer_.deliver(type_, context_, buffer_.str()); }
 
 ScopedPrintCapture::ScopedPrintCapture() {
-  previous_ = Print::instance().setSink([this](Print::PrintType type, const std::string& context, const std::string& text) {
-    records_.push_back(PrintRecord{type, context, text});
-  });
+  previous_ =
+      Print::instance().setSink([this](Print::PrintType type, const std::string& context, const std::string& text) {
+        records_.push_back(PrintRecord{type, context, text});
+      });
 }
+
+ScopedPrintCapture::ScopedPrintCapture(Print::Sink handler)
+    : previous_(Print::instance().setSink(std::move(handler))) {}
 
 ScopedPrintCapture::~ScopedPrintCapture() { Print::instance().setSink(std::move(previous_)); }
 

@@ -90,6 +90,9 @@ struct PrintRecord {
 class ScopedPrintCapture {
  public:
   ScopedPrintCapture();
+  /// Hands every message to `handler` as it arrives instead of keeping it (`records()` stays
+  /// empty): for a host that places or routes each message at the moment it is printed.
+  explicit ScopedPrintCapture(Print::Sink handler);
   ~ScopedPrintCapture();
   ScopedPrintCapture(const ScopedPrintCapture&) = delete;
   ScopedPrintCapture& operator=(const ScopedPrintCapture&) = delete;

@@ -5,8 +5,8 @@
 #   scripts/install-deps.sh        everything: also the tests, benchmarks, API reference and packages
 set -euo pipefail
 
-# Building the libraries and hxrecord.
-run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev)
+# Building the libraries and the tools (CLI11 parses their command lines).
+run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev libcli11-dev)
 # The tests read the recordings with the tools users read them with (Python, GNU Octave,
 # xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian,
 # help2man for the manual pages); clang-format checks the layout of the C++ files.

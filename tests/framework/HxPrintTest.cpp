@@ -12,8 +12,8 @@ void reportBadIndex(unsigned int index) {
   Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__) << "bad index (" << index << ")\n";
 }
 
-// A message reaches the innermost capture once its stream object is gone, with type, context
-// and text; leaving a capture restores the previous sink, finally the default
+// A message reaches the innermost capture (or its handler) once its stream object is gone, with
+// type, context and text; leaving a capture restores the previous sink, finally the default
 // "[type] context: text" on standard error (a line end added where missing); setSink hands back
 // the sink it replaces.
 TEST(HxPrint, SinksReceiveWholeMessagesWithTypeAndContext) {
@@ -34,6 +34,15 @@ TEST(HxPrint, SinksReceiveWholeMessagesWithTypeAndContext) {
       EXPECT_EQ(inner.text(), "pieces 1 2.5bad index (1234567)\n");
       inner.clear();
       EXPECT_TRUE(inner.records().empty());
+    }
+    {
+      std::string routed;
+      Hx::ScopedPrintCapture handler([&routed](Hx::Print::PrintType type, const std::string&, const std::string& text) {
+        routed += std::to_string(type) + " " + text;
+      });
+      reportBadIndex(5);
+      EXPECT_EQ(routed, "4 bad index (5)\n");
+      EXPECT_TRUE(handler.records().empty());
     }
     reportBadIndex(2);
     EXPECT_EQ(outer.text(), "bad index (2)\n");

@@ -9,12 +9,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/tools/HxRecordTestSupport.h"
+#include "tests/support/HxScopedTempDir.h"
+#include "tests/tools/HxToolsTestSupport.h"
 #include "tools/lib/HxMrdFile.h"
 
 namespace {
 
-using namespace HxRecordTest;
+using HxToolsTest::RunResult;
 
 std::string bigEndian(float value) {
   std::uint32_t bits = 0;
@@ -36,12 +37,6 @@ std::string mrd(const std::string& header, const std::vector<std::string>& label
   bytes += "\n\n\n";
   for (const float v : values) bytes += bigEndian(v);
   return bytes;
-}
-
-bool parse(const std::string& bytes, HxU32 valuesPerSample, HxMrdFile& file, std::string& error) {
-  HxMrdLoadOptions options;
-  options.valuesPerSample = valuesPerSample;
-  return hxParseMrd(bytes, options, file, error);
 }
 
 // Where header and data disagree, the values per sample and the sample count are recovered and
@@ -91,7 +86,7 @@ TEST(HxMrdFile, RecoversCountsAndSaysHow) {
   for (const Case& c : cases) {
     HxMrdFile file;
     std::string error;
-    ASSERT_TRUE(parse(c.bytes, c.option, file, error)) << error;
+    ASSERT_TRUE(hxParseMrd(c.bytes, HxMrdLoadOptions{c.option}, file, error)) << error;
     EXPECT_EQ(file.valuesPerSample, c.valuesPerSample);
     EXPECT_EQ(file.sampleCount, c.samples);
     EXPECT_EQ(file.warnings, c.warnings);
@@ -132,30 +127,14 @@ TEST(HxMrdFile, RefusesWhatCannotBeRecovered) {
   for (const Case& c : cases) {
     HxMrdFile file;
     std::string error;
-    EXPECT_FALSE(parse(c.bytes, c.option, file, error)) << c.error;
+    EXPECT_FALSE(hxParseMrd(c.bytes, HxMrdLoadOptions{c.option}, file, error)) << c.error;
     EXPECT_EQ(error, c.error);
   }
 }
 
-const std::string kDirectory = scratchDirectory("hxmrd");
-
-// Writes `bytes` into this run's directory; returns the file's path.
-std::string put(const std::string& name, const std::string& bytes) {
-  writeFile(kDirectory + name, bytes);
-  return kDirectory + name;
-}
-
-// Runs hxmrd with `arguments` (separated by blanks).
-RunResult hxmrd(const std::string& arguments) {
-  std::vector<std::string> words;
-  std::istringstream in(arguments);
-  for (std::string word; in >> word;) words.push_back(word);
-#ifndef HX_HXMRD_PATH
-  ADD_FAILURE() << "hxmrd was not built (HX_BUILD_TOOLS is off)";
-  return {};
-#else
-  return run(HX_HXMRD_PATH, words, kDirectory);
-#endif
+// Runs hxmrd in `directory` with `arguments` (separated by blanks).
+RunResult hxmrd(const HxScopedTempDir& directory, const std::string& arguments) {
+  return HxToolsTest::run(HX_HXMRD_PATH, HxToolsTest::words(arguments), directory.path().string());
 }
 
 // Each invocation's status, standard output and standard error, exactly: the header fields as
@@ -164,13 +143,15 @@ RunResult hxmrd(const std::string& arguments) {
 // standard error naming the file, the labels without a column listed; a file that cannot be read
 // or recovered gives the loader's sentence and status 1; a usage error status 2.
 TEST(HxMrdTool, EveryInvocation) {
+  const HxScopedTempDir directory("hxmrd");
+  auto put = [&directory](const std::string& name, const std::string& bytes) { return directory.write(name, bytes); };
   const std::string run = put("run.mrd", mrd("6\t3\t2\t1000", {"Time", "Point_Path_Index", "x"},
                                              {fromBits(0x0A0A0A0Au), 0, 0.1f, 0.5f, 2, fromBits(0x3F0A0A0Au)}));
   const std::string unfinished =
       put("unfinished.mrd", mrd("", {"Time", "Point_Path_Index", "a", ""}, {0, 0, 1, 0.5f, 1, 2}));
   const std::string truncated = put("truncated.mrd", std::string(80, ' ') + "\nTime  -  Point_Pa");
   const std::string noLayout = put("nolayout.mrd", mrd("", {"Time", "Point_Path_Index", "a"}, {0, 0, 1, 2, 3}));
-  const std::string missing = kDirectory + "missing.mrd";
+  const std::string missing = directory.file("missing.mrd");
   const std::string csv = "Time,Point_Path_Index,x\n6.6463464e-33,0,0.1\n0.5,2,0.5392157\n";
   const std::string runHeader = "# file: " + run +
                                 "\n# total values: 6\n# channels: 3\n# samples: 2\n# fourth value: 1000\n"
@@ -200,18 +181,18 @@ TEST(HxMrdTool, EveryInvocation) {
       {noLayout + " " + truncated, {2, "", "hxmrd: one MRD file at a time" + tryHelp}},
   };
   for (const auto& [arguments, expected] : cases) {
-    const RunResult r = hxmrd(arguments);
+    const RunResult r = hxmrd(directory, arguments);
     EXPECT_EQ(r.exitCode, expected.exitCode) << arguments;
     EXPECT_EQ(r.out, expected.out) << arguments;
     EXPECT_EQ(r.err, expected.err) << arguments;
   }
-  // -o writes the output to a file; --channels rescues a size no layout fits.
-  const std::string written = kDirectory + "copy.csv";
-  EXPECT_EQ(hxmrd("--csv -o " + written + " " + run).exitCode, 0);
-  EXPECT_EQ(readFile(written), csv);
-  EXPECT_EQ(hxmrd(noLayout).exitCode, 1);
-  EXPECT_EQ(hxmrd("--channels 5 " + noLayout).exitCode, 0);
-  const RunResult help = hxmrd("--help");
+  // -o writes the output to a file; --channels (also as --channels=N) rescues a size no layout fits.
+  const std::string written = directory.file("copy.csv");
+  EXPECT_EQ(hxmrd(directory, "--csv -o " + written + " " + run).exitCode, 0);
+  EXPECT_EQ(HxToolsTest::readFile(written), csv);
+  EXPECT_EQ(hxmrd(directory, noLayout).exitCode, 1);
+  EXPECT_EQ(hxmrd(directory, "--csv --channels=5 " + noLayout).out, "Time,Point_Path_Index,a,,\n0,0,1,2,3\n");
+  const RunResult help = hxmrd(directory, "--help");
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.out.find("Values per sample are found in this order"), std::string::npos);
 }

@@ -1,8 +1,9 @@
 // hxrecord as a program: options, every failure's message and exit status, the default
-// recording, and the built-in scene being the example files.
+// recording (the example files), the progress bar, warnings and the summary.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <ostream>
 #include <sstream>
@@ -12,25 +13,45 @@
 #include <vector>
 
 #include "tests/support/HxAllocationCounter.h"
-#include "tests/tools/HxRecordTestSupport.h"
+#include "tests/support/HxScopedTempDir.h"
+#include "tests/tools/HxToolsTestSupport.h"
 #include "tools/lib/HxRecord.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace HxRecordTest;
+using HxToolsTest::readFile;
+using HxToolsTest::RunResult;
 
-RunResult hxrecord(const std::vector<std::string>& arguments, const std::string& directory) {
-  return run(HX_RECORD_BINARY, arguments, directory);
+RunResult hxrecord(const std::vector<std::string>& arguments, const HxScopedTempDir& directory) {
+  return HxToolsTest::run(HX_RECORD_BINARY, arguments, directory.path().string());
 }
 
-// Options parse into their fields, in both "--name value" and "--name=value" form.
+// The example files, the default scene's source.
+std::string examplePath(const std::string& file) { return std::string(HX_SOURCE_DIR) + "/examples/" + file; }
+
+// Field `n` of every data line of the CSV recording `path`.
+std::vector<std::string> csvColumn(const std::string& path, int n) {
+  std::istringstream csv(readFile(path));
+  std::vector<std::string> values;
+  std::string line, field;
+  for (std::getline(csv, line); std::getline(csv, line);) {
+    std::istringstream fields(line);
+    for (int i = 0; i <= n; ++i) std::getline(fields, field, ',');
+    values.push_back(field);
+  }
+  return values;
+}
+
+// Options parse into their fields, in both "--name value" and "--name=value" form; the last
+// value given counts.
 TEST(HxRecordOptionsTest, ParsesEveryOption) {
   HxRecordOptions o;
   std::string error;
-  ASSERT_TRUE(hxParseRecordOptions({"-m", "a.xml", "--capture=c.xml", "-w", "w.xml", "-d", "2.5", "--sample-interval",
-                                    "0.004", "-o", "out/run", "--mode", "kinematic", "--dwell=0", "-q"},
-                                   o, error))
+  ASSERT_TRUE(
+      hxParseRecordOptions({"--duration=9", "-m", "a.xml", "--capture=c.xml", "-w", "w.xml", "-d", "2.5",
+                            "--sample-interval", "0.004", "-o", "out/run", "--mode", "kinematic", "--dwell=0", "-q"},
+                           o, error))
       << error;
   EXPECT_EQ(std::tie(o.modelFile, o.captureFile, o.writersFile, o.outputBase),
             std::make_tuple("a.xml", "c.xml", "w.xml", "out/run"));
@@ -75,7 +96,7 @@ class HxRecordFailureTest : public ::testing::TestWithParam<FailureCase> {};
 // Every failure prints its message and exits with its own status before anything is recorded.
 TEST_P(HxRecordFailureTest, PrintsItsMessageAndExitStatus) {
   const FailureCase& failure = GetParam();
-  const std::string directory = scratchDirectory(std::string("failure_") + failure.name);
+  const HxScopedTempDir directory("hxrecord");
   const std::pair<const char*, std::string> files[] = {
       {"broken_model.xml", "<mujoco><worldbody><body></mujoco>"},
       {"no_joint.xml", "<mujoco><worldbody><body name=\"b\"><geom size=\"0.1\"/></body></worldbody></mujoco>"},
@@ -90,18 +111,15 @@ TEST_P(HxRecordFailureTest, PrintsItsMessageAndExitStatus) {
       {"twice.xml", "<sm:outputWriterVector " + kSm +
                         " count=\"2\"><sm:mrdOutputWriter/><sm:mrdOutputWriter/></sm:outputWriterVector>\n"},
       {"a_file", ""}};
-  for (const auto& [name, text] : files) ASSERT_TRUE(writeFile(directory + name, text)) << name;
-  fs::create_directories(directory + "taken/run.csv");
+  for (const auto& [name, text] : files) directory.write(name, text);
+  fs::create_directories(directory.file("taken/run.csv"));
 
-  std::vector<std::string> arguments;
-  std::istringstream words(failure.arguments);
-  for (std::string word; words >> word;) arguments.push_back(word);
-  const RunResult run = hxrecord(arguments, directory);
+  const RunResult run = hxrecord(HxToolsTest::words(failure.arguments), directory);
   EXPECT_EQ(run.exitCode, failure.exitCode) << run.err;
   const std::string expected = "hxrecord: error: " + failure.message;
   EXPECT_EQ(failure.message.back() == '\n' ? run.err : run.err.substr(0, expected.size()), expected);
   EXPECT_EQ(run.out, "");
-  EXPECT_FALSE(fs::exists(directory + "hxrecord-out/recording.csv"));
+  EXPECT_FALSE(fs::exists(directory.file("hxrecord-out/recording.csv")));
 }
 
 const std::string kTry = "\nTry 'hxrecord --help'.\n";
@@ -112,6 +130,7 @@ const std::string kScene = "the model 'built-in examples/models/two_arms_table.x
 const std::vector<FailureCase> kFailures = {
     // Options.
     {"UnknownOption", "--bogus", 2, "unknown option '--bogus'" + kTry},
+    {"UnknownOptionWithValue", "--bogus=1", 2, "unknown option '--bogus'" + kTry},
     {"Positional", "scene.xml", 2, "unexpected argument 'scene.xml'" + kTry},
     {"MissingValue", "--duration", 2, "option '--duration' needs a value" + kTry},
     {"MissingShortValue", "-o", 2, "option '-o' needs a value" + kTry},
@@ -167,80 +186,96 @@ INSTANTIATE_TEST_SUITE_P(EveryFailure, HxRecordFailureTest, ::testing::ValuesIn(
                          [](const auto& failure) { return std::string(failure.param.name); });
 
 // With no argument the built-in scene is recorded into ./hxrecord-out/ in all five formats, the
-// summary naming every file with its size; the example files give the very same bytes; --help
-// prints the usage and records nothing.
+// summary naming every file with its size; the example files give the very same bytes; the
+// path-point index runs through the scene's four path points; --help prints the usage and
+// records nothing.
 TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
-  const std::string directory = scratchDirectory("default");
+  const HxScopedTempDir directory("hxrecord");
   const RunResult run = hxrecord({}, directory);
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_EQ(run.err, "");  // no progress bar when standard error is not a terminal
   // 8 s at 0.01 s, sample 0 included; 2 + 2 x 215 columns.
   EXPECT_EQ(run.out.rfind("Recorded 801 samples of 432 columns: 8 s of simulated time, dynamic mode, one sample every "
                           "0.01 s.\nFiles in " +
-                              fs::canonical(directory + "hxrecord-out").string() + ":\n",
+                              fs::canonical(directory.file("hxrecord-out")).string() + ":\n",
                           0),
             0u)
       << run.out;
   EXPECT_NE(run.out.find("simulated/wall time ratio "), std::string::npos);
   const RunResult files =
-      hxrecord({"-q", "-o", "files/run", "--model", defaultModelPath(), "--capture",
+      hxrecord({"-q", "-o", "files/run", "--model", examplePath("models/two_arms_table.xml"), "--capture",
                 examplePath("config/default_capture.xml"), "--writers", examplePath("config/default_writers.xml")},
                directory);
   ASSERT_EQ(files.exitCode, 0) << files.err;
   for (const char* extension : {".csv", ".xml", ".mrd", ".m", ".nb"}) {
     const std::string file = std::string("hxrecord-out/recording") + extension;
-    const std::string bytes = readFile(directory + file);
+    const std::string bytes = readFile(directory.file(file));
     EXPECT_GT(bytes.size(), 100000u) << file;
     EXPECT_NE(run.out.find("  " + file + " "), std::string::npos) << run.out;
     EXPECT_NE(run.out.find(std::to_string(bytes.size()) + " bytes"), std::string::npos) << file;
-    EXPECT_TRUE(bytes == readFile(directory + "files/run" + extension)) << extension << " differs";
+    EXPECT_TRUE(bytes == readFile(directory.file("files/run") + extension)) << extension << " differs";
   }
-  Csv csv;
-  ASSERT_TRUE(readCsv(directory + "hxrecord-out/recording.csv", csv));
-  EXPECT_EQ(csv.labels.size(), 432u);
-  EXPECT_EQ(csv.rows.size(), 801u);
+  std::vector<std::string> indices = csvColumn(directory.file("hxrecord-out/recording.csv"), 1);
+  EXPECT_EQ(indices.size(), 801u);
+  indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
+  EXPECT_EQ(indices, (std::vector<std::string>{"0", "1", "2", "3"}));
 
-  const std::string helpDirectory = scratchDirectory("help");
+  const HxScopedTempDir helpDirectory("hxrecord");
   const RunResult help = hxrecord({"--help"}, helpDirectory);
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_EQ(help.out, hxRecordUsage());
   EXPECT_EQ(help.err, "");
-  EXPECT_FALSE(fs::exists(helpDirectory + "hxrecord-out"));
+  EXPECT_FALSE(fs::exists(helpDirectory.file("hxrecord-out")));
 }
 
-// On a terminal a progress bar is drawn, ends at 100 % and is wiped before the summary; quiet
-// prints nothing but warnings, even on a terminal: a sample interval that is not a whole number
-// of timesteps is rounded, with a warning.
+// On a terminal a progress bar is drawn, ends at 100 % and is wiped before the summary, which
+// gives the columns of a data line (a disabled column is none) and the mode the engine ran in;
+// quiet prints nothing but warnings, even on a terminal: a sample interval that is not a whole
+// number of timesteps is rounded, with a warning, and samples are taken at time 0 and every
+// rounded interval.
 TEST(HxRecordProgramTest, ProgressBarWarningsAndQuiet) {
-  const std::string directory = scratchDirectory("progress");
-  const std::string writers = textWriterOnly(directory);
+  const HxScopedTempDir directory("hxrecord");
+  const std::string writers = directory.write(
+      "writers.xml", "<sm:outputWriterVector " + kSm + " count=\"1\"><sm:textOutputWriter/></sm:outputWriterVector>\n");
+  const std::string capture = directory.write(
+      "capture.xml", captureOf("1",
+                               "<sm:dataCaptureTypeVector count=\"1\"><sm:centerOfMassDataCaptureType>"
+                               "<sm:disableFlags count=\"3\"><group>false true false</group></sm:disableFlags>"
+                               "</sm:centerOfMassDataCaptureType></sm:dataCaptureTypeVector>\n"));
   std::ostringstream out, err;
-  EXPECT_EQ(hxRecordMain({"-d", "0.5", "-o", directory + "run", "-w", writers}, out, err, true), 0) << err.str();
+  EXPECT_EQ(
+      hxRecordMain({"-d", "0.5", "--mode", "kinematic", "-o", directory.file("run"), "-w", writers, "-c", capture}, out,
+                   err, true),
+      0)
+      << err.str();
   EXPECT_EQ(err.str().rfind("\rhxrecord [", 0), 0u);
   EXPECT_NE(err.str().find("########################################] 100%  0.50 / 0.5 s"), std::string::npos)
       << err.str();
   EXPECT_EQ(err.str().back(), '\r');
-  EXPECT_EQ(out.str().rfind("Recorded 51 samples of 432 columns", 0), 0u) << out.str();
+  EXPECT_EQ(out.str().rfind("Recorded 51 samples of 4 columns: 0.5 s of simulated time, kinematic mode", 0), 0u)
+      << out.str();
 
   std::ostringstream quietOut, quietErr;
-  EXPECT_EQ(hxRecordMain({"-q", "-d", "0.1", "-s", "0.005", "-o", directory + "run", "-w", writers}, quietOut,
+  EXPECT_EQ(hxRecordMain({"-q", "-d", "0.1", "-s", "0.005", "-o", directory.file("run"), "-w", writers}, quietOut,
                          quietErr, true),
             0);
   EXPECT_EQ(quietErr.str() + quietOut.str(),
             "hxrecord: warning: sample interval 0.005 s rounded to 0.006 s (3 timestep(s) of 0.002 s)\n");
-  Csv csv;
-  ASSERT_TRUE(readCsv(directory + "run.csv", csv));
-  ASSERT_EQ(csv.rows.size(), 17u);  // 50 steps: samples at steps 0, 3, ..., 48
-  EXPECT_NEAR(csv.rows[1][0], 0.006, 1e-12);
-  EXPECT_NEAR(csv.rows.back()[0], 0.096, 1e-12);
+  // 50 steps: samples at steps 0, 3, ..., 48.
+  const std::vector<std::string> times = csvColumn(directory.file("run.csv"), 0);
+  ASSERT_EQ(times.size(), 17u);
+  EXPECT_EQ(times[0], "0");
+  EXPECT_NEAR(std::stod(times[1]), 0.006, 1e-12);
+  EXPECT_NEAR(std::stod(times.back()), 0.096, 1e-12);
 }
 
 // Once the files are under way, stepping, capturing and saving a sample into all five formats
 // allocates nothing: from the first sample to the last there is no allocation.
 TEST(HxRecordSessionTest, SamplesDoNotAllocate) {
+  const HxScopedTempDir directory("hxrecord");
   HxRecordOptions options;
   options.duration = 1.0;
-  options.outputBase = scratchDirectory("allocations") + "run";
+  options.outputBase = directory.file("run");
   HxRecordSession session(options);
   ASSERT_EQ(session.prepare(), HxRecordStatus::Success);
   HxAllocationCounter counter;

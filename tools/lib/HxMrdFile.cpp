@@ -70,8 +70,8 @@ void decodeValues(const char* data, std::size_t count, std::vector<float>& value
   values.resize(count);
   for (std::size_t i = 0; i < count; ++i) {
     const auto* b = reinterpret_cast<const unsigned char*>(data + 4 * i);
-    const std::uint32_t bits = (std::uint32_t{b[0]} << 24) | (std::uint32_t{b[1]} << 16) |
-                               (std::uint32_t{b[2]} << 8) | std::uint32_t{b[3]};
+    const std::uint32_t bits =
+        (std::uint32_t{b[0]} << 24) | (std::uint32_t{b[1]} << 16) | (std::uint32_t{b[2]} << 8) | std::uint32_t{b[3]};
     std::memcpy(&values[i], &bits, sizeof bits);
   }
 }
@@ -201,11 +201,11 @@ HxBoolean hxParseMrd(const std::string& bytes, const HxMrdLoadOptions& options, 
     // A finished file whose channel count (one per label) exceeds what each sample holds:
     // columns were disabled.
     valuesPerSample = static_cast<HxU32>(total / header.samples);
-    file.warnings.push_back("header gives " + std::to_string(header.channels) + " channels but each of the " +
-                            std::to_string(header.samples) + " samples holds " + std::to_string(valuesPerSample) +
-                            " values; " +
-                            (valuesPerSample < labels ? columnlessLabels(labels - valuesPerSample) + " (columns disabled)"
-                                                      : std::string("the extra columns have no label")));
+    file.warnings.push_back(
+        "header gives " + std::to_string(header.channels) + " channels but each of the " +
+        std::to_string(header.samples) + " samples holds " + std::to_string(valuesPerSample) + " values; " +
+        (valuesPerSample < labels ? columnlessLabels(labels - valuesPerSample) + " (columns disabled)"
+                                  : std::string("the extra columns have no label")));
   } else {
     if (header.blank) {
       file.warnings.push_back("header is blank (the recording was never finished); counts recovered from the file");
@@ -237,8 +237,7 @@ HxBoolean hxParseMrd(const std::string& bytes, const HxMrdLoadOptions& options, 
   return true;
 }
 
-HxBoolean hxLoadMrdFile(const std::string& path, const HxMrdLoadOptions& options, HxMrdFile& file,
-                        std::string& error) {
+HxBoolean hxLoadMrdFile(const std::string& path, const HxMrdLoadOptions& options, HxMrdFile& file, std::string& error) {
   std::ifstream stream(path, std::ios::binary);
   if (!stream) {
     error = "cannot open " + quoted(path);

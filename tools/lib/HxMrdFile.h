@@ -68,5 +68,4 @@ HxBoolean hxParseMrd(const std::string& bytes, const HxMrdLoadOptions& options, 
 
 /// Reads the file at `path` and parses it with `hxParseMrd`. Returns false, with `error` set,
 /// when the file cannot be read or parsed.
-HxBoolean hxLoadMrdFile(const std::string& path, const HxMrdLoadOptions& options, HxMrdFile& file,
-                        std::string& error);
+HxBoolean hxLoadMrdFile(const std::string& path, const HxMrdLoadOptions& options, HxMrdFile& file, std::string& error);

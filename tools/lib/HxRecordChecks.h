@@ -1,0 +1,23 @@
+#pragma once
+// The checks hxrecord makes before it records: the capture against the model, the output
+// location against the writers.
+
+#include <string>
+#include <vector>
+
+#include "analysis/capture/HxSystemDataCapture.h"
+#include "analysis/writers/HxOutputWriterVector.h"
+#include "framework/HxTypes.h"
+#include "simulation/mujoco/HxMujocoSimulation.h"
+
+/// Checks that every manipulator, link and end effector that `capture` names exists in the
+/// loaded `simulation`. Returns one message per missing item (empty when all exist);
+/// `captureName` and `modelName` name the files in the messages.
+std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& capture,
+                                                    const HxMujocoSimulation& simulation,
+                                                    const std::string& captureName, const std::string& modelName);
+
+/// Makes sure every file `outputBase` + extension of `writers` can be written: creates the
+/// output directory when it is missing and opens each file for appending (removing those that
+/// did not exist before). Returns false with a message in `error` otherwise.
+HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers, std::string& error);

@@ -1,0 +1,252 @@
+// HxRecordSession: loading, checking and recording one hxrecord scene.
+
+#include "tools/lib/HxRecordSession.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "analysis/storage/HxSystemDataStorage.h"
+#include "analysis/storage/HxSystemStoredData.h"
+#include "analysis/xml/HxSimAnalysisTokens.h"
+#include "framework/HxPrint.h"
+#include "tools/lib/HxRecordChecks.h"
+#include "tools/lib/HxRecordConfiguration.h"
+#include "tools/lib/HxRecordDefaultScene.h"
+#include "tools/lib/HxRecordText.h"
+
+namespace {
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+
+namespace fs = std::filesystem;
+
+// The library's warnings and errors of `messages`, one line each, go to `warnings`.
+void keepWarnings(const Hx::ScopedPrintCapture& messages, std::vector<std::string>& warnings) {
+  for (const Hx::PrintRecord& message : messages.records()) {
+    if (message.type >= Hx::Print::Warning) warnings.push_back(hxOneLine(message.text));
+  }
+}
+}  // namespace
+
+HxRecordSession::HxRecordSession(HxRecordOptions options)
+    : options_(std::move(options)), simulation_(std::make_unique<HxMujocoSimulation>()) {}
+
+HxRecordSession::~HxRecordSession() = default;
+
+HxRecordStatus HxRecordSession::fail(HxRecordStatus status, const std::string& message) {
+  errors_.push_back(message);
+  return status;
+}
+
+HxRecordStatus HxRecordSession::prepare() {
+  prepared_ = false;
+  errors_.clear();
+  warnings_.clear();
+  HxRecordStatus status = loadModel();
+  if (status != HxRecordStatus::Success) return status;
+  status = loadConfigurations();
+  if (status != HxRecordStatus::Success) return status;
+  status = checkTiming();
+  if (status != HxRecordStatus::Success) return status;
+
+  // Everything the capture names must exist in the model before anything is recorded.
+  const std::vector<std::string> problems =
+      hxCheckCaptureAgainstModel(capture_, *simulation_, captureName_, modelName_);
+  if (!problems.empty()) {
+    errors_.insert(errors_.end(), problems.begin(), problems.end());
+    return HxRecordStatus::ConfigurationMismatch;
+  }
+  // The library itself stays silent about files it cannot write: check them first.
+  std::string error;
+  if (!hxCheckOutputWritable(options_.outputBase, writers_, error)) return fail(HxRecordStatus::OutputError, error);
+  prepared_ = true;
+  return HxRecordStatus::Success;
+}
+
+HxRecordStatus HxRecordSession::loadModel() {
+  Hx::ScopedPrintCapture messages;
+  HxBoolean loaded = false;
+  if (options_.modelFile.empty()) {
+    modelName_ = std::string("built-in ") + hxRecordDefaultModel().path;
+    loaded = simulation_->loadString(hxRecordDefaultModel().text, options_.mode);
+  } else {
+    modelName_ = options_.modelFile;
+    std::error_code code;
+    if (!fs::exists(options_.modelFile, code)) {
+      return fail(HxRecordStatus::ModelError, "model file '" + options_.modelFile + "' does not exist");
+    }
+    if (!fs::is_regular_file(options_.modelFile, code)) {
+      return fail(HxRecordStatus::ModelError, "model file '" + options_.modelFile + "' is not a regular file");
+    }
+    loaded = simulation_->loadFile(options_.modelFile, options_.mode);
+  }
+  if (!loaded) {
+    return fail(HxRecordStatus::ModelError, simulation_->lastError().empty() ? "cannot load model '" + modelName_ + "'"
+                                                                             : hxOneLine(simulation_->lastError()));
+  }
+  keepWarnings(messages, warnings_);
+  if (simulation_->numberOfManipulators() == 0) {
+    return fail(HxRecordStatus::ModelError, "model '" + modelName_ +
+                                                "' holds no manipulator: no tree under the world body carries a "
+                                                "hinge or slide joint");
+  }
+  simulation_->setDwellTime(options_.dwellTime);
+  return HxRecordStatus::Success;
+}
+
+HxRecordStatus HxRecordSession::loadConfigurations() {
+  struct Document {
+    const std::string& file;
+    const HxRecordEmbeddedFile& builtIn;
+    const char* what;
+    HxXmlObject& root;
+    const HxToken& rootToken;
+    std::string& name;
+  };
+  const Document documents[] = {
+      {options_.captureFile, hxRecordDefaultCapture(), "capture configuration", capture_,
+       HxSimAnalysis::HxGeneralCaptureToken, captureName_},
+      {options_.writersFile, hxRecordDefaultWriters(), "writer list", writers_,
+       HxSimAnalysis::HxOutputWriterVectorToken, writersName_},
+  };
+  for (const Document& document : documents) {
+    std::vector<std::string> errors;
+    HxBoolean read = false;
+    if (document.file.empty()) {
+      document.name = document.builtIn.path;
+      read = hxReadConfiguration(document.name, &document.builtIn.text, document.rootToken, document.root, errors,
+                                 warnings_);
+    } else {
+      document.name = document.file;
+      std::error_code code;
+      if (!fs::is_regular_file(document.file, code)) {
+        return fail(HxRecordStatus::ConfigurationError,
+                    std::string(document.what) + " file '" + document.file + "' " +
+                        (fs::exists(document.file, code) ? "is not a regular file" : "does not exist"));
+      }
+      read = hxReadConfiguration(document.file, nullptr, document.rootToken, document.root, errors, warnings_);
+    }
+    if (!read) {
+      for (const std::string& error : errors) errors_.push_back("invalid " + std::string(document.what) + ": " + error);
+      return HxRecordStatus::ConfigurationError;
+    }
+  }
+  if (writers_.size() == 0) {
+    return fail(HxRecordStatus::ConfigurationError,
+                "writer list '" + writersName_ + "' holds no writer: nothing would be recorded");
+  }
+  if (capture_.manipulatorDataCaptureVector().size() == 0) {
+    warnings_.push_back("capture configuration '" + captureName_ +
+                        "' captures nothing: only time and path-point index are recorded");
+  }
+  return HxRecordStatus::Success;
+}
+
+HxRecordStatus HxRecordSession::checkTiming() {
+  const double timestep = simulation_->timestep();
+  const double steps = std::round(options_.duration / timestep);
+  if (steps < 1.0) {
+    return fail(HxRecordStatus::BadOption, "duration " + hxSecondsText(options_.duration) +
+                                               " s is shorter than the model's timestep (" + hxSecondsText(timestep) +
+                                               " s)");
+  }
+  if (steps > static_cast<double>(std::numeric_limits<HxU32>::max())) {
+    return fail(HxRecordStatus::BadOption, "duration " + hxSecondsText(options_.duration) +
+                                               " s is too long for a timestep of " + hxSecondsText(timestep) + " s");
+  }
+  const double stride = std::max(1.0, std::round(options_.sampleInterval / timestep));
+  if (options_.sampleInterval < timestep * (1.0 - 1e-9)) {
+    return fail(HxRecordStatus::BadOption, "sample interval " + hxSecondsText(options_.sampleInterval) +
+                                               " s is shorter than the model's timestep (" + hxSecondsText(timestep) +
+                                               " s)");
+  }
+  totalSteps_ = static_cast<HxU32>(steps);
+  stepsPerSample_ = static_cast<HxU32>(std::min(stride, steps));
+  const double used = stepsPerSample_ * timestep;
+  if (std::fabs(used - options_.sampleInterval) > 1e-9 * options_.sampleInterval) {
+    warnings_.push_back("sample interval " + hxSecondsText(options_.sampleInterval) + " s rounded to " +
+                        hxSecondsText(used) + " s (" + std::to_string(stepsPerSample_) + " timestep(s) of " +
+                        hxSecondsText(timestep) + " s)");
+  }
+  return HxRecordStatus::Success;
+}
+
+HxU32 HxRecordSession::systemPathPointIndex() const {
+  HxU32 index = std::numeric_limits<HxU32>::max();
+  for (HxU32 m = 0; m < simulation_->numberOfManipulators(); ++m) {
+    if (!simulation_->pathPoints(m).empty()) index = std::min(index, simulation_->pathPointIndex(m));
+  }
+  return index == std::numeric_limits<HxU32>::max() ? 0 : index;
+}
+
+HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, const ProgressObserver& progressObserver) {
+  if (!prepared_) return fail(HxRecordStatus::SimulationFailed, "nothing to record: the session is not prepared");
+  HxMujocoSimulation& simulation = *simulation_;
+  Hx::ScopedPrintCapture messages;
+  HxSystemStoredData recorder;
+  recorder.setOutputWriterVector(writers_);
+  recorder.allocateStorage(capture_);
+  recorder.beginSaveToFile(options_.outputBase);
+
+  const double total = totalSteps_ * simulation.timestep();
+  HxU32 samples = 0;
+  auto takeSample = [&]() {
+    capture_.captureData(simulation);
+    recorder.saveCapturedData(simulation.time(), systemPathPointIndex(), capture_);
+    if (sampleObserver) sampleObserver(samples, simulation);
+    ++samples;
+    if (progressObserver) progressObserver(simulation.time(), total);
+  };
+
+  // A sample at the start, then one every stepsPerSample_ steps.
+  HxRecordStatus status = HxRecordStatus::Success;
+  const auto start = std::chrono::steady_clock::now();
+  takeSample();
+  for (HxU32 step = 1; step <= totalSteps_; ++step) {
+    if (!simulation.step()) {
+      status = fail(HxRecordStatus::SimulationFailed,
+                    "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
+                        (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
+                        "; the files hold the samples before it");
+      break;
+    }
+    if (step % stepsPerSample_ == 0) takeSample();
+  }
+  recorder.finishSaveToFile();
+  const auto end = std::chrono::steady_clock::now();
+  keepWarnings(messages, warnings_);
+  return summarize(status, samples, std::chrono::duration<double>(end - start).count());
+}
+
+HxRecordStatus HxRecordSession::summarize(HxRecordStatus status, HxU32 samples, double wallTime) {
+  summary_ = HxRecordSummary();
+  summary_.samples = samples;
+  // The columns of a data line are the sample record's elements, as the library shapes it.
+  HxSystemDataStorage record;
+  capture_.allocateStorage(record);
+  summary_.columns = record.elementSize();
+  summary_.simulatedTime = simulation_->time();
+  summary_.wallTime = wallTime;
+  summary_.sampleInterval = stepsPerSample_ * simulation_->timestep();
+  summary_.mode = simulation_->mode();
+  // Every file must have been written after all.
+  for (HxU32 i = 0; i < writers_.size(); ++i) {
+    HxRecordSummary::File file;
+    file.path = options_.outputBase + writers_[i].fileExtension();
+    file.format = writers_[i].formatDescriptor();
+    std::error_code code;
+    file.size = fs::file_size(file.path, code);
+    if (code) {
+      if (status == HxRecordStatus::Success) status = HxRecordStatus::OutputError;
+      errors_.push_back("file '" + file.path + "' was not written: " + code.message());
+      file.size = 0;
+    }
+    summary_.files.push_back(file);
+  }
+  return status;
+}

@@ -1,0 +1,88 @@
+#pragma once
+// HxRecordSession: one hxrecord recording, from loading the scene to the finished files.
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "analysis/capture/HxSystemDataCapture.h"
+#include "analysis/writers/HxOutputWriterVector.h"
+#include "framework/HxTypes.h"
+#include "simulation/mujoco/HxMujocoSimulation.h"
+#include "tools/lib/HxRecordOptions.h"
+#include "tools/lib/HxRecordSummary.h"
+
+/// One recording: loads the model, the capture configuration and the writer list (or the
+/// built-in scene), checks them against each other and the output location, then records.
+///
+///     HxRecordSession session(options);
+///     if (session.prepare() != HxRecordStatus::Success) { print session.errors(); return; }
+///     session.record();   // files under options.outputBase
+///
+/// Each sample is captured from the simulation and saved stamped with the simulation time and
+/// the system's path-point index (the smallest index of the manipulators that follow a path).
+/// A sample is taken at time 0 and after every sampleInterval. Failures are reported through
+/// the status and `errors()`; the library's own messages during loading are collected there too.
+class HxRecordSession {
+ public:
+  /// Called after each saved sample with its number (0 first) and the simulation.
+  using SampleObserver = std::function<void(HxU32 sample, const HxMujocoSimulation& simulation)>;
+  /// Called now and then with the simulated time reached and the total to record.
+  using ProgressObserver = std::function<void(double simulated, double total)>;
+
+  explicit HxRecordSession(HxRecordOptions options);
+  ~HxRecordSession();
+  HxRecordSession(const HxRecordSession&) = delete;
+  HxRecordSession& operator=(const HxRecordSession&) = delete;
+
+  /// Loads and checks everything; nothing is written but the output directory (created when
+  /// missing). Returns Success or the status of the first failure, with its messages in
+  /// errors().
+  HxRecordStatus prepare();
+  /// Records the scene into the output files. Requires a successful prepare(). On an unstable
+  /// simulation stops, finishes the files and returns SimulationFailed.
+  HxRecordStatus record(const SampleObserver& sampleObserver = {}, const ProgressObserver& progressObserver = {});
+
+  const HxRecordOptions& options() const { return options_; }
+  /// The simulation; after prepare() a test may still change it (path points, tolerances).
+  HxMujocoSimulation& simulation() { return *simulation_; }
+  const HxMujocoSimulation& simulation() const { return *simulation_; }
+  const HxSystemDataCapture& capture() const { return capture_; }
+  const HxOutputWriterVector& writers() const { return writers_; }
+  /// Names of the model, capture configuration and writer list as used in messages.
+  const std::string& modelName() const { return modelName_; }
+  const std::string& captureName() const { return captureName_; }
+  const std::string& writersName() const { return writersName_; }
+  /// Engine steps between two samples and steps in the whole recording (after prepare()).
+  HxU32 stepsPerSample() const { return stepsPerSample_; }
+  HxU32 totalSteps() const { return totalSteps_; }
+
+  /// Messages of failures, one line each, without a prefix.
+  const std::vector<std::string>& errors() const { return errors_; }
+  /// Messages of problems that did not stop the run.
+  const std::vector<std::string>& warnings() const { return warnings_; }
+  const HxRecordSummary& summary() const { return summary_; }
+
+ private:
+  HxRecordStatus fail(HxRecordStatus status, const std::string& message);
+  HxRecordStatus loadModel();
+  HxRecordStatus loadConfigurations();
+  HxRecordStatus checkTiming();
+  HxU32 systemPathPointIndex() const;
+  // Fills summary_ after a recording of `samples` samples; returns `status`, or OutputError when
+  // a file is missing after all.
+  HxRecordStatus summarize(HxRecordStatus status, HxU32 samples, double wallTime);
+
+  HxRecordOptions options_;
+  std::unique_ptr<HxMujocoSimulation> simulation_;
+  HxSystemDataCapture capture_;
+  HxOutputWriterVector writers_;
+  std::string modelName_, captureName_, writersName_;
+  HxU32 stepsPerSample_ = 1;
+  HxU32 totalSteps_ = 0;
+  bool prepared_ = false;
+  std::vector<std::string> errors_;
+  std::vector<std::string> warnings_;
+  HxRecordSummary summary_;
+};
