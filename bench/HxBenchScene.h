@@ -55,9 +55,9 @@ struct HxBenchScene {
                                    &HxExternalForceDataCaptureTypeToken}) {
         capture.addLinkDataCaptureType(m, *token, arm);
       }
-      for (const HxToken* token : {&HxEndEffectorPlacementDataCaptureTypeToken,
-                                   &HxEndEffectorVelocityDataCaptureTypeToken,
-                                   &HxEndEffectorAccelerationDataCaptureTypeToken}) {
+      for (const HxToken* token :
+           {&HxEndEffectorPlacementDataCaptureTypeToken, &HxEndEffectorVelocityDataCaptureTypeToken,
+            &HxEndEffectorAccelerationDataCaptureTypeToken}) {
         capture.addEndEffectorDataCaptureType(m, 0u, *token);
       }
     }

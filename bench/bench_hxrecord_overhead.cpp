@@ -31,9 +31,9 @@
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
+#include "simulation/mujoco/HxMujocoSimulation.h"
 #include "tests/support/HxAllocationCounter.h"
 #include "tests/support/HxScopedTempDir.h"
-#include "simulation/mujoco/HxMujocoSimulation.h"
 #include "tools/lib/HxRecord.h"
 #include "tools/lib/HxRecordDefaultScene.h"
 

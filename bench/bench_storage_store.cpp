@@ -13,14 +13,13 @@
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "tests/support/HxAllocationCounter.h"
 #include "bench/HxBenchScene.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 
 using namespace HxSimAnalysis;
-
 
 // The shared benchmark system and a record shaped by its configuration.
 struct Setup {

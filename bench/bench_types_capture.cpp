@@ -15,9 +15,9 @@
 #include <benchmark/benchmark.h>
 
 #include "analysis/types/HxDataCaptureTypes.h"
-#include "tests/support/HxAllocationCounter.h"
 #include "simulation/HxBasePowerConverter.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 
@@ -38,7 +38,8 @@ std::unique_ptr<HxScriptedSimulation> makeSimulation(bool dynamics) {
   sim->controlInput(0).setValues({3.1, 3.2, 3.3, 3.4, 3.5, 3.6, 3.7});
   sim->individualSimulator(0).setJointAccelerations({4.1, 4.2, 4.3, 4.4, 4.5, 4.6, 4.7});
   sim->individualSimulator(0).setJointTorques({5.1, 5.2, 5.3, 5.4, 5.5, 5.6, 5.7});
-  sim->individualSimulator(0).mutableLinkForceStates()[kJoint] = HxLinkForceState(true, HxGeneralForce(1, 2, 3, 4, 5, 6));
+  sim->individualSimulator(0).mutableLinkForceStates()[kJoint] =
+      HxLinkForceState(true, HxGeneralForce(1, 2, 3, 4, 5, 6));
   sim->externalForce(0).mutableForces()[kJoint] = HxGeneralForce(6, 5, 4, 3, 2, 1);
   sim->manipulator(0).mutableJointDrive(kJoint).setPowerConverter(std::make_shared<HxDcElectricMotor>(0.8));
   const HxEndEffectorPlacement placement(HxVector(0.5, 0.0, 0.3), HxOrientation(0.5, 0.5, 0.5, 0.5));
@@ -69,7 +70,8 @@ void captureLoop(benchmark::State& state, const std::function<HxDataCaptureType*
     benchmark::DoNotOptimize(type->data()[0].value());
     ++calls;
   }
-  state.counters["allocsPerCall"] = calls ? static_cast<double>(counter.allocations()) / static_cast<double>(calls) : 0.0;
+  state.counters["allocsPerCall"] =
+      calls ? static_cast<double>(counter.allocations()) / static_cast<double>(calls) : 0.0;
   state.SetItemsProcessed(static_cast<std::int64_t>(calls));
 }
 

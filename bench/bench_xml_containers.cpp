@@ -10,12 +10,12 @@
 #include <string>
 
 #include "analysis/xml/HxXmlVectorType.h"
-#include "tests/support/HxAllocationCounter.h"
 #include "framework/HxPrint.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlReader.h"
 #include "framework/HxXmlWriter.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 
@@ -189,9 +189,7 @@ void BM_XmlContainers_AppendDouble(benchmark::State& state) {
 }
 BENCHMARK(BM_XmlContainers_AppendDouble);
 
-void BM_XmlContainers_AppendCompound(benchmark::State& state) {
-  appendElements<Points>(state, makePoints(2)[1]);
-}
+void BM_XmlContainers_AppendCompound(benchmark::State& state) { appendElements<Points>(state, makePoints(2)[1]); }
 BENCHMARK(BM_XmlContainers_AppendCompound);
 
 }  // namespace

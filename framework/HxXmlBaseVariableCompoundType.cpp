@@ -72,24 +72,7 @@ void HxXmlBaseVariableCompoundType::xmlInit() {
 
 HxBoolean HxXmlBaseVariableCompoundType::read(HxXmlReader& reader) {
   if (!HxXmlObject::read(reader)) return false;
-  if (reader.nodeKind() == HxXmlReader::EmptyElement) return true;
-  const int depth = reader.depth();
-  HxBoolean result = true;
-  HxToken token;
-  for (;;) {
-    const int kind = reader.next();
-    if (kind == HxXmlReader::StartElement || kind == HxXmlReader::EmptyElement) {
-      token.assign(reader.name().token());
-      const int childDepth = reader.depth();
-      if (!readValueFromToken(token, reader)) result = false;
-      // Whatever the child's read did, go on after the child's end.
-      if (!reader.skipToEndOf(childDepth)) return false;
-    } else if (kind == HxXmlReader::EndElement && reader.depth() == depth) {
-      return result;
-    } else if (kind != HxXmlReader::Text) {
-      return false;
-    }
-  }
+  return reader.readChildren([&](const HxToken& token) { return readValueFromToken(token, reader); });
 }
 
 HxBoolean HxXmlBaseVariableCompoundType::write(HxXmlWriter& writer) const {

@@ -46,6 +46,11 @@ class HxXmlBaseVariableCompoundType : public HxXmlObject {
   virtual void registerComponentCreators() = 0;
   /// Registers `creator` for the element `token`, replacing an earlier one.
   virtual void registerComponentCreator(const HxToken& token, Creator creator);
+  /// Registers the `creator` of each class of `Types` under its `classToken()`, in this order.
+  template <class... Types>
+  void registerComponentCreatorsOf() {
+    (registerComponentCreator(Types::classToken(), &Types::creator), ...);
+  }
   /// A new object from the registered creator, owned by the caller, or null.
   virtual HxXmlObject* newObjectFromToken(const HxToken& token) const;
   /// The libraries the configuration says it needs, in file order.

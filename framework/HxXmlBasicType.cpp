@@ -78,11 +78,6 @@ bool sameValue<double>(const double& a, const double& b) {
 }  // namespace
 
 template <class T>
-const HxToken& HxXmlBasicType<T>::classToken() {
-  return HxXml::HxBasicTypeToken;
-}
-
-template <class T>
 HxBoolean HxXmlBasicType<T>::fromText(const std::string& text) {
   return parse(text, value_);
 }
@@ -146,15 +141,11 @@ void HxXmlBasicType<T>::writeSchema(HxXmlSchema& schema) const {
 }
 
 template <class T>
-HxBoolean HxXmlBasicType<T>::equality(const HxXmlObject* other) const {
-  const auto* same = dynamic_cast<const HxXmlBasicType*>(other);
-  return same && *this == *same;
-}
-
-template <class T>
 bool HxXmlBasicType<T>::operator==(const HxXmlBasicType& other) const {
   return sameValue(value_, other.value_);
 }
+
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((template <class T>), HxXml::HxBasicTypeToken, HxXmlBasicType<T>)
 
 template class HxXmlBasicType<std::string>;
 template class HxXmlBasicType<double>;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "framework/HxXmlObject.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// A serialisable scalar. Instantiated for std::string, double, unsigned int and bool.
 ///
@@ -22,16 +23,11 @@ class HxXmlBasicType : public HxXmlObject {
   HxXmlBasicType() : value_() {}
   /// Wraps `value`; implicit, so a plain value can stand where the wrapper is expected.
   HxXmlBasicType(const T& value) : value_(value) {}  // NOLINT: implicit by design
-  /// Copies the value and the flags.
-  HxXmlBasicType(const HxXmlBasicType&) = default;
-  /// Assigns the value and the flags.
-  HxXmlBasicType& operator=(const HxXmlBasicType&) = default;
   /// Assigns the value only; the flags are kept.
   HxXmlBasicType& operator=(const T& value) {
     value_ = value;
     return *this;
   }
-  ~HxXmlBasicType() override = default;
 
   /// The value.
   const T& value() const { return value_; }
@@ -42,27 +38,17 @@ class HxXmlBasicType : public HxXmlObject {
   /// The value, so the wrapper reads as a plain `T`.
   operator const T&() const { return value_; }  // NOLINT: implicit by design
 
-  HxXmlObject* clone() const override { return new HxXmlBasicType(*this); }
-  HxXmlObject* newObject() const override { return new HxXmlBasicType(); }
-  const HxToken& token() const override { return classToken(); }
-  /// "basicType", the class token shared by every instantiation.
-  static const HxToken& classToken();
-  /// A new default object (value-initialised `T`), owned by the caller.
-  static HxXmlObject* creator() { return new HxXmlBasicType(); }
-  /// A default object (value-initialised `T`).
-  static HxXmlBasicType nullObject() { return HxXmlBasicType(); }
+  // The class token, "basicType", is shared by every instantiation.
+  HX_XML_SERIALISABLE(HxXmlBasicType);
 
   HxBoolean read(HxXmlReader& reader) override;
   HxBoolean readAttribute(HxXmlReader& reader) override;
   HxBoolean write(HxXmlWriter& writer) const override;
   void writeSchema(HxXmlSchema& schema) const override;
   HxBoolean isBasicType() const override { return true; }
-  HxBoolean equality(const HxXmlObject* other) const override;
 
   /// Values equal (two NaNs count as equal, so a NaN survives a round-trip comparison).
   bool operator==(const HxXmlBasicType& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxXmlBasicType& other) const { return !(*this == other); }
 
   /// Parses `text` into the value; false (value unchanged) when it does not parse.
   HxBoolean fromText(const std::string& text);

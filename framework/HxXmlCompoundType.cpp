@@ -45,23 +45,37 @@ HxXmlCompoundType::SpecialDescriptorMap* HxXmlCompoundType::newSpecialDescriptor
 void HxXmlCompoundType::registerComponents() {}
 
 void HxXmlCompoundType::registerComponent(const HxToken& token, HxXmlObject* object) {
-  ensureRegistered();
-  if (object) components_->push_back(HxXmlComponent{token, object, false});
+  addComponent(false, token, object, false);
 }
 
 void HxXmlCompoundType::registerComponentReadOnly(const HxToken& token, HxXmlObject* object) {
-  ensureRegistered();
-  if (object) components_->push_back(HxXmlComponent{token, object, true});
+  addComponent(false, token, object, true);
 }
 
 void HxXmlCompoundType::registerAttributeComponent(const HxToken& token, HxXmlObject* object) {
-  ensureRegistered();
-  if (object) attributes_->push_back(HxXmlComponent{token, object, false});
+  addComponent(true, token, object, false);
 }
 
 void HxXmlCompoundType::registerAttributeComponentReadOnly(const HxToken& token, HxXmlObject* object) {
+  addComponent(true, token, object, true);
+}
+
+void HxXmlCompoundType::addComponent(bool attribute, const HxToken& token, HxXmlObject* object, bool readOnly) {
   ensureRegistered();
-  if (object) attributes_->push_back(HxXmlComponent{token, object, true});
+  if (object) (attribute ? attributes_ : components_)->push_back(HxXmlComponent{token, object, readOnly});
+}
+
+bool HxXmlCompoundType::componentsEqual(const HxXmlCompoundType& other) const {
+  ensureRegistered();
+  other.ensureRegistered();
+  const auto pairwiseEqual = [](const ComponentMap& left, const ComponentMap& right) {
+    if (left.size() != right.size()) return false;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+      if (!left[i].object->equality(right[i].object)) return false;
+    }
+    return true;
+  };
+  return pairwiseEqual(*attributes_, *other.attributes_) && pairwiseEqual(*components_, *other.components_);
 }
 
 const HxXmlCompoundType::ComponentMap& HxXmlCompoundType::componentMap() const {
@@ -132,26 +146,7 @@ HxBoolean HxXmlCompoundType::readAttributes(HxXmlReader& reader) {
 }
 
 HxBoolean HxXmlCompoundType::readElements(HxXmlReader& reader) {
-  if (reader.nodeKind() == HxXmlReader::EmptyElement) return true;
-  const int depth = reader.depth();
-  HxBoolean result = true;
-  HxToken token;
-  for (;;) {
-    const int kind = reader.next();
-    if (kind == HxXmlReader::StartElement || kind == HxXmlReader::EmptyElement) {
-      // The token is copied: reading the child moves the reader and with it reader.name().
-      token.assign(reader.name().token());
-      const int childDepth = reader.depth();
-      if (!readValueFromToken(token, reader)) result = false;
-      if (!reader.skipToEndOf(childDepth)) return false;
-    } else if (kind == HxXmlReader::EndElement && reader.depth() == depth) {
-      return result;
-    } else if (kind != HxXmlReader::Text) {
-      // End of document, a parse error, or an end that is not ours.
-      return false;
-    }
-    // Character data between children carries nothing.
-  }
+  return reader.readChildren([&](const HxToken& token) { return readValueFromToken(token, reader); });
 }
 
 HxBoolean HxXmlCompoundType::readValueFromToken(const HxToken& token, HxXmlReader& reader) {
@@ -163,8 +158,8 @@ HxBoolean HxXmlCompoundType::readValueFromToken(const HxToken& token, HxXmlReade
   }
   if (specials_ && specials_->count(token) != 0) return readValueFromSpecialToken(token, reader);
   Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-      << "HxXmlCompoundType Error: element \"" << token.token() << "\" not registered.\n\tFile: "
-      << reader.fileName() << "\n\tLine: " << reader.lineNumber() << "\n";
+      << "HxXmlCompoundType Error: element \"" << token.token() << "\" not registered.\n\tFile: " << reader.fileName()
+      << "\n\tLine: " << reader.lineNumber() << "\n";
   reader.skipElement();
   return false;
 }
@@ -181,8 +176,8 @@ HxBoolean HxXmlCompoundType::readAttributeFromToken(const HxToken& token, HxXmlR
     return component->object->readAttribute(reader);
   }
   Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-      << "HxXmlCompoundType Error: attribute \"" << token.token() << "\" not registered.\n\tFile: "
-      << reader.fileName() << "\n\tLine: " << reader.lineNumber() << "\n";
+      << "HxXmlCompoundType Error: attribute \"" << token.token() << "\" not registered.\n\tFile: " << reader.fileName()
+      << "\n\tLine: " << reader.lineNumber() << "\n";
   return false;
 }
 

@@ -116,9 +116,14 @@ class HxXmlCompoundType : public HxXmlObject {
 
   /// Base comparison (registrations are not value): always true.
   bool operator==(const HxXmlCompoundType&) const { return true; }
+  /// Whether the registered members of this object and of `other`, an object of the same class,
+  /// are pairwise equal by `equality`: attributes first, then child elements, each in
+  /// registration order, false at the first difference. Registers the members of both first.
+  bool componentsEqual(const HxXmlCompoundType& other) const;
 
  private:
   void ensureRegistered() const;
+  void addComponent(bool attribute, const HxToken& token, HxXmlObject* object, bool readOnly);
   const HxXmlComponent* findComponent(const ComponentMap& map, const HxToken& token) const;
 
   mutable std::unique_ptr<ComponentMap> components_;

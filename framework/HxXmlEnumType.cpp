@@ -41,11 +41,6 @@ const std::string* HxXmlEnumType<T>::enumString(const T& value) const {
 }
 
 template <class T>
-const HxToken& HxXmlEnumType<T>::token() const {
-  return HxXml::HxEnumTypeToken;
-}
-
-template <class T>
 HxBoolean HxXmlEnumType<T>::fromText(const std::string& text, HxXmlReader* reader) {
   std::string_view name(text);
   while (!name.empty() && (name.front() == ' ' || name.front() == '\t' || name.front() == '\n' || name.front() == '\r'))
@@ -116,10 +111,6 @@ void HxXmlEnumType<T>::writeSchema(HxXmlSchema& schema) const {
   schema.enumerationContent(names.data(), static_cast<int>(names.size()));
 }
 
-template <class T>
-HxBoolean HxXmlEnumType<T>::equality(const HxXmlObject* other) const {
-  const auto* same = dynamic_cast<const HxXmlEnumType*>(other);
-  return same && *this == *same;
-}
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((template <class T>), HxXml::HxEnumTypeToken, HxXmlEnumType<T>)
 
 template class HxXmlEnumType<unsigned int>;

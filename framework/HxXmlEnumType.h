@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "framework/HxXmlObject.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// An enumerated scalar (instantiated for unsigned int) whose values have names. Written as the
 /// name of its value (the decimal value when it has no name); read from a name or, failing
@@ -19,16 +20,11 @@ class HxXmlEnumType : public HxXmlObject {
   /// Wraps `value`, without names; implicit, so a plain value can stand where the wrapper is
   /// expected.
   HxXmlEnumType(const T& value) : value_(value) {}  // NOLINT: implicit by design
-  /// Copies the value, the names and the flags.
-  HxXmlEnumType(const HxXmlEnumType&) = default;
-  /// Assigns the value, the names and the flags.
-  HxXmlEnumType& operator=(const HxXmlEnumType&) = default;
   /// Assigns the value only; names and flags are kept.
   HxXmlEnumType& operator=(const T& value) {
     value_ = value;
     return *this;
   }
-  ~HxXmlEnumType() override = default;
 
   /// Gives `value` the name `name` (replacing an earlier name of that value).
   void setEnumString(const T& value, const std::string& name);
@@ -44,15 +40,14 @@ class HxXmlEnumType : public HxXmlObject {
   /// The value, so the wrapper reads as a plain `T`.
   operator const T&() const { return value_; }  // NOLINT: implicit by design
 
-  HxXmlObject* clone() const override { return new HxXmlEnumType(*this); }
-  HxXmlObject* newObject() const override { return new HxXmlEnumType(); }
-  const HxToken& token() const override;
   HxBoolean read(HxXmlReader& reader) override;
   HxBoolean readAttribute(HxXmlReader& reader) override;
   HxBoolean write(HxXmlWriter& writer) const override;
   void writeSchema(HxXmlSchema& schema) const override;
   HxBoolean isBasicType() const override { return true; }
-  HxBoolean equality(const HxXmlObject* other) const override;
+
+  // The class token, "enumType", is shared by every instantiation.
+  HX_XML_SERIALISABLE(HxXmlEnumType);
   /// Compares values only (names are the owner's configuration).
   bool operator==(const HxXmlEnumType& other) const { return value_ == other.value_; }
 

@@ -84,6 +84,11 @@ class HxXmlObjectVisitor {
   void endDescent() { --depth_; }
 
  private:
+  // Makes `object` the current object and describes it: `typeName`, then the current token.
+  void describe(const HxXmlObject* object, const char* typeName);
+  // As `describe`, for a container of `count` elements: the token is followed by " (count)".
+  void describeContainer(const HxXmlObject* container, const char* typeName, HxU32 count);
+
   const HxXmlObject* current_ = nullptr;
   std::vector<std::string> descriptions_;
   HxToken currentToken_;

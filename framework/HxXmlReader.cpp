@@ -221,8 +221,8 @@ struct HxXmlReader::Impl {
     dataMode = false;
     if ((kind == EndElement || kind == EmptyElement) && depth == elementDepth) return true;
     const bool onStart = kind == StartElement && depth == elementDepth;
-    const bool inside = (kind == StartElement || kind == EndElement || kind == EmptyElement || kind == Text) &&
-                        depth > elementDepth;
+    const bool inside =
+        (kind == StartElement || kind == EndElement || kind == EmptyElement || kind == Text) && depth > elementDepth;
     if (!onStart && !inside) return false;
     for (;;) {
       advance(false);
@@ -290,8 +290,8 @@ HxBoolean HxXmlReader::openMemory(const std::string& text, const std::string& na
     impl_->fail(0, "document too large");
     return false;
   }
-  if (!impl_->attach(xmlReaderForMemory(impl_->memory.data(), static_cast<int>(impl_->memory.size()), nullptr,
-                                        nullptr, kParseOptions))) {
+  if (!impl_->attach(xmlReaderForMemory(impl_->memory.data(), static_cast<int>(impl_->memory.size()), nullptr, nullptr,
+                                        kParseOptions))) {
     impl_->fail(0, "cannot create an XML reader");
     return false;
   }

@@ -94,6 +94,12 @@ class HxXmlReader {
   /// Moves forward until the reader is on the end of the element that started at `depth`
   /// (no-op when it already is).
   HxBoolean skipToEndOf(int depth);
+  /// On an element start: calls `readChild(name)` for each child element, the reader on the
+  /// child's start, and goes on after the child's end whatever the call did; character data
+  /// between children is passed over. Returns false when a call returned false (the other
+  /// children are still read) or when the document ends or breaks before the element's end.
+  template <class ReadChild>
+  HxBoolean readChildren(ReadChild readChild);
 
   /// Reads a whole document into `root`: moves to the first element, reads it with
   /// `root.read`, then checks the rest of the document. Returns false, with a message naming
@@ -119,3 +125,26 @@ class HxXmlReader {
   struct Impl;
   std::unique_ptr<Impl> impl_;
 };
+
+template <class ReadChild>
+HxBoolean HxXmlReader::readChildren(ReadChild readChild) {
+  if (nodeKind() == EmptyElement) return true;
+  const int parentDepth = depth();
+  HxBoolean result = true;
+  HxToken token;
+  for (;;) {
+    const int kind = next();
+    if (kind == StartElement || kind == EmptyElement) {
+      // The token is copied: reading the child moves the reader and with it name().
+      token.assign(name().token());
+      const int childDepth = depth();
+      if (!readChild(token)) result = false;
+      if (!skipToEndOf(childDepth)) return false;
+    } else if (kind == EndElement && depth() == parentDepth) {
+      return result;
+    } else if (kind != Text) {
+      // End of document, a parse error, or an end that is not ours.
+      return false;
+    }
+  }
+}

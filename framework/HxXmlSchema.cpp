@@ -20,11 +20,21 @@ void HxXmlSchema::line(const std::string& text) {
 void HxXmlSchema::writeAttributeValue(std::string_view text) {
   for (const char c : text) {
     switch (c) {
-      case '&': stream_ << "&amp;"; break;
-      case '<': stream_ << "&lt;"; break;
-      case '>': stream_ << "&gt;"; break;
-      case '"': stream_ << "&quot;"; break;
-      default: stream_ << c; break;
+      case '&':
+        stream_ << "&amp;";
+        break;
+      case '<':
+        stream_ << "&lt;";
+        break;
+      case '>':
+        stream_ << "&gt;";
+        break;
+      case '"':
+        stream_ << "&quot;";
+        break;
+      default:
+        stream_ << c;
+        break;
     }
   }
 }
@@ -79,27 +89,25 @@ void HxXmlSchema::endComplexType() {
 }
 
 void HxXmlSchema::beginChoice(bool repeated) {
-  line(repeated ? "<xs:choice minOccurs=\"0\" maxOccurs=\"unbounded\">" : "<xs:choice>");
+  beginGroup(repeated ? "<xs:choice minOccurs=\"0\" maxOccurs=\"unbounded\">" : "<xs:choice>");
+}
+
+void HxXmlSchema::endChoice() { endGroup("</xs:choice>"); }
+
+void HxXmlSchema::beginSequence() { beginGroup("<xs:sequence>"); }
+
+void HxXmlSchema::endSequence() { endGroup("</xs:sequence>"); }
+
+void HxXmlSchema::beginGroup(const std::string& openingTag) {
+  line(openingTag);
   ++level_;
   wildcards_.emplace_back();
 }
 
-void HxXmlSchema::endChoice() {
+void HxXmlSchema::endGroup(const std::string& closingTag) {
   if (!wildcards_.empty()) wildcards_.pop_back();
   --level_;
-  line("</xs:choice>");
-}
-
-void HxXmlSchema::beginSequence() {
-  line("<xs:sequence>");
-  ++level_;
-  wildcards_.emplace_back();
-}
-
-void HxXmlSchema::endSequence() {
-  if (!wildcards_.empty()) wildcards_.pop_back();
-  --level_;
-  line("</xs:sequence>");
+  line(closingTag);
 }
 
 bool HxXmlSchema::openElementDeclaration(const HxToken& token, int minOccurs, int maxOccurs, bool selfClosing,
@@ -153,17 +161,22 @@ void HxXmlSchema::simpleElement(const HxToken& token, const std::string& xsdType
   line("</xs:element>");
 }
 
-void HxXmlSchema::attribute(const HxToken& token, const std::string& xsdType) {
+bool HxXmlSchema::openAttributeDeclaration(const HxToken& token) {
   const std::string_view uri = token.namespaceUri();
   if (!uri.empty() && uri != targetNamespace_) {
     if (!foreignAttributes_.empty()) foreignAttributes_.back() = 1;
-    return;
+    return false;
   }
   indent();
   stream_ << "<xs:attribute name=\"";
   writeAttributeValue(token.localName());
   stream_ << '"';
   if (!uri.empty()) stream_ << " form=\"qualified\"";
+  return true;
+}
+
+void HxXmlSchema::attribute(const HxToken& token, const std::string& xsdType) {
+  if (!openAttributeDeclaration(token)) return;
   if (xsdType != kDoubleType) {
     stream_ << " type=\"" << xsdType << "\"/>\n";
     return;
@@ -176,20 +189,11 @@ void HxXmlSchema::attribute(const HxToken& token, const std::string& xsdType) {
 }
 
 void HxXmlSchema::attribute(const HxToken& token, const HxXmlObject& content) {
-  const std::string_view uri = token.namespaceUri();
   if (!content.isBasicType()) {
     attribute(token, std::string("xs:string"));
     return;
   }
-  if (!uri.empty() && uri != targetNamespace_) {
-    if (!foreignAttributes_.empty()) foreignAttributes_.back() = 1;
-    return;
-  }
-  indent();
-  stream_ << "<xs:attribute name=\"";
-  writeAttributeValue(token.localName());
-  stream_ << '"';
-  if (!uri.empty()) stream_ << " form=\"qualified\"";
+  if (!openAttributeDeclaration(token)) return;
   stream_ << ">\n";
   ++level_;
   content.writeSchema(*this);
@@ -207,25 +211,33 @@ void HxXmlSchema::simpleContent(const std::string& xsdType) {
     return;
   }
   // Doubles: the XSD lexical forms plus the "inf", "-inf" and "nan" that the writer uses.
+  static const std::string kSpecialValues[] = {"inf", "-inf", "nan"};
   line("<xs:simpleType>");
   ++level_;
-  line("<xs:union memberTypes=\"xs:double\">");
+  unionWithNames("xs:double", kSpecialValues, 3);
+  --level_;
+  line("</xs:simpleType>");
+}
+
+void HxXmlSchema::unionWithNames(const std::string& memberType, const std::string* names, int count) {
+  line("<xs:union memberTypes=\"" + memberType + "\">");
   ++level_;
   line("<xs:simpleType>");
   ++level_;
   line("<xs:restriction base=\"xs:token\">");
   ++level_;
-  line("<xs:enumeration value=\"inf\"/>");
-  line("<xs:enumeration value=\"-inf\"/>");
-  line("<xs:enumeration value=\"nan\"/>");
+  for (int i = 0; i < count; ++i) {
+    indent();
+    stream_ << "<xs:enumeration value=\"";
+    writeAttributeValue(names[i]);
+    stream_ << "\"/>\n";
+  }
   --level_;
   line("</xs:restriction>");
   --level_;
   line("</xs:simpleType>");
   --level_;
   line("</xs:union>");
-  --level_;
-  line("</xs:simpleType>");
 }
 
 void HxXmlSchema::enumerationContent(const std::string* names, int count) {
@@ -235,24 +247,7 @@ void HxXmlSchema::enumerationContent(const std::string* names, int count) {
   if (count <= 0 || !names) {
     line("<xs:restriction base=\"xs:unsignedInt\"/>");
   } else {
-    line("<xs:union memberTypes=\"xs:unsignedInt\">");
-    ++level_;
-    line("<xs:simpleType>");
-    ++level_;
-    line("<xs:restriction base=\"xs:token\">");
-    ++level_;
-    for (int i = 0; i < count; ++i) {
-      indent();
-      stream_ << "<xs:enumeration value=\"";
-      writeAttributeValue(names[i]);
-      stream_ << "\"/>\n";
-    }
-    --level_;
-    line("</xs:restriction>");
-    --level_;
-    line("</xs:simpleType>");
-    --level_;
-    line("</xs:union>");
+    unionWithNames("xs:unsignedInt", names, count);
   }
   --level_;
   line("</xs:simpleType>");

@@ -67,8 +67,17 @@ class HxXmlSchema {
   void indent();
   void line(const std::string& text);
   void writeAttributeValue(std::string_view text);
-  // Writes the opening of an element or attribute declaration for `token`; returns false when
-  // the token's namespace is a foreign one (a wildcard was written instead, or is due).
+  // A union of `memberType` and the tokens `names[0 .. count - 1]`.
+  void unionWithNames(const std::string& memberType, const std::string* names, int count);
+  // Opens a group of element declarations (choice or sequence) with its wildcard bookkeeping.
+  void beginGroup(const std::string& openingTag);
+  // Closes the group opened last.
+  void endGroup(const std::string& closingTag);
+  // Starts an attribute declaration for `token` (name and form, the tag left open); false, with
+  // nothing written, for an attribute of another namespace, which the enclosing type then admits.
+  bool openAttributeDeclaration(const HxToken& token);
+  // Writes the opening of an element declaration for `token`; returns false when the token's
+  // namespace is a foreign one (a wildcard was written instead, or is due).
   bool openElementDeclaration(const HxToken& token, int minOccurs, int maxOccurs, bool selfClosing,
                               const std::string& typeAttribute);
   void writeOccurs(int minOccurs, int maxOccurs);

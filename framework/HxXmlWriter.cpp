@@ -27,8 +27,8 @@ size_t utf8Length(const unsigned char* p, size_t n) {
   if (c >= 0xC2 && c <= 0xDF) return n >= 2 && isContinuation(p[1]) ? 2 : 0;
   if (c >= 0xE0 && c <= 0xEF) {
     if (n < 3 || !isContinuation(p[1]) || !isContinuation(p[2])) return 0;
-    if (c == 0xE0 && p[1] < 0xA0) return 0;  // overlong
-    if (c == 0xED && p[1] > 0x9F) return 0;  // surrogates
+    if (c == 0xE0 && p[1] < 0xA0) return 0;                                     // overlong
+    if (c == 0xED && p[1] > 0x9F) return 0;                                     // surrogates
     if (c == 0xEF && p[1] == 0xBF && (p[2] == 0xBE || p[2] == 0xBF)) return 0;  // U+FFFE, U+FFFF
     return 3;
   }
@@ -72,7 +72,19 @@ void HxXmlWriter::put(const char* text, size_t size) {
   std::streambuf* buffer = stream_.rdbuf();
   if (!buffer || buffer->sputn(text, static_cast<std::streamsize>(size)) != static_cast<std::streamsize>(size)) {
     stream_.setstate(std::ios::badbit);
+    return;
   }
+  written_ += size;
+}
+
+void HxXmlWriter::reportScalars(std::vector<HxXmlScalarSpan>* spans) {
+  scalarSpans_ = spans;
+  reportStart_ = written_;
+  if (spans != nullptr) spans->clear();
+}
+
+void HxXmlWriter::reportScalar(size_t begin) {
+  if (scalarSpans_ != nullptr) scalarSpans_->push_back({begin - reportStart_, written_ - reportStart_});
 }
 
 void HxXmlWriter::beginOutput() {
@@ -271,11 +283,14 @@ void HxXmlWriter::writeScalar(std::string_view text, bool isString) {
   closeStartTag();
   hasText_[open_ - 1] = 1;
   if (!dataMode_) {
+    const size_t begin = written_;
     writeEscaped(text, false);
+    reportScalar(begin);
     return;
   }
   if (!firstScalar_) put(' ');
   firstScalar_ = false;
+  const size_t begin = written_;
   if (isString) {
     put('"');
     writeEscaped(text, false, true);
@@ -283,6 +298,7 @@ void HxXmlWriter::writeScalar(std::string_view text, bool isString) {
   } else {
     writeEscaped(text, false);
   }
+  reportScalar(begin);
 }
 
 void HxXmlWriter::setDataMode(bool on) {
@@ -307,14 +323,30 @@ void HxXmlWriter::writeEscaped(std::string_view text, bool inAttribute, bool quo
       replacement = kReplacementCharacter;
     } else {
       switch (c) {
-        case '&': replacement = "&amp;"; break;
-        case '<': replacement = "&lt;"; break;
-        case '>': replacement = "&gt;"; break;
-        case '"': replacement = inAttribute ? "&quot;" : (quoteEscapes ? "\\\"" : nullptr); break;
-        case '\\': replacement = quoteEscapes ? "\\\\" : nullptr; break;
-        case '\t': replacement = inAttribute ? "&#9;" : nullptr; break;
-        case '\n': replacement = inAttribute ? "&#10;" : nullptr; break;
-        case '\r': replacement = "&#13;"; break;
+        case '&':
+          replacement = "&amp;";
+          break;
+        case '<':
+          replacement = "&lt;";
+          break;
+        case '>':
+          replacement = "&gt;";
+          break;
+        case '"':
+          replacement = inAttribute ? "&quot;" : (quoteEscapes ? "\\\"" : nullptr);
+          break;
+        case '\\':
+          replacement = quoteEscapes ? "\\\\" : nullptr;
+          break;
+        case '\t':
+          replacement = inAttribute ? "&#9;" : nullptr;
+          break;
+        case '\n':
+          replacement = inAttribute ? "&#10;" : nullptr;
+          break;
+        case '\r':
+          replacement = "&#13;";
+          break;
         default:
           // Other control characters cannot be represented in XML 1.0.
           if (c < 0x20) replacement = kReplacementCharacter;

@@ -2,6 +2,7 @@
 /// \file
 /// HxXmlWriter: streaming, indented XML output.
 
+#include <cstddef>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -12,6 +13,13 @@
 #include "framework/HxTypes.h"
 
 class HxXmlObject;
+
+/// Where the text of one scalar landed in the output: bytes [begin, end), counted from the
+/// start of the report (see `HxXmlWriter::reportScalars`).
+struct HxXmlScalarSpan {
+  std::size_t begin = 0;  ///< Offset of the scalar's first byte.
+  std::size_t end = 0;    ///< Offset just past its last byte.
+};
 
 /// Writes well-formed, escaped, indented XML to an output stream as it goes; no document is
 /// held in memory.
@@ -28,6 +36,9 @@ class HxXmlObject;
 /// reader can split them again.
 ///
 /// Once the stream fails, further output is dropped; `good` tells.
+///
+/// A caller that writes the same structure again and again with other values can learn where
+/// each value lands (`reportScalars`) instead of searching the text.
 class HxXmlWriter {
  public:
   /// `name` names the document (written as a comment after the declaration).
@@ -49,6 +60,11 @@ class HxXmlWriter {
   void setDataMode(bool on);
   /// Whether the current element is in data mode.
   bool dataMode() const { return dataMode_; }
+  /// While `spans` is not null, every scalar written as element text (not an attribute value)
+  /// appends where its text landed: the bytes of the value as written (escaped; a quoted
+  /// string with its quotes), counted from this call over what this writer puts (text written
+  /// to `stream()` directly is not counted). The list is cleared first; null stops reporting.
+  void reportScalars(std::vector<HxXmlScalarSpan>* spans);
 
   /// Writes a whole object as one element named by its token. Returns the object's result.
   HxBoolean writeObject(const HxXmlObject& object);
@@ -88,6 +104,7 @@ class HxXmlWriter {
   void writeEscaped(std::string_view text, bool inAttribute, bool quoteEscapes = false);
   void newLineIndent(size_t level);
   void put(const char* text, size_t size);
+  void reportScalar(size_t begin);
   void put(std::string_view text) { put(text.data(), text.size()); }
   void put(char c) { put(&c, 1); }
 
@@ -113,4 +130,8 @@ class HxXmlWriter {
   std::vector<std::pair<std::string, std::string>> assigned_;  // every prefix given so far
   unsigned generatedPrefixes_ = 0;
   std::string scratch_;
+  // Bytes put so far, and the scalar report: where it goes and where it started.
+  size_t written_ = 0;
+  std::vector<HxXmlScalarSpan>* scalarSpans_ = nullptr;
+  size_t reportStart_ = 0;
 };

@@ -21,7 +21,8 @@ class HxEndEffectorPlacement : public HxCoordSystemXform {
   HxEndEffectorPlacement(const HxVector& translation, const HxOrientation& orientation)
       : HxCoordSystemXform(translation, orientation) {}
   /// The placement `xform`; implicit, since a placement is a transformation.
-  HxEndEffectorPlacement(const HxCoordSystemXform& xform) : HxCoordSystemXform(xform) {}  // NOLINT: a placement is a transformation
+  HxEndEffectorPlacement(const HxCoordSystemXform& xform)
+      : HxCoordSystemXform(xform) {}  // NOLINT: a placement is a transformation
 };
 
 /// The placements of all end effectors of one manipulator, indexed by end-effector index:

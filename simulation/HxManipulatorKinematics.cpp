@@ -3,9 +3,8 @@
 #include "simulation/HxEndEffectorPlacement.h"
 #include "simulation/HxPositionState.h"
 
-HxBoolean HxManipulatorKinematics::resolvePlacement(const HxManipulatorEndEffectorPlacement& entry,
-                                                    HxU32 endEffector, const HxPositionState& state,
-                                                    HxEndEffectorPlacement& out) const {
+HxBoolean HxManipulatorKinematics::resolvePlacement(const HxManipulatorEndEffectorPlacement& entry, HxU32 endEffector,
+                                                    const HxPositionState& state, HxEndEffectorPlacement& out) const {
   if (endEffector >= entry.size()) {
     out = HxEndEffectorPlacement();
     return false;

@@ -74,9 +74,7 @@ class HxSystemSimulation {
   /// The external wrenches on each manipulator's links, from the dynamics.
   const std::vector<HxManipulatorExternalForce>& manipulatorExternalForces() const { return externalForces_; }
   /// The end-effector placements the simulation holds for the kinematic path, per manipulator.
-  const std::vector<HxManipulatorEndEffectorPlacement>& endEffectorPlacements() const {
-    return endEffectorPlacements_;
-  }
+  const std::vector<HxManipulatorEndEffectorPlacement>& endEffectorPlacements() const { return endEffectorPlacements_; }
   /// The placements the end effectors are asked to reach, per manipulator.
   const std::vector<HxManipulatorEndEffectorPlacement>& desiredEndEffectorPlacements() const {
     return desiredEndEffectorPlacements_;

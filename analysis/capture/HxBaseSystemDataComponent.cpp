@@ -7,24 +7,18 @@ namespace {
 
 HxBaseSystemDataComponent::HxBaseSystemDataComponent() = default;
 
-HxBaseSystemDataComponent::HxBaseSystemDataComponent(const HxBaseSystemDataComponent& other)
-    : HxXmlCompoundType(other) {}
-
-HxBaseSystemDataComponent& HxBaseSystemDataComponent::operator=(const HxBaseSystemDataComponent& other) {
-  HxXmlCompoundType::operator=(other);
-  return *this;
-}
-
-HxBaseSystemDataComponent::~HxBaseSystemDataComponent() = default;
-
 const HxElementText* HxBaseSystemDataComponent::elementText() const {
-  const auto* source = dynamic_cast<const HxElementSource*>(this);
+  const HxElementSource* source = elementSource();
   return source != nullptr ? source->elementText() : nullptr;
 }
 
 const HxElementValues* HxBaseSystemDataComponent::elementValues() const {
-  const auto* source = dynamic_cast<const HxElementSource*>(this);
+  const HxElementSource* source = elementSource();
   return source != nullptr ? source->elementValues() : nullptr;
+}
+
+const HxElementSource* HxBaseSystemDataComponent::elementSource() const {
+  return dynamic_cast<const HxElementSource*>(this);
 }
 
 HxBoolean HxBaseSystemDataComponent::write(HxXmlWriter& writer) const { return HxXmlCompoundType::write(writer); }

@@ -9,6 +9,7 @@
 
 #include "framework/HxTypes.h"
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// A component's string elements as one block of text, for writers that copy them as they stand.
 /// Element i occupies `chars[offsets[i]]` up to, not including, `chars[offsets[i + 1] - 1]`, and
@@ -39,9 +40,15 @@ struct HxElementValues {
   std::size_t count = 0;
 };
 
+class HxBaseSystemDataComponent;
+
 /// Offered, beside HxBaseSystemDataComponent, by components that keep their elements as one
 /// block of text and as reals (the sample record). Kept apart from the component's own virtual
 /// operations so that those keep their order.
+///
+/// A writer that serialises the component whole can learn from a layout probe where each
+/// element lands in what it writes, and reuse that for every later component that describes
+/// the same layout, without knowing the component's class or layout itself.
 class HxElementSource {
  public:
   virtual ~HxElementSource() = default;
@@ -51,22 +58,35 @@ class HxElementSource {
   /// The elements as reals, valid until the component next changes; null when they are not
   /// numbers.
   virtual const HxElementValues* elementValues() const = 0;
+  /// Fills `layout` with numbers that tell what the component writes around its elements when
+  /// serialised (its nested sizes): components with equal descriptions write the same bytes
+  /// but for their elements' texts. Left empty (the default) when the component cannot tell.
+  /// Does not allocate once `layout` has room.
+  virtual void describeLayout(std::vector<HxU32>& layout) const { layout.clear(); }
+  /// A new component of the same class and layout whose string elements all differ: element i
+  /// is the text of the number i. Owned by the caller; null (the default) when the component
+  /// offers none.
+  virtual HxBaseSystemDataComponent* newLayoutProbe() const { return nullptr; }
 };
+
+/// Component kinds of `HxBaseSystemDataComponent::type()`.
+namespace HxSystemDataComponentKind {
+/// A capture configuration (`HxSystemDataCapture`): its string elements are the column labels.
+constexpr unsigned int Capture = 0;
+/// A sample record (`HxSystemDataStorage`): its string elements are the values.
+constexpr unsigned int Record = 1;
+}  // namespace HxSystemDataComponentKind
 
 /// Abstract base of the system data components: a capture configuration
 /// (`HxSystemDataCapture`, kind 0) and a sample record (`HxSystemDataStorage`, kind 1). Both
 /// describe one sample element by element, so that output writers can treat them alike: the
 /// string elements of a configuration are the column labels, those of a record the values.
 class HxBaseSystemDataComponent : public HxXmlCompoundType {
- public:
+  HX_XML_MEMBERWISE_COPY(HxBaseSystemDataComponent);
   HxBaseSystemDataComponent();
-  /// Copies the compound base only.
-  HxBaseSystemDataComponent(const HxBaseSystemDataComponent& other);
-  /// Assigns the compound base only.
-  HxBaseSystemDataComponent& operator=(const HxBaseSystemDataComponent& other);
-  ~HxBaseSystemDataComponent() override;
 
-  /// Component kind: 0 for a capture configuration, 1 for a sample record.
+  /// Component kind (`HxSystemDataComponentKind`): 0 for a capture configuration, 1 for a sample
+  /// record.
   virtual unsigned int type() const = 0;
   /// Fills `elements` with the component's string elements (labels or values).
   virtual void getStringElements(std::vector<std::string>& elements) const = 0;
@@ -77,6 +97,8 @@ class HxBaseSystemDataComponent : public HxXmlCompoundType {
   /// The elements as reals when the component is also an HxElementSource; null otherwise.
   /// Does not allocate.
   const HxElementValues* elementValues() const;
+  /// The component as an HxElementSource, or null when it is none.
+  const HxElementSource* elementSource() const;
 
   /// The compound type's write.
   HxBoolean write(HxXmlWriter& writer) const override;

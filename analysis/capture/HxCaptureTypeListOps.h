@@ -3,6 +3,7 @@
 /// Operations on a list of data capture types shared by the manipulator, link and end-effector
 /// captures. Internal to analysis/capture.
 
+#include "analysis/types/HxDataCaptureLevel.h"
 #include "analysis/types/HxDataCaptureTypeVector.h"
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxToken.h"
@@ -12,18 +13,11 @@
 /// Operations on a list of data capture types, shared by the three capture levels.
 namespace HxCaptureTypeListOps {
 
-/// Level code of manipulator-level data capture types.
-constexpr unsigned int ManipulatorLevel = 0;
-/// Level code of link-level data capture types.
-constexpr unsigned int LinkLevel = 1;
-/// Level code of end-effector-level data capture types.
-constexpr unsigned int EndEffectorLevel = 2;
-
 /// The type with that token (first match), or null.
 const HxDataCaptureType* find(const HxDataCaptureTypeVector& types, const HxToken& token);
 
-/// Adds a type by token to a list that holds types of `level`: true and nothing changed when
-/// the token is already there; false for an unknown token or a type of another level.
+/// Adds a type by token to a list that holds types of `level` (an `HxDataCaptureLevel` code): true and nothing changed
+/// when the token is already there; false for an unknown token or a type of another level.
 HxBoolean addByToken(HxDataCaptureTypeVector& types, const HxToken& token, unsigned int level);
 
 /// Whether `token` names a type of `level` (a type is created to ask and deleted again).

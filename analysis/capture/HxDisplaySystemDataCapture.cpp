@@ -9,26 +9,6 @@ namespace {
 
 HxDisplaySystemDataCapture::HxDisplaySystemDataCapture() : plotType_(0u) {}
 
-HxDisplaySystemDataCapture::HxDisplaySystemDataCapture(const HxDisplaySystemDataCapture& other)
-    : HxXmlCompoundType(other),
-      title_(other.title_),
-      leftSystemDataCapture_(other.leftSystemDataCapture_),
-      rightSystemDataCapture_(other.rightSystemDataCapture_),
-      plotType_(other.plotType_) {}
-
-HxDisplaySystemDataCapture& HxDisplaySystemDataCapture::operator=(const HxDisplaySystemDataCapture& other) {
-  if (this != &other) {
-    HxXmlCompoundType::operator=(other);
-    title_ = other.title_;
-    leftSystemDataCapture_ = other.leftSystemDataCapture_;
-    rightSystemDataCapture_ = other.rightSystemDataCapture_;
-    plotType_ = other.plotType_;
-  }
-  return *this;
-}
-
-HxDisplaySystemDataCapture::~HxDisplaySystemDataCapture() = default;
-
 void HxDisplaySystemDataCapture::registerEnumerations() {
   const std::vector<std::string>& names = plotTypeTokens();
   for (unsigned int value = 0; value < names.size(); ++value) plotType_.setEnumString(value, names[value]);
@@ -42,36 +22,13 @@ void HxDisplaySystemDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxPlotTypeToken, &plotType_);
 }
 
-HxXmlObject* HxDisplaySystemDataCapture::clone() const { return new HxDisplaySystemDataCapture(*this); }
-
-HxXmlObject* HxDisplaySystemDataCapture::newObject() const { return new HxDisplaySystemDataCapture(); }
-
-HxBoolean HxDisplaySystemDataCapture::equality(const HxXmlObject* other) const {
-  const auto* display = dynamic_cast<const HxDisplaySystemDataCapture*>(other);
-  return display != nullptr && *this == *display;
-}
-
-const HxToken& HxDisplaySystemDataCapture::token() const { return classToken(); }
-
-const HxToken& HxDisplaySystemDataCapture::classToken() { return HxSimAnalysis::HxDisplaySystemDataCaptureToken; }
-
-HxXmlObject* HxDisplaySystemDataCapture::creator() { return new HxDisplaySystemDataCapture(); }
-
-HxDisplaySystemDataCapture HxDisplaySystemDataCapture::nullObject() { return HxDisplaySystemDataCapture(); }
-
-bool HxDisplaySystemDataCapture::operator==(const HxDisplaySystemDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && title_ == other.title_ &&
-         leftSystemDataCapture_ == other.leftSystemDataCapture_ &&
-         rightSystemDataCapture_ == other.rightSystemDataCapture_ && plotType_ == other.plotType_;
-}
+HX_XML_SERIALISABLE_DEFINITIONS(HxDisplaySystemDataCapture, HxSimAnalysis::HxDisplaySystemDataCaptureToken)
 
 const std::string& HxDisplaySystemDataCapture::title() const { return title_.value(); }
 
 void HxDisplaySystemDataCapture::setTitle(const std::string& title) { title_ = title; }
 
-const HxSystemDataCapture& HxDisplaySystemDataCapture::leftSystemDataCapture() const {
-  return leftSystemDataCapture_;
-}
+const HxSystemDataCapture& HxDisplaySystemDataCapture::leftSystemDataCapture() const { return leftSystemDataCapture_; }
 
 HxSystemDataCapture& HxDisplaySystemDataCapture::leftSystemDataCapture() { return leftSystemDataCapture_; }
 

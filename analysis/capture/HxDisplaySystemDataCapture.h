@@ -9,6 +9,7 @@
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlEnumType.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// Describes one live plot for a host that displays a simulation while it runs: a title, the
 /// capture configurations drawn against the left and the right axis, and the kind of plot
@@ -22,33 +23,15 @@ class HxDisplaySystemDataCapture : public HxXmlCompoundType {
 
   /// Empty title, two empty configurations, plot type 0 ("scrollingCurve").
   HxDisplaySystemDataCapture();
-  /// Copies the four fields; registrations are the copy's own.
-  HxDisplaySystemDataCapture(const HxDisplaySystemDataCapture& other);
-  /// Assigns the four fields.
-  HxDisplaySystemDataCapture& operator=(const HxDisplaySystemDataCapture& other);
-  ~HxDisplaySystemDataCapture() override;
 
   /// Calls `registerEnumerations()`, then registers the title, the left and the right
   /// configuration and the plot type, in this order.
   void registerComponents() override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  /// "displaySystemDataCapture".
-  const HxToken& token() const override;
-  /// "displaySystemDataCapture", the element name of the class.
-  static const HxToken& classToken();
-  /// A new default object, owned by the caller.
-  static HxXmlObject* creator();
-  /// A default object.
-  static HxDisplaySystemDataCapture nullObject();
+  HX_XML_SERIALISABLE(HxDisplaySystemDataCapture);
 
-  /// Compares the compound base, then the four fields in order.
-  bool operator==(const HxDisplaySystemDataCapture& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxDisplaySystemDataCapture& other) const { return !(*this == other); }
+  /// Compares the registered members in registration order.
+  bool operator==(const HxDisplaySystemDataCapture& other) const { return componentsEqual(other); }
 
   /// The plot title.
   virtual const std::string& title() const;

@@ -16,48 +16,12 @@ HxBoolean HxEndEffectorDataCapture::m_theAvailableTypesReady = false;
 
 HxEndEffectorDataCapture::HxEndEffectorDataCapture() : endEffectorIndex_(0u) {}
 
-HxEndEffectorDataCapture::HxEndEffectorDataCapture(const HxEndEffectorDataCapture& other)
-    : HxXmlCompoundType(other),
-      endEffectorIndex_(other.endEffectorIndex_),
-      dataCaptureVector_(other.dataCaptureVector_) {}
-
-HxEndEffectorDataCapture& HxEndEffectorDataCapture::operator=(const HxEndEffectorDataCapture& other) {
-  if (this != &other) {
-    HxXmlCompoundType::operator=(other);
-    endEffectorIndex_ = other.endEffectorIndex_;
-    dataCaptureVector_ = other.dataCaptureVector_;
-  }
-  return *this;
-}
-
-HxEndEffectorDataCapture::~HxEndEffectorDataCapture() = default;
-
 void HxEndEffectorDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxEndEffectorIndexToken, &endEffectorIndex_);
   registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
 }
 
-HxXmlObject* HxEndEffectorDataCapture::clone() const { return new HxEndEffectorDataCapture(*this); }
-
-HxXmlObject* HxEndEffectorDataCapture::newObject() const { return new HxEndEffectorDataCapture(); }
-
-HxBoolean HxEndEffectorDataCapture::equality(const HxXmlObject* other) const {
-  const auto* capture = dynamic_cast<const HxEndEffectorDataCapture*>(other);
-  return capture != nullptr && *this == *capture;
-}
-
-const HxToken& HxEndEffectorDataCapture::token() const { return classToken(); }
-
-const HxToken& HxEndEffectorDataCapture::classToken() { return HxSimAnalysis::HxEndEffectorDataCaptureToken; }
-
-HxXmlObject* HxEndEffectorDataCapture::creator() { return new HxEndEffectorDataCapture(); }
-
-HxEndEffectorDataCapture HxEndEffectorDataCapture::nullObject() { return HxEndEffectorDataCapture(); }
-
-bool HxEndEffectorDataCapture::operator==(const HxEndEffectorDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && endEffectorIndex_ == other.endEffectorIndex_ &&
-         dataCaptureVector_ == other.dataCaptureVector_;
-}
+HX_XML_SERIALISABLE_DEFINITIONS(HxEndEffectorDataCapture, HxSimAnalysis::HxEndEffectorDataCaptureToken)
 
 void HxEndEffectorDataCapture::setEndEffectorIndex(unsigned int index) { endEffectorIndex_ = index; }
 
@@ -81,11 +45,11 @@ const HxDataCaptureType* HxEndEffectorDataCapture::dataCaptureType(const HxToken
 }
 
 HxBoolean HxEndEffectorDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxCaptureTypeListOps::EndEffectorLevel);
+  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxDataCaptureLevel::EndEffector);
 }
 
 HxBoolean HxEndEffectorDataCapture::addDataCaptureType(const HxDataCaptureType& type) {
-  if (type.type() != HxCaptureTypeListOps::EndEffectorLevel) return false;
+  if (type.type() != HxDataCaptureLevel::EndEffector) return false;
   // Adding by object replaces a type of the same token, flags included.
   removeDataCaptureType(type.token());
   dataCaptureVector_.pushBack(type);
@@ -111,8 +75,7 @@ void HxEndEffectorDataCapture::removeAllDataCaptureTypes() { dataCaptureVector_.
 const HxDataCaptureTypeVector& HxEndEffectorDataCapture::allAvailableDataCaptureTypes() {
   if (m_theAvailableTypesReady) return m_theAvailableDataCaptureTypeVector;
   m_theAvailableDataCaptureTypeVector.clear();
-  HxCaptureTypeListOps::collectAvailable(m_theAvailableDataCaptureTypeVector,
-                                         HxCaptureTypeListOps::EndEffectorLevel);
+  HxCaptureTypeListOps::collectAvailable(m_theAvailableDataCaptureTypeVector, HxDataCaptureLevel::EndEffector);
   m_theAvailableTypesReady = true;
   return m_theAvailableDataCaptureTypeVector;
 }

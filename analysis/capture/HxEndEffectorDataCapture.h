@@ -7,6 +7,7 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 class HxSystemSimulation;
 
@@ -23,31 +24,14 @@ class HxEndEffectorDataCapture : public HxXmlCompoundType {
 
   /// End effector 0, no types.
   HxEndEffectorDataCapture();
-  /// Copies the index and deep-copies the types.
-  HxEndEffectorDataCapture(const HxEndEffectorDataCapture& other);
-  /// Assigns the index and deep-copies the types.
-  HxEndEffectorDataCapture& operator=(const HxEndEffectorDataCapture& other);
-  ~HxEndEffectorDataCapture() override;
 
   /// Registers "endEffectorIndex", then "dataCaptureTypeVector".
   void registerComponents() override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  const HxToken& token() const override;
-  /// "endEffectorDataCapture".
-  static const HxToken& classToken();
-  /// A new default object, owned by the caller.
-  static HxXmlObject* creator();
-  /// A default object.
-  static HxEndEffectorDataCapture nullObject();
+  HX_XML_SERIALISABLE(HxEndEffectorDataCapture);
 
-  /// Compares the compound base, the index and the type vector, in that order.
-  bool operator==(const HxEndEffectorDataCapture& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxEndEffectorDataCapture& other) const { return !(*this == other); }
+  /// Compares the registered members in registration order.
+  bool operator==(const HxEndEffectorDataCapture& other) const { return componentsEqual(other); }
 
   /// Sets the index of the end effector within its manipulator; not range-checked.
   virtual void setEndEffectorIndex(unsigned int index);

@@ -14,48 +14,12 @@ HxBoolean HxLinkDataCapture::m_theAvailableTypesReady = false;
 
 HxLinkDataCapture::HxLinkDataCapture() = default;
 
-HxLinkDataCapture::HxLinkDataCapture(const HxLinkDataCapture& other)
-    : HxXmlCompoundType(other),
-      linkIdentifier_(other.linkIdentifier_),
-      dataCaptureVector_(other.dataCaptureVector_) {}
-
-HxLinkDataCapture& HxLinkDataCapture::operator=(const HxLinkDataCapture& other) {
-  if (this != &other) {
-    HxXmlCompoundType::operator=(other);
-    linkIdentifier_ = other.linkIdentifier_;
-    dataCaptureVector_ = other.dataCaptureVector_;
-  }
-  return *this;
-}
-
-HxLinkDataCapture::~HxLinkDataCapture() = default;
-
 void HxLinkDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxLinkIdentificationToken, &linkIdentifier_);
   registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
 }
 
-HxXmlObject* HxLinkDataCapture::clone() const { return new HxLinkDataCapture(*this); }
-
-HxXmlObject* HxLinkDataCapture::newObject() const { return new HxLinkDataCapture(); }
-
-HxBoolean HxLinkDataCapture::equality(const HxXmlObject* other) const {
-  const auto* capture = dynamic_cast<const HxLinkDataCapture*>(other);
-  return capture != nullptr && *this == *capture;
-}
-
-const HxToken& HxLinkDataCapture::token() const { return classToken(); }
-
-const HxToken& HxLinkDataCapture::classToken() { return HxSimAnalysis::HxLinkDataCaptureToken; }
-
-HxXmlObject* HxLinkDataCapture::creator() { return new HxLinkDataCapture(); }
-
-HxLinkDataCapture HxLinkDataCapture::nullObject() { return HxLinkDataCapture(); }
-
-bool HxLinkDataCapture::operator==(const HxLinkDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && linkIdentifier_ == other.linkIdentifier_ &&
-         dataCaptureVector_ == other.dataCaptureVector_;
-}
+HX_XML_SERIALISABLE_DEFINITIONS(HxLinkDataCapture, HxSimAnalysis::HxLinkDataCaptureToken)
 
 void HxLinkDataCapture::setLinkIdentifier(const std::string& identifier) { linkIdentifier_ = identifier; }
 
@@ -92,7 +56,7 @@ const HxDataCaptureType* HxLinkDataCapture::dataCaptureType(const HxToken& token
 }
 
 HxBoolean HxLinkDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxCaptureTypeListOps::LinkLevel);
+  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxDataCaptureLevel::Link);
 }
 
 HxBoolean HxLinkDataCapture::removeDataCaptureType(const HxToken& token) {
@@ -114,7 +78,7 @@ void HxLinkDataCapture::removeAllDataCaptureTypes() { dataCaptureVector_.clear()
 const HxDataCaptureTypeVector& HxLinkDataCapture::allAvailableDataCaptureTypes() {
   if (m_theAvailableTypesReady) return m_theAvailableDataCaptureTypeVector;
   m_theAvailableDataCaptureTypeVector.clear();
-  HxCaptureTypeListOps::collectAvailable(m_theAvailableDataCaptureTypeVector, HxCaptureTypeListOps::LinkLevel);
+  HxCaptureTypeListOps::collectAvailable(m_theAvailableDataCaptureTypeVector, HxDataCaptureLevel::Link);
   m_theAvailableTypesReady = true;
   return m_theAvailableDataCaptureTypeVector;
 }

@@ -9,6 +9,7 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 class HxSystemSimulation;
 
@@ -24,31 +25,14 @@ class HxLinkDataCapture : public HxXmlCompoundType {
 
   /// Empty identifier, no types.
   HxLinkDataCapture();
-  /// Copies the identifier and deep-copies the types.
-  HxLinkDataCapture(const HxLinkDataCapture& other);
-  /// Assigns the identifier and deep-copies the types.
-  HxLinkDataCapture& operator=(const HxLinkDataCapture& other);
-  ~HxLinkDataCapture() override;
 
   /// Registers "linkIdentification", then "dataCaptureTypeVector".
   void registerComponents() override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  const HxToken& token() const override;
-  /// "linkDataCapture".
-  static const HxToken& classToken();
-  /// A new default object, owned by the caller.
-  static HxXmlObject* creator();
-  /// A default object.
-  static HxLinkDataCapture nullObject();
+  HX_XML_SERIALISABLE(HxLinkDataCapture);
 
-  /// Compares the compound base, the identifier and the type vector, in that order.
-  bool operator==(const HxLinkDataCapture& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxLinkDataCapture& other) const { return !(*this == other); }
+  /// Compares the registered members in registration order.
+  bool operator==(const HxLinkDataCapture& other) const { return componentsEqual(other); }
 
   /// Sets the identifier of the link within its manipulator; not checked against any model.
   virtual void setLinkIdentifier(const std::string& identifier);

@@ -1,8 +1,10 @@
 #include "analysis/capture/HxManipulatorDataCapture.h"
 
 #include <string>
+#include <type_traits>
 
 #include "analysis/capture/HxCaptureTypeListOps.h"
+#include "analysis/capture/HxFlatOrder.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "simulation/HxIndividualManipulator.h"
 #include "simulation/HxSystemSimulation.h"
@@ -17,26 +19,6 @@ HxBoolean HxManipulatorDataCapture::m_theAvailableTypesReady = false;
 
 HxManipulatorDataCapture::HxManipulatorDataCapture() : manipulatorIndex_(0u) {}
 
-HxManipulatorDataCapture::HxManipulatorDataCapture(const HxManipulatorDataCapture& other)
-    : HxXmlCompoundType(other),
-      manipulatorIndex_(other.manipulatorIndex_),
-      dataCaptureVector_(other.dataCaptureVector_),
-      linkDataCaptureVector_(other.linkDataCaptureVector_),
-      endEffectorDataCaptureVector_(other.endEffectorDataCaptureVector_) {}
-
-HxManipulatorDataCapture& HxManipulatorDataCapture::operator=(const HxManipulatorDataCapture& other) {
-  if (this != &other) {
-    HxXmlCompoundType::operator=(other);
-    manipulatorIndex_ = other.manipulatorIndex_;
-    dataCaptureVector_ = other.dataCaptureVector_;
-    linkDataCaptureVector_ = other.linkDataCaptureVector_;
-    endEffectorDataCaptureVector_ = other.endEffectorDataCaptureVector_;
-  }
-  return *this;
-}
-
-HxManipulatorDataCapture::~HxManipulatorDataCapture() = default;
-
 void HxManipulatorDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxManipulatorIndexToken, &manipulatorIndex_);
   registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
@@ -44,29 +26,7 @@ void HxManipulatorDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxEndEffectorDataCaptureVectorToken, &endEffectorDataCaptureVector_);
 }
 
-HxXmlObject* HxManipulatorDataCapture::clone() const { return new HxManipulatorDataCapture(*this); }
-
-HxXmlObject* HxManipulatorDataCapture::newObject() const { return new HxManipulatorDataCapture(); }
-
-HxBoolean HxManipulatorDataCapture::equality(const HxXmlObject* other) const {
-  const auto* capture = dynamic_cast<const HxManipulatorDataCapture*>(other);
-  return capture != nullptr && *this == *capture;
-}
-
-const HxToken& HxManipulatorDataCapture::token() const { return classToken(); }
-
-const HxToken& HxManipulatorDataCapture::classToken() { return HxSimAnalysis::HxManipulatorDataCaptureToken; }
-
-HxXmlObject* HxManipulatorDataCapture::creator() { return new HxManipulatorDataCapture(); }
-
-HxManipulatorDataCapture HxManipulatorDataCapture::nullObject() { return HxManipulatorDataCapture(); }
-
-bool HxManipulatorDataCapture::operator==(const HxManipulatorDataCapture& other) const {
-  return HxXmlCompoundType::operator==(other) && manipulatorIndex_ == other.manipulatorIndex_ &&
-         dataCaptureVector_ == other.dataCaptureVector_ &&
-         linkDataCaptureVector_ == other.linkDataCaptureVector_ &&
-         endEffectorDataCaptureVector_ == other.endEffectorDataCaptureVector_;
-}
+HX_XML_SERIALISABLE_DEFINITIONS(HxManipulatorDataCapture, HxSimAnalysis::HxManipulatorDataCaptureToken)
 
 unsigned int HxManipulatorDataCapture::manipulatorIndex() const { return manipulatorIndex_.value(); }
 
@@ -78,8 +38,8 @@ const HxManipulatorDataCapture::LinkDataCaptureVector& HxManipulatorDataCapture:
   return linkDataCaptureVector_;
 }
 
-const HxManipulatorDataCapture::EndEffectorDataCaptureVector&
-HxManipulatorDataCapture::endEffectorDataCaptureVector() const {
+const HxManipulatorDataCapture::EndEffectorDataCaptureVector& HxManipulatorDataCapture::endEffectorDataCaptureVector()
+    const {
   return endEffectorDataCaptureVector_;
 }
 
@@ -88,16 +48,19 @@ HxBoolean HxManipulatorDataCapture::captureData(const HxSystemSimulation& simula
   const unsigned int manipulator = manipulatorIndex_.value();
   const unsigned int elementIndex = ManipulatorLevelElementIndex;
 
-  // Every capture is made even after a failure, so that the other quantities stay current.
-  for (HxU32 i = 0; i < dataCaptureVector_.size(); ++i) {
-    if (!dataCaptureVector_[i].captureData(simulation, manipulator, elementIndex)) result = false;
-  }
-  for (HxU32 l = 0; l < linkDataCaptureVector_.size(); ++l) {
-    if (!linkDataCaptureVector_[l].captureData(simulation, manipulator)) result = false;
-  }
-  for (HxU32 e = 0; e < endEffectorDataCaptureVector_.size(); ++e) {
-    if (!endEffectorDataCaptureVector_[e].captureData(simulation, manipulator)) result = false;
-  }
+  // Every capture is made even after a failure, so that the other quantities stay current. The
+  // manipulator-level types are called one by one; each link and end-effector capture calls its
+  // own types.
+  HxFlatOrder::forEachLevelEntry(
+      dataCaptureVector_, linkDataCaptureVector_, endEffectorDataCaptureVector_, [&](HxU32, HxU32, const auto& entry) {
+        if constexpr (std::is_same_v<std::decay_t<decltype(entry)>, HxDataCaptureTypeVector>) {
+          for (HxU32 i = 0; i < entry.size(); ++i) {
+            if (!entry[i].captureData(simulation, manipulator, elementIndex)) result = false;
+          }
+        } else if (!entry.captureData(simulation, manipulator)) {
+          result = false;
+        }
+      });
   return result;
 }
 
@@ -106,13 +69,13 @@ const HxDataCaptureType* HxManipulatorDataCapture::dataCaptureType(const HxToken
 }
 
 HxBoolean HxManipulatorDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxCaptureTypeListOps::ManipulatorLevel);
+  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxDataCaptureLevel::Manipulator);
 }
 
 HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
                                                            const HxIndividualManipulator& manipulator) {
   // The type is created only to check its level.
-  if (!HxCaptureTypeListOps::isTokenOfLevel(token, HxCaptureTypeListOps::LinkLevel)) return false;
+  if (!HxCaptureTypeListOps::isTokenOfLevel(token, HxDataCaptureLevel::Link)) return false;
 
   for (HxU32 i = 0; i < manipulator.numberOfLinks(); ++i) {
     const HxLink* link = manipulator.link(i);
@@ -129,8 +92,7 @@ HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
   return true;
 }
 
-HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const std::string& linkIdentifier,
-                                                           const HxToken& token) {
+HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const std::string& linkIdentifier, const HxToken& token) {
   unsigned int position = 0;
   if (findIndex(linkIdentifier, position)) return linkDataCaptureVector_[position].addDataCaptureType(token);
 
@@ -142,22 +104,20 @@ HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const std::string& li
   return true;
 }
 
-HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(const HxToken& token,
-                                                                  unsigned int numEndEffectors) {
-  if (!HxCaptureTypeListOps::isTokenOfLevel(token, HxCaptureTypeListOps::EndEffectorLevel)) return false;
+HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(const HxToken& token, unsigned int numEndEffectors) {
+  if (!HxCaptureTypeListOps::isTokenOfLevel(token, HxDataCaptureLevel::EndEffector)) return false;
   for (unsigned int e = 0; e < numEndEffectors; ++e) addEndEffectorDataCaptureType(e, token);
   return true;
 }
 
 HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(const HxDataCaptureType& type,
                                                                   unsigned int numEndEffectors) {
-  if (type.type() != HxCaptureTypeListOps::EndEffectorLevel) return false;
+  if (type.type() != HxDataCaptureLevel::EndEffector) return false;
   for (unsigned int e = 0; e < numEndEffectors; ++e) addEndEffectorDataCaptureType(e, type);
   return true;
 }
 
-HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(unsigned int endEffectorIndex,
-                                                                  const HxToken& token) {
+HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(unsigned int endEffectorIndex, const HxToken& token) {
   unsigned int position = 0;
   if (findIndex(endEffectorIndex, position)) {
     return endEffectorDataCaptureVector_[position].addDataCaptureType(token);
@@ -205,8 +165,7 @@ HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCaptureType(const HxTok
   return removed;
 }
 
-HxBoolean HxManipulatorDataCapture::removeLinkDataCaptureType(const std::string& linkIdentifier,
-                                                              const HxToken& token) {
+HxBoolean HxManipulatorDataCapture::removeLinkDataCaptureType(const std::string& linkIdentifier, const HxToken& token) {
   unsigned int position = 0;
   if (!findIndex(linkIdentifier, position)) return false;
   const HxBoolean removed = linkDataCaptureVector_[position].removeDataCaptureType(token);
@@ -238,8 +197,7 @@ void HxManipulatorDataCapture::addEndEffectorDataCapture(const HxEndEffectorData
   endEffectorDataCaptureVector_.pushBack(capture);
 }
 
-const HxEndEffectorDataCapture* HxManipulatorDataCapture::endEffectorDataCapture(
-    unsigned int endEffectorIndex) const {
+const HxEndEffectorDataCapture* HxManipulatorDataCapture::endEffectorDataCapture(unsigned int endEffectorIndex) const {
   unsigned int position = 0;
   return findIndex(endEffectorIndex, position) ? &endEffectorDataCaptureVector_[position] : nullptr;
 }
@@ -337,8 +295,7 @@ HxBoolean HxManipulatorDataCapture::findIndex(unsigned int endEffectorIndex, uns
 const HxDataCaptureTypeVector& HxManipulatorDataCapture::allAvailableDataCaptureTypes() {
   if (m_theAvailableTypesReady) return m_theAvailableDataCaptureTypeVector;
   m_theAvailableDataCaptureTypeVector.clear();
-  HxCaptureTypeListOps::collectAvailable(m_theAvailableDataCaptureTypeVector,
-                                         HxCaptureTypeListOps::ManipulatorLevel);
+  HxCaptureTypeListOps::collectAvailable(m_theAvailableDataCaptureTypeVector, HxDataCaptureLevel::Manipulator);
   m_theAvailableTypesReady = true;
   return m_theAvailableDataCaptureTypeVector;
 }

@@ -11,6 +11,7 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 class HxIndividualManipulator;
 class HxSystemSimulation;
@@ -40,32 +41,15 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
 
   /// Manipulator 0, nothing captured.
   HxManipulatorDataCapture();
-  /// Copies the index and deep-copies the three levels.
-  HxManipulatorDataCapture(const HxManipulatorDataCapture& other);
-  /// Assigns the index and deep-copies the three levels.
-  HxManipulatorDataCapture& operator=(const HxManipulatorDataCapture& other);
-  ~HxManipulatorDataCapture() override;
 
   /// Registers "manipulatorIndex", "dataCaptureTypeVector", "linkDataCaptureVector" and
   /// "endEffectorDataCaptureVector", in this order.
   void registerComponents() override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  const HxToken& token() const override;
-  /// "manipulatorDataCapture".
-  static const HxToken& classToken();
-  /// A new default object, owned by the caller.
-  static HxXmlObject* creator();
-  /// A default object.
-  static HxManipulatorDataCapture nullObject();
+  HX_XML_SERIALISABLE(HxManipulatorDataCapture);
 
-  /// Compares the compound base, then the four fields in order.
-  bool operator==(const HxManipulatorDataCapture& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxManipulatorDataCapture& other) const { return !(*this == other); }
+  /// Compares the registered members in registration order.
+  bool operator==(const HxManipulatorDataCapture& other) const { return componentsEqual(other); }
 
   /// Index of the manipulator in the simulated system.
   virtual unsigned int manipulatorIndex() const;

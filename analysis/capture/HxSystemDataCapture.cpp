@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "analysis/capture/HxFlatOrder.h"
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
@@ -12,54 +13,18 @@ namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
-// Calls `visit(type)` for every type of a manipulator capture in flat order: its
-// manipulator-level types, then each link capture's types, then each end-effector capture's.
-template <class Visit>
-void forEachType(const HxManipulatorDataCapture& capture, Visit visit) {
-  const HxDataCaptureTypeVector& types = capture.dataCaptureVector();
-  for (HxU32 i = 0; i < types.size(); ++i) visit(types[i]);
-  const auto& links = capture.linkDataCaptureVector();
-  for (HxU32 l = 0; l < links.size(); ++l) {
-    const HxDataCaptureTypeVector& linkTypes = links[l].dataCaptureVector();
-    for (HxU32 i = 0; i < linkTypes.size(); ++i) visit(linkTypes[i]);
-  }
-  const auto& endEffectors = capture.endEffectorDataCaptureVector();
-  for (HxU32 e = 0; e < endEffectors.size(); ++e) {
-    const HxDataCaptureTypeVector& endEffectorTypes = endEffectors[e].dataCaptureVector();
-    for (HxU32 i = 0; i < endEffectorTypes.size(); ++i) visit(endEffectorTypes[i]);
-  }
-}
-
-// One value vector per type of a list, each sized to the type's active size.
-HxManipulatorDataStorage::QuantityVector shapeOf(const HxDataCaptureTypeVector& types) {
+// One value vector per type of a list, each sized to the type's active size; `largest` becomes
+// at least the largest data size of the types.
+HxManipulatorDataStorage::QuantityVector shapeOf(const HxDataCaptureTypeVector& types, HxU32& largest) {
   HxManipulatorDataStorage::QuantityVector quantities;
   quantities.reserve(types.size());
   for (HxU32 i = 0; i < types.size(); ++i) {
     quantities.pushBack(HxManipulatorDataStorage::ValueVector(types[i].activeDataSize()));
+    largest = std::max<HxU32>(largest, types[i].data().size());
   }
   return quantities;
 }
 }  // namespace
-
-HxSystemDataCapture::HxSystemDataCapture() = default;
-
-HxSystemDataCapture::HxSystemDataCapture(const HxSystemDataCapture& other)
-    : HxBaseSystemDataComponent(other),
-      label_(other.label_),
-      manipulatorDataCaptureVector_(other.manipulatorDataCaptureVector_),
-      elementSize_(other.elementSize_) {}
-
-HxSystemDataCapture& HxSystemDataCapture::operator=(const HxSystemDataCapture& other) {
-  if (this != &other) {
-    HxBaseSystemDataComponent::operator=(other);
-    label_ = other.label_;
-    manipulatorDataCaptureVector_ = other.manipulatorDataCaptureVector_;
-    elementSize_ = other.elementSize_;
-  }
-  return *this;
-}
-
-HxSystemDataCapture::~HxSystemDataCapture() = default;
 
 void HxSystemDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxSystemDataCaptureLabelToken, &label_);
@@ -74,29 +39,9 @@ HxBoolean HxSystemDataCapture::read(HxXmlReader& reader) {
   return result;
 }
 
-HxXmlObject* HxSystemDataCapture::clone() const { return new HxSystemDataCapture(*this); }
+HX_XML_SERIALISABLE_DEFINITIONS(HxSystemDataCapture, HxSimAnalysis::HxGeneralCaptureToken)
 
-HxXmlObject* HxSystemDataCapture::newObject() const { return new HxSystemDataCapture(); }
-
-HxBoolean HxSystemDataCapture::equality(const HxXmlObject* other) const {
-  const auto* capture = dynamic_cast<const HxSystemDataCapture*>(other);
-  return capture != nullptr && *this == *capture;
-}
-
-const HxToken& HxSystemDataCapture::token() const { return classToken(); }
-
-const HxToken& HxSystemDataCapture::classToken() { return HxSimAnalysis::HxGeneralCaptureToken; }
-
-HxXmlObject* HxSystemDataCapture::creator() { return new HxSystemDataCapture(); }
-
-HxSystemDataCapture HxSystemDataCapture::nullObject() { return HxSystemDataCapture(); }
-
-bool HxSystemDataCapture::operator==(const HxSystemDataCapture& other) const {
-  return HxBaseSystemDataComponent::operator==(other) && label_ == other.label_ &&
-         manipulatorDataCaptureVector_ == other.manipulatorDataCaptureVector_;
-}
-
-unsigned int HxSystemDataCapture::type() const { return 0; }
+unsigned int HxSystemDataCapture::type() const { return HxSystemDataComponentKind::Capture; }
 
 const std::string& HxSystemDataCapture::label() const { return label_.value(); }
 
@@ -149,8 +94,7 @@ HxBoolean HxSystemDataCapture::addManipulatorDataCaptureType(unsigned int const&
 
 HxBoolean HxSystemDataCapture::addLinkDataCaptureType(unsigned int const& m, const HxToken& token,
                                                       const HxIndividualManipulator& manipulator) {
-  return addToManipulator(m,
-                          [&](HxManipulatorDataCapture& c) { return c.addLinkDataCaptureType(token, manipulator); });
+  return addToManipulator(m, [&](HxManipulatorDataCapture& c) { return c.addLinkDataCaptureType(token, manipulator); });
 }
 
 HxBoolean HxSystemDataCapture::addLinkDataCaptureType(unsigned int const& m, const std::string& link,
@@ -190,8 +134,8 @@ HxBoolean HxSystemDataCapture::removeFromManipulator(unsigned int const& m, bool
   // Pruning looks at the manipulator-level types and at the sub-captures of one level only:
   // the end-effector captures after an end-effector removal, the link captures otherwise. An
   // entry whose other sub-captures are still populated is erased all the same.
-  const HxU32 subCaptures = endEffectorLevel ? capture.endEffectorDataCaptureVector().size()
-                                             : capture.linkDataCaptureVector().size();
+  const HxU32 subCaptures =
+      endEffectorLevel ? capture.endEffectorDataCaptureVector().size() : capture.linkDataCaptureVector().size();
   if (capture.dataCaptureVector().size() == 0 && subCaptures == 0) manipulatorDataCaptureVector_.erase(position);
 
   if (result) computeElementSize();
@@ -209,13 +153,13 @@ HxBoolean HxSystemDataCapture::removeLinkDataCaptureType(unsigned int const& m, 
 
 HxBoolean HxSystemDataCapture::removeLinkDataCaptureType(unsigned int const& m, const std::string& link,
                                                          const HxToken& token) {
-  return removeFromManipulator(
-      m, false, [&](HxManipulatorDataCapture& c) { return c.removeLinkDataCaptureType(link, token); });
+  return removeFromManipulator(m, false,
+                               [&](HxManipulatorDataCapture& c) { return c.removeLinkDataCaptureType(link, token); });
 }
 
 HxBoolean HxSystemDataCapture::removeEndEffectorDataCaptureType(unsigned int const& m, const HxToken& token) {
-  return removeFromManipulator(
-      m, true, [&](HxManipulatorDataCapture& c) { return c.removeEndEffectorDataCaptureType(token); });
+  return removeFromManipulator(m, true,
+                               [&](HxManipulatorDataCapture& c) { return c.removeEndEffectorDataCaptureType(token); });
 }
 
 HxBoolean HxSystemDataCapture::removeEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
@@ -300,28 +244,25 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
   manipulators.reserve(manipulatorDataCaptureVector_.size());
   HxU32 largest = 0;
 
-  // Position p of the record belongs to the manipulator capture at position p.
+  // Position p of the record belongs to the manipulator capture at position p, and each entry of
+  // that capture (a link or end-effector capture without types included) to its own list.
   for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
-    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
-    HxManipulatorDataStorage manipulator;
-    manipulator.setManipulatorLevelData(shapeOf(capture.dataCaptureVector()));
-
+    HxManipulatorDataStorage::QuantityVector own;
     HxManipulatorDataStorage::ElementVector links;
-    for (HxU32 l = 0; l < capture.linkDataCaptureVector().size(); ++l) {
-      links.pushBack(shapeOf(capture.linkDataCaptureVector()[l].dataCaptureVector()));
-    }
-    manipulator.setLinkLevelData(links);
-
     HxManipulatorDataStorage::ElementVector endEffectors;
-    for (HxU32 e = 0; e < capture.endEffectorDataCaptureVector().size(); ++e) {
-      endEffectors.pushBack(shapeOf(capture.endEffectorDataCaptureVector()[e].dataCaptureVector()));
-    }
-    manipulator.setEndEffectorData(endEffectors);
-
-    manipulators.pushBack(manipulator);
-    forEachType(capture, [&largest](const HxDataCaptureType& type) {
-      largest = std::max<HxU32>(largest, type.data().size());
+    HxFlatOrder::forEachCaptureEntry(manipulatorDataCaptureVector_[p], [&](HxU32 level, HxU32, const auto& entry) {
+      const HxManipulatorDataStorage::QuantityVector shape = shapeOf(entry.dataCaptureVector(), largest);
+      if (level == HxDataCaptureLevel::Manipulator) {
+        own = shape;
+      } else {
+        (level == HxDataCaptureLevel::Link ? links : endEffectors).pushBack(shape);
+      }
     });
+    HxManipulatorDataStorage manipulator;
+    manipulator.setManipulatorLevelData(own);
+    manipulator.setLinkLevelData(links);
+    manipulator.setEndEffectorData(endEffectors);
+    manipulators.pushBack(manipulator);
   }
 
   storage.setManipulatorDataVector(manipulators);
@@ -333,64 +274,38 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
 HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
   if (manipulatorDataCaptureVector_.size() == 0) return false;
 
-  // One scratch buffer serves every type; the offset within each quantity is always 0. Each
-  // type is looked up once (the polymorphic vectors check every index).
-  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
-    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
-
-    const HxDataCaptureTypeVector& types = capture.dataCaptureVector();
-    const HxU32 typeCount = types.size();
-    for (HxU32 i = 0; i < typeCount; ++i) {
-      const HxDataCaptureType& type = types[i];
-      getActiveData(type.disableFlags(), type.data(), activeData_);
-      storage.setSpecificManipulatorLevelData(p, i, 0, activeData_);
-    }
-
-    const auto& links = capture.linkDataCaptureVector();
-    const HxU32 linkCount = links.size();
-    for (HxU32 l = 0; l < linkCount; ++l) {
-      const HxDataCaptureTypeVector& linkTypes = links[l].dataCaptureVector();
-      const HxU32 linkTypeCount = linkTypes.size();
-      for (HxU32 i = 0; i < linkTypeCount; ++i) {
-        const HxDataCaptureType& type = linkTypes[i];
+  // One scratch buffer serves every type; the offset within each quantity is always 0.
+  HxFlatOrder::forEachCapturedType(
+      manipulatorDataCaptureVector_, [&](const HxFlatPosition& at, const HxDataCaptureType& type) {
         getActiveData(type.disableFlags(), type.data(), activeData_);
-        storage.setSpecificLinkLevelData(p, l, i, 0, activeData_);
-      }
-    }
-
-    const auto& endEffectors = capture.endEffectorDataCaptureVector();
-    const HxU32 endEffectorCount = endEffectors.size();
-    for (HxU32 k = 0; k < endEffectorCount; ++k) {
-      const HxDataCaptureTypeVector& endEffectorTypes = endEffectors[k].dataCaptureVector();
-      const HxU32 endEffectorTypeCount = endEffectorTypes.size();
-      for (HxU32 i = 0; i < endEffectorTypeCount; ++i) {
-        const HxDataCaptureType& type = endEffectorTypes[i];
-        getActiveData(type.disableFlags(), type.data(), activeData_);
-        storage.setSpecificEndEffectorData(p, k, i, 0, activeData_);
-      }
-    }
-  }
+        if (at.level == HxDataCaptureLevel::Manipulator) {
+          storage.setSpecificManipulatorLevelData(at.manipulator, at.quantity, 0, activeData_);
+        } else if (at.level == HxDataCaptureLevel::Link) {
+          storage.setSpecificLinkLevelData(at.manipulator, at.element, at.quantity, 0, activeData_);
+        } else {
+          storage.setSpecificEndEffectorData(at.manipulator, at.element, at.quantity, 0, activeData_);
+        }
+      });
   return true;
 }
 
 void HxSystemDataCapture::getDataElements(Values& values) const {
   values.resize(elementSize_);
   HxU32 position = 0;
-  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
-    forEachType(manipulatorDataCaptureVector_[p], [&](const HxDataCaptureType& type) {
-      const Flags& flags = type.disableFlags();
-      const Values& data = type.data();
-      const HxU32 dataSize = std::min<HxU32>(type.dataSize(), data.size());
-      const HxU32 flagged = std::min<HxU32>(flags.size(), dataSize);
-      // Active values packed from the front; disabled ones leave the tail unwritten.
-      for (HxU32 j = 0; j < flagged; ++j) {
-        if (!flags[j].value() && position < values.size()) values[position++] = data[j];
-      }
-      for (HxU32 j = flagged; j < dataSize; ++j) {
-        if (position < values.size()) values[position++] = data[j];
-      }
-    });
-  }
+  HxFlatOrder::forEachCapturedType(manipulatorDataCaptureVector_,
+                                   [&](const HxFlatPosition&, const HxDataCaptureType& type) {
+                                     const Flags& flags = type.disableFlags();
+                                     const Values& data = type.data();
+                                     const HxU32 dataSize = std::min<HxU32>(type.dataSize(), data.size());
+                                     const HxU32 flagged = std::min<HxU32>(flags.size(), dataSize);
+                                     // Active values packed from the front; disabled ones leave the tail unwritten.
+                                     for (HxU32 j = 0; j < flagged; ++j) {
+                                       if (!flags[j].value() && position < values.size()) values[position++] = data[j];
+                                     }
+                                     for (HxU32 j = flagged; j < dataSize; ++j) {
+                                       if (position < values.size()) values[position++] = data[j];
+                                     }
+                                   });
 }
 
 void HxSystemDataCapture::appendTypeLabels(const HxDataCaptureType& type, const std::string& prefix,
@@ -405,7 +320,9 @@ void HxSystemDataCapture::appendTypeLabels(const HxDataCaptureType& type, const 
   const Flags& flags = type.disableFlags();
   for (HxU32 j = 0; j < dataSize; ++j) {
     if (j < flags.size() && flags[j].value()) continue;
-    if (position < labels.size()) labels[position].assign(prefix).append(type.description()).append(":").append(type.label(j));
+    if (position < labels.size()) {
+      labels[position].assign(prefix).append(type.description()).append(":").append(type.label(j));
+    }
     ++position;
   }
 }
@@ -416,31 +333,23 @@ void HxSystemDataCapture::getStringElements(std::vector<std::string>& labels) co
   labels[1] = "Point Path Index";
   std::size_t position = 2;
 
-  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
-    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
-    HxINT2STRING(capture.manipulatorIndex(), 10, number_);
-    prefix_.assign("Manip[").append(number_).append("]:");
-
-    const HxDataCaptureTypeVector& types = capture.dataCaptureVector();
-    for (HxU32 i = 0; i < types.size(); ++i) appendTypeLabels(types[i], prefix_, labels, position);
-
-    const auto& links = capture.linkDataCaptureVector();
-    for (HxU32 l = 0; l < links.size(); ++l) {
-      subPrefix_.assign(prefix_).append(links[l].linkIdentifier()).append(":");
-      const HxDataCaptureTypeVector& linkTypes = links[l].dataCaptureVector();
-      for (HxU32 i = 0; i < linkTypes.size(); ++i) appendTypeLabels(linkTypes[i], subPrefix_, labels, position);
-    }
-
-    const auto& endEffectors = capture.endEffectorDataCaptureVector();
-    for (HxU32 k = 0; k < endEffectors.size(); ++k) {
-      HxINT2STRING(endEffectors[k].endEffectorIndex(), 10, number_);
-      subPrefix_.assign(prefix_).append("EE[").append(number_).append("]:");
-      const HxDataCaptureTypeVector& endEffectorTypes = endEffectors[k].dataCaptureVector();
-      for (HxU32 i = 0; i < endEffectorTypes.size(); ++i) {
-        appendTypeLabels(endEffectorTypes[i], subPrefix_, labels, position);
-      }
-    }
-  }
+  // The prefix names the manipulator and, below its level, the link or end effector; it is made
+  // where the walk enters an entry (at the entry's first type).
+  HxFlatOrder::forEachCapturedType(
+      manipulatorDataCaptureVector_, [&](const HxFlatPosition& at, const HxDataCaptureType& type) {
+        if (at.quantity == 0) {
+          const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[at.manipulator];
+          HxINT2STRING(capture.manipulatorIndex(), 10, number_);
+          prefix_.assign("Manip[").append(number_).append("]:");
+          if (at.level == HxDataCaptureLevel::Link) {
+            prefix_.append(capture.linkDataCaptureVector()[at.element].linkIdentifier()).append(":");
+          } else if (at.level == HxDataCaptureLevel::EndEffector) {
+            HxINT2STRING(capture.endEffectorDataCaptureVector()[at.element].endEffectorIndex(), 10, number_);
+            prefix_.append("EE[").append(number_).append("]:");
+          }
+        }
+        appendTypeLabels(type, prefix_, labels, position);
+      });
   // Disabled columns leave the end of the list empty (also when the caller's strings held text).
   for (; position < labels.size(); ++position) labels[position].clear();
 }
@@ -455,9 +364,9 @@ void HxSystemDataCapture::removeAllDataCaptureTypes() {
 
 void HxSystemDataCapture::computeElementSize() {
   HxU32 size = 0;
-  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
-    forEachType(manipulatorDataCaptureVector_[p], [&size](const HxDataCaptureType& type) { size += type.dataSize(); });
-  }
+  HxFlatOrder::forEachCapturedType(
+      manipulatorDataCaptureVector_,
+      [&size](const HxFlatPosition&, const HxDataCaptureType& type) { size += type.dataSize(); });
   elementSize_ = size;
 }
 

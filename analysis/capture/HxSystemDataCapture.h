@@ -10,6 +10,7 @@
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
+#include "framework/HxXmlSerialisable.h"
 
 class HxIndividualManipulator;
 class HxSystemDataStorage;
@@ -47,13 +48,7 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   using ManipulatorDataCaptureVector = HxXmlVectorType<HxManipulatorDataCapture>;
 
   /// Empty label, no manipulator captures, element size 0.
-  HxSystemDataCapture();
-  /// Copies the label, the manipulator captures and the element size; the copy starts with
-  /// its own empty scratch buffer.
-  HxSystemDataCapture(const HxSystemDataCapture& other);
-  /// As the copy constructor; the target keeps its scratch buffer.
-  HxSystemDataCapture& operator=(const HxSystemDataCapture& other);
-  ~HxSystemDataCapture() override;
+  HxSystemDataCapture() = default;
 
   /// Registers "systemDataCaptureLabel", then "manipulatorDataCaptureVector".
   void registerComponents() override;
@@ -62,29 +57,17 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   /// The base read, then `computeElementSize()`; returns the base read's result.
   HxBoolean read(HxXmlReader& reader) override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  /// "generalCapture".
-  const HxToken& token() const override;
-  /// "generalCapture", the element name of the class.
-  static const HxToken& classToken();
-  /// A new default configuration, for registration in `HxSystemDataVector`.
-  static HxXmlObject* creator();
-  /// A default configuration.
-  static HxSystemDataCapture nullObject();
+  HX_XML_SERIALISABLE(HxSystemDataCapture);
 
-  /// Compares the base, the label and the manipulator captures (not the element size).
-  bool operator==(const HxSystemDataCapture& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxSystemDataCapture& other) const { return !(*this == other); }
+  /// Compares the registered members in registration order (not the element size).
+  bool operator==(const HxSystemDataCapture& other) const { return componentsEqual(other); }
 
-  /// 0: a capture configuration.
+  /// `HxSystemDataComponentKind::Capture` (0).
   unsigned int type() const override;
-  /// The column labels, in flat order: "Time", "Point Path Index", then per manipulator
-  /// capture the prefix P = "Manip[m]:" for its manipulator-level types, P + link identifier +
-  /// ":" for each link capture's types and P + "EE[e]:" for each end-effector capture's types.
+  /// The column labels in the flat order of a sample (`HxFlatOrder`): "Time", "Point Path
+  /// Index", then those of every type. The prefix P = "Manip[m]:" names the manipulator, to
+  /// which a link capture's types add the link identifier and ":", an end-effector capture's
+  /// types "EE[e]:".
   /// A type of 0 or 1 columns gives one label P + description, whatever its flags; a wider type
   /// gives P + description + ":" + column label for each enabled column. The list is sized by
   /// the element size plus 2, so disabled columns leave empty strings at its end (and a
@@ -122,8 +105,7 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
                                                   const HxDataCaptureType& type);
   /// Adds a type by token to end effector e of manipulator m.
-  virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e,
-                                                  const HxToken& token);
+  virtual HxBoolean addEndEffectorDataCaptureType(unsigned int const& m, unsigned int const& e, const HxToken& token);
 
   /// Removes a type of manipulator m; false when m or the type is not there. Pruning: the
   /// manipulator capture is then erased if it has no manipulator-level types and no
@@ -159,8 +141,7 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
                                               const HxToken& token) const;
   /// Whether manipulator m captures the token at end effector e; false when m or the end
   /// effector is not captured.
-  virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, unsigned int const& e,
-                                              const HxToken& token) const;
+  virtual HxBoolean isDataCaptureTypeIncluded(unsigned int const& m, unsigned int const& e, const HxToken& token) const;
 
   /// Number of manipulator-level types of manipulator m; 0 when m is not captured.
   virtual unsigned int numDataCaptureTypes(unsigned int const& m) const;
@@ -227,9 +208,8 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   ManipulatorDataCaptureVector manipulatorDataCaptureVector_;
   HxU32 elementSize_ = 0;
   // Scratch buffer of storeData: the active values of one type at a time.
-  mutable Values activeData_;
+  mutable HxScratch<Values> activeData_;
   // Scratch texts of getStringElements, kept so that later calls reuse their capacity.
-  mutable std::string prefix_;
-  mutable std::string subPrefix_;
-  mutable std::string number_;
+  mutable HxScratch<std::string> prefix_;
+  mutable HxScratch<std::string> number_;
 };

@@ -16,20 +16,10 @@ using HxSystemDataVectorBase = HxXmlVariableVectorType<HxBaseSystemDataComponent
 
 HxSystemDataVector::HxSystemDataVector() = default;
 
-HxSystemDataVector::HxSystemDataVector(const HxSystemDataVector& other) : HxSystemDataVectorBase(other) {}
-
-HxSystemDataVector& HxSystemDataVector::operator=(const HxSystemDataVector& other) {
-  HxSystemDataVectorBase::operator=(other);
-  return *this;
-}
-
-HxSystemDataVector::~HxSystemDataVector() = default;
-
 void HxSystemDataVector::registerComponents() {}
 
 void HxSystemDataVector::registerComponentCreators() {
-  registerComponentCreator(HxSystemDataCapture::classToken(), &HxSystemDataCapture::creator);
-  registerComponentCreator(HxSystemDataStorage::classToken(), &HxSystemDataStorage::creator);
+  registerComponentCreatorsOf<HxSystemDataCapture, HxSystemDataStorage>();
 }
 
 HxBoolean HxSystemDataVector::write(HxXmlWriter& writer) const { return HxSystemDataVectorBase::write(writer); }
@@ -40,22 +30,7 @@ void HxSystemDataVector::accept(HxXmlObjectVisitor* visitor) const {
   visitor->visit(static_cast<const HxSystemDataVectorBase*>(this));
 }
 
-HxXmlObject* HxSystemDataVector::clone() const { return new HxSystemDataVector(*this); }
-
-HxXmlObject* HxSystemDataVector::newObject() const { return new HxSystemDataVector(); }
-
-HxBoolean HxSystemDataVector::equality(const HxXmlObject* other) const {
-  const auto* vector = dynamic_cast<const HxSystemDataVector*>(other);
-  return vector != nullptr && *this == *vector;
-}
-
-const HxToken& HxSystemDataVector::token() const { return classToken(); }
-
-const HxToken& HxSystemDataVector::classToken() { return HxSimAnalysis::HxSystemDataVectorToken; }
-
-HxXmlObject* HxSystemDataVector::creator() { return new HxSystemDataVector(); }
-
-HxSystemDataVector HxSystemDataVector::nullObject() { return HxSystemDataVector(); }
+HX_XML_SERIALISABLE_DEFINITIONS(HxSystemDataVector, HxSimAnalysis::HxSystemDataVectorToken)
 
 bool HxSystemDataVector::operator==(const HxSystemDataVector& other) const {
   return HxSystemDataVectorBase::operator==(other);

@@ -11,8 +11,7 @@ namespace {
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
 // Stores one value at [quantity][offset] of a quantity vector; nothing when out of range.
-HxBoolean storeValue(HxManipulatorDataStorage::QuantityVector& quantities, HxU32 quantity, HxU32 offset,
-                     double value) {
+HxBoolean storeValue(HxManipulatorDataStorage::QuantityVector& quantities, HxU32 quantity, HxU32 offset, double value) {
   if (quantity >= quantities.size()) return false;
   HxManipulatorDataStorage::ValueVector& values = quantities[quantity];
   if (offset >= values.size()) return false;
@@ -35,53 +34,13 @@ HxBoolean storeValues(HxManipulatorDataStorage::QuantityVector& quantities, HxU3
 
 }  // namespace
 
-HxManipulatorDataStorage::HxManipulatorDataStorage() = default;
-
-HxManipulatorDataStorage::HxManipulatorDataStorage(const HxManipulatorDataStorage& other)
-    : HxXmlCompoundType(other),
-      manipulatorLevelData_(other.manipulatorLevelData_),
-      linkLevelData_(other.linkLevelData_),
-      endEffectorData_(other.endEffectorData_) {}
-
-HxManipulatorDataStorage& HxManipulatorDataStorage::operator=(const HxManipulatorDataStorage& other) {
-  if (this != &other) {
-    HxXmlCompoundType::operator=(other);
-    manipulatorLevelData_ = other.manipulatorLevelData_;
-    linkLevelData_ = other.linkLevelData_;
-    endEffectorData_ = other.endEffectorData_;
-  }
-  return *this;
-}
-
-HxManipulatorDataStorage::~HxManipulatorDataStorage() = default;
-
 void HxManipulatorDataStorage::registerComponents() {
   registerComponent(HxSimAnalysis::HxManipulatorLevelDataToken, &manipulatorLevelData_);
   registerComponent(HxSimAnalysis::HxLinkLevelDataToken, &linkLevelData_);
   registerComponent(HxSimAnalysis::HxEndEffectorDataToken, &endEffectorData_);
 }
 
-HxXmlObject* HxManipulatorDataStorage::clone() const { return new HxManipulatorDataStorage(*this); }
-
-HxXmlObject* HxManipulatorDataStorage::newObject() const { return new HxManipulatorDataStorage(); }
-
-HxBoolean HxManipulatorDataStorage::equality(const HxXmlObject* other) const {
-  const auto* storage = dynamic_cast<const HxManipulatorDataStorage*>(other);
-  return storage != nullptr && *this == *storage;
-}
-
-const HxToken& HxManipulatorDataStorage::token() const { return classToken(); }
-
-const HxToken& HxManipulatorDataStorage::classToken() { return HxSimAnalysis::HxManipulatorDataStorageToken; }
-
-HxXmlObject* HxManipulatorDataStorage::creator() { return new HxManipulatorDataStorage(); }
-
-HxManipulatorDataStorage HxManipulatorDataStorage::nullObject() { return HxManipulatorDataStorage(); }
-
-bool HxManipulatorDataStorage::operator==(const HxManipulatorDataStorage& other) const {
-  return HxXmlCompoundType::operator==(other) && manipulatorLevelData_ == other.manipulatorLevelData_ &&
-         linkLevelData_ == other.linkLevelData_ && endEffectorData_ == other.endEffectorData_;
-}
+HX_XML_SERIALISABLE_DEFINITIONS(HxManipulatorDataStorage, HxSimAnalysis::HxManipulatorDataStorageToken)
 
 const HxManipulatorDataStorage::QuantityVector& HxManipulatorDataStorage::manipulatorLevelData() const {
   return manipulatorLevelData_;
@@ -104,8 +63,7 @@ const HxManipulatorDataStorage::ElementVector& HxManipulatorDataStorage::linkLev
 
 void HxManipulatorDataStorage::setLinkLevelData(const ElementVector& data) { linkLevelData_ = data; }
 
-HxBoolean HxManipulatorDataStorage::setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset,
-                                                             double value) {
+HxBoolean HxManipulatorDataStorage::setSpecificLinkLevelData(HxU32 link, HxU32 quantity, HxU32 offset, double value) {
   if (link >= linkLevelData_.size()) return false;
   return storeValue(linkLevelData_[link], quantity, offset, value);
 }

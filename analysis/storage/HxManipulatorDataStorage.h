@@ -2,10 +2,12 @@
 /// \file
 /// HxManipulatorDataStorage: the values of one manipulator within one captured sample.
 
+#include "analysis/capture/HxFlatOrder.h"
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// The values of one manipulator within one sample: one value vector per configured quantity
 /// at manipulator level, and the same per link and per end effector.
@@ -15,9 +17,7 @@
 /// overwrite values in place. They never grow a vector: a write whose indices or run do not fit
 /// stores nothing and returns false, silently.
 ///
-/// Flat order of the values (see `forEachValue`): every value of every manipulator-level
-/// quantity, quantity by quantity; then per link, every value of every quantity of that link;
-/// then the same per end effector.
+/// `forEachValue` visits the values in the flat order of a sample (`HxFlatOrder`).
 class HxManipulatorDataStorage : public HxXmlCompoundType {
  public:
   /// The values of one quantity.
@@ -28,32 +28,15 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
   using ElementVector = HxXmlVectorType<QuantityVector>;
 
   /// No quantities, no links, no end effectors.
-  HxManipulatorDataStorage();
-  /// Copies the three data vectors, shape and values.
-  HxManipulatorDataStorage(const HxManipulatorDataStorage& other);
-  /// Assigns the three data vectors, shape and values.
-  HxManipulatorDataStorage& operator=(const HxManipulatorDataStorage& other);
-  ~HxManipulatorDataStorage() override;
+  HxManipulatorDataStorage() = default;
 
   /// Registers "manipulatorLevelData", "linkLevelData" and "endEffectorData", in this order.
   void registerComponents() override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  const HxToken& token() const override;
-  /// "manipulatorDataStorage".
-  static const HxToken& classToken();
-  /// A new default storage, for registration in polymorphic vectors.
-  static HxXmlObject* creator();
-  /// A default, empty storage.
-  static HxManipulatorDataStorage nullObject();
+  HX_XML_SERIALISABLE(HxManipulatorDataStorage);
 
-  /// Compares the compound base, then the three data vectors in order.
-  bool operator==(const HxManipulatorDataStorage& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxManipulatorDataStorage& other) const { return !(*this == other); }
+  /// Compares the registered members in registration order.
+  bool operator==(const HxManipulatorDataStorage& other) const { return componentsEqual(other); }
 
   /// Manipulator-level data, [quantity][value].
   virtual const QuantityVector& manipulatorLevelData() const;
@@ -95,20 +78,25 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
   /// Calls `visit(double)` for every value in flat order. Does not allocate.
   template <class Visitor>
   void forEachValue(Visitor&& visit) const {
-    forEachQuantityValue(manipulatorLevelData_, visit);
-    for (const QuantityVector& link : linkLevelData_.vectorContainer()) forEachQuantityValue(link, visit);
-    for (const QuantityVector& endEffector : endEffectorData_.vectorContainer()) {
-      forEachQuantityValue(endEffector, visit);
-    }
+    forEachValueOf(*this, [&visit](const HxXmlBasicType<double>& value) { visit(value.value()); });
+  }
+  /// Calls `visit(HxXmlBasicType<double>&)` for every value in flat order, which it may change.
+  /// Does not allocate.
+  template <class Visitor>
+  void forEachValue(Visitor&& visit) {
+    forEachValueOf(*this, visit);
   }
 
  private:
   // Walks the standard containers: one call per vector instead of one per value.
-  template <class Visitor>
-  static void forEachQuantityValue(const QuantityVector& quantities, Visitor& visit) {
-    for (const ValueVector& values : quantities.vectorContainer()) {
-      for (const HxXmlBasicType<double>& value : values.vectorContainer()) visit(value.value());
-    }
+  template <class Self, class Visitor>
+  static void forEachValueOf(Self& self, Visitor&& visit) {
+    HxFlatOrder::forEachLevelEntry(self.manipulatorLevelData_, self.linkLevelData_.vectorContainer(),
+                                   self.endEffectorData_.vectorContainer(), [&visit](HxU32, HxU32, auto& quantities) {
+                                     for (auto& values : quantities.vectorContainer()) {
+                                       for (auto& value : values.vectorContainer()) visit(value);
+                                     }
+                                   });
   }
 
   QuantityVector manipulatorLevelData_;

@@ -48,51 +48,32 @@ void HxSystemDataStorage::registerComponents() {
 
 HxBoolean HxSystemDataStorage::read(HxXmlReader& reader) {
   invalidateText();
-  return HxBaseSystemDataComponent::read(reader);
+  const HxBoolean result = HxBaseSystemDataComponent::read(reader);
+  computeElementSize();
+  return result;
 }
 
-HxXmlObject* HxSystemDataStorage::clone() const { return new HxSystemDataStorage(*this); }
-
-HxXmlObject* HxSystemDataStorage::newObject() const { return new HxSystemDataStorage(); }
-
-HxBoolean HxSystemDataStorage::equality(const HxXmlObject* other) const {
-  const auto* storage = dynamic_cast<const HxSystemDataStorage*>(other);
-  return storage != nullptr && *this == *storage;
-}
-
-const HxToken& HxSystemDataStorage::token() const { return classToken(); }
-
-const HxToken& HxSystemDataStorage::classToken() { return HxSimAnalysis::HxGeneralStorageToken; }
-
-HxXmlObject* HxSystemDataStorage::creator() { return new HxSystemDataStorage(); }
+HX_XML_SERIALISABLE_DEFINITIONS(HxSystemDataStorage, HxSimAnalysis::HxGeneralStorageToken)
 
 HxSystemDataStorage HxSystemDataStorage::nullObject() { return HxSystemDataStorage(); }
 
 bool HxSystemDataStorage::operator==(const HxSystemDataStorage& other) const {
-  return HxBaseSystemDataComponent::operator==(other) && manipulatorDataVector_ == other.manipulatorDataVector_ &&
-         time_ == other.time_ && pathPointIndex_ == other.pathPointIndex_ &&
-         elementSize_ == other.elementSize_;
+  return componentsEqual(other) && elementSize_ == other.elementSize_;
 }
 
-unsigned int HxSystemDataStorage::type() const { return 1; }
+unsigned int HxSystemDataStorage::type() const { return HxSystemDataComponentKind::Record; }
 
 void HxSystemDataStorage::refreshValues() const {
   const HxU32 size = elementSize_;
   if (values_.size() != size) values_.resize(size);
   double* const out = values_.data();
 
-  // Time, index, then the values in flat order; a stale element size bounds what is kept.
+  // A stale element size bounds what is kept.
   std::size_t position = 0;
-  if (position < size) out[position] = time_.value();
-  ++position;
-  if (position < size) out[position] = static_cast<double>(pathPointIndex_.value());
-  ++position;
-  for (HxU32 m = 0; m < manipulatorDataVector_.size(); ++m) {
-    manipulatorDataVector_[m].forEachValue([&](double value) {
-      if (position < size) out[position] = value;
-      ++position;
-    });
-  }
+  forEachElement(false, [&](double value) {
+    if (position < size) out[position] = value;
+    ++position;
+  });
   valueCount_ = position < size ? position : size;
   for (std::size_t k = valueCount_; k < size; ++k) out[k] = 0.0;
 
@@ -237,16 +218,40 @@ void HxSystemDataStorage::getRealElements(std::vector<double>& out, bool exclude
   if (out.size() != size) out.resize(size);
 
   HxU32 position = 0;
-  if (!excludeTimeAndIndex) {
-    if (position < size) out[position] = time_.value();
+  forEachElement(excludeTimeAndIndex, [&](double value) {
+    if (position < size) out[position] = value;
     ++position;
-    if (position < size) out[position] = static_cast<double>(pathPointIndex_.value());
-    ++position;
+  });
+}
+
+void HxSystemDataStorage::describeLayout(std::vector<HxU32>& layout) const {
+  layout.clear();
+  layout.push_back(elementSize_);
+  layout.push_back(manipulatorDataVector_.size());
+  for (const HxManipulatorDataStorage& manipulator : manipulatorDataVector_.vectorContainer()) {
+    const HxManipulatorDataStorage::ElementVector& links = manipulator.linkLevelData();
+    const HxManipulatorDataStorage::ElementVector& endEffectors = manipulator.endEffectorData();
+    layout.push_back(links.size());
+    layout.push_back(endEffectors.size());
+    HxFlatOrder::forEachLevelEntry(manipulator.manipulatorLevelData(), links.vectorContainer(),
+                                   endEffectors.vectorContainer(),
+                                   [&layout](HxU32, HxU32, const HxManipulatorDataStorage::QuantityVector& quantities) {
+                                     layout.push_back(quantities.size());
+                                     for (const ValueVector& values : quantities.vectorContainer()) {
+                                       layout.push_back(values.size());
+                                     }
+                                   });
   }
-  for (HxU32 m = 0; m < manipulatorDataVector_.size(); ++m) {
-    manipulatorDataVector_[m].forEachValue([&](double value) {
-      if (position < size) out[position] = value;
-      ++position;
-    });
+}
+
+HxBaseSystemDataComponent* HxSystemDataStorage::newLayoutProbe() const {
+  auto* probe = new HxSystemDataStorage(*this);
+  probe->setTime(0.0);
+  probe->setPathPointIndex(1u);
+  double next = 2.0;
+  for (HxManipulatorDataStorage& manipulator : probe->manipulatorDataVector_.vectorContainer()) {
+    manipulator.forEachValue([&next](HxXmlBasicType<double>& value) { value = next++; });
   }
+  probe->invalidateText();
+  return probe;
 }

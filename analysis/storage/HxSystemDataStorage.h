@@ -10,6 +10,7 @@
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// One captured sample of the whole system: the simulation time, the path-point index and one
 /// `HxManipulatorDataStorage` per captured manipulator (component kind 1).
@@ -19,8 +20,8 @@
 /// capture fills it through the specific setters (`storeData`), and every output writer reads
 /// it back flat, as reals (`getRealElements`) or as text (`getStringElements`).
 ///
-/// Flat order: time, path-point index, then for each manipulator its values in the order of
-/// `HxManipulatorDataStorage::forEachValue`. The element size counts the two leading elements.
+/// Elements in the flat order of a sample (`HxFlatOrder`): the time, the path-point index, then
+/// the values of every manipulator. The element size counts the two leading elements.
 ///
 /// Text cache: several writers ask for the same sample, so the record turns its values into
 /// reals in flat order (`elementValues`) and into text (`elementText`) at most once per sample,
@@ -41,6 +42,7 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// The values of one quantity.
   using ValueVector = HxManipulatorDataStorage::ValueVector;
 
+  HX_XML_SERIALISABLE_HOOKS(HxSystemDataStorage);
   /// No manipulators, time 0, path-point index 0, element size 0.
   HxSystemDataStorage();
   /// Copies everything but the text cache (the element size included).
@@ -48,31 +50,19 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// Assigns everything but the caches (the element size included); marks the caches stale.
   HxSystemDataStorage& operator=(const HxSystemDataStorage& other);
   ~HxSystemDataStorage() override;
+  /// A default, empty record.
+  static HxSystemDataStorage nullObject();
+  /// Compares the registered members in registration order, then the element size.
+  bool operator==(const HxSystemDataStorage& other) const;
 
   /// Registers "manipulatorDataVector", "time" and "pathPointIndex", in this order.
   void registerComponents() override;
-  /// The base read; marks the text cache stale. The element size is not recomputed.
+  /// The base read, then `computeElementSize()` (the element size is not written), so that a
+  /// record reads back equal to the one written; marks the caches stale. Returns the base
+  /// read's result.
   HxBoolean read(HxXmlReader& reader) override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  /// "generalStorage".
-  const HxToken& token() const override;
-  /// "generalStorage", the element name of the class.
-  static const HxToken& classToken();
-  /// A new default record, for registration in `HxSystemDataVector`.
-  static HxXmlObject* creator();
-  /// A default, empty record.
-  static HxSystemDataStorage nullObject();
-
-  /// Compares the base, the manipulator data vector, time, path-point index and element size.
-  bool operator==(const HxSystemDataStorage& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxSystemDataStorage& other) const { return !(*this == other); }
-
-  /// 1: a sample record.
+  /// `HxSystemDataComponentKind::Record` (1).
   unsigned int type() const override;
   /// The sample as text, in flat order: the time and every value by `HxDOUBLE2STRING`, the
   /// path-point index by `HxINT2STRING(index, 10)`. `elements` is resized to the element size
@@ -98,8 +88,7 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
                                                     const ValueVector& values);
   /// Stores one link-level value of manipulator `manipulator` (see
   /// `HxManipulatorDataStorage::setSpecificLinkLevelData`); false for an index out of range.
-  virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
-                                             double value);
+  virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset, double value);
   /// Stores a run of link-level values of manipulator `manipulator`; false for an index out of
   /// range, an empty run or a run that does not fit.
   virtual HxBoolean setSpecificLinkLevelData(HxU32 manipulator, HxU32 link, HxU32 quantity, HxU32 offset,
@@ -139,6 +128,13 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// values; as many as the element size, an element the record has no value for being 0 (its
   /// text is empty). Element i's text is exactly element i of `getStringElements`. Never null.
   const HxElementValues* elementValues() const override;
+  /// The element size, the number of manipulators, and per manipulator its numbers of links and
+  /// end effectors and, entry by entry in flat order, its number of quantities and the size of
+  /// each. Does not allocate once `layout` has room.
+  void describeLayout(std::vector<HxU32>& layout) const override;
+  /// A copy whose time is 0, whose path-point index is 1 and whose values are 2, 3, ... in flat
+  /// order, so that element i of its string elements is the text of i. Owned by the caller.
+  HxBaseSystemDataComponent* newLayoutProbe() const override;
 
  private:
   void invalidateText() {
@@ -147,6 +143,18 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   }
   void refreshValues() const;
   void refreshText() const;
+  // Calls visit(double) for every element in flat order: the time and the path-point index
+  // (unless `excludeTimeAndIndex`), then the values of every manipulator.
+  template <class Visit>
+  void forEachElement(bool excludeTimeAndIndex, Visit&& visit) const {
+    if (!excludeTimeAndIndex) {
+      visit(time_.value());
+      visit(static_cast<double>(pathPointIndex_.value()));
+    }
+    for (const HxManipulatorDataStorage& manipulator : manipulatorDataVector_.vectorContainer()) {
+      manipulator.forEachValue(visit);
+    }
+  }
 
   ManipulatorDataVector manipulatorDataVector_;
   HxXmlBasicType<double> time_;

@@ -49,9 +49,7 @@ bool HxSystemStoredData::operator==(const HxSystemStoredData& other) const {
   return systemDataVector_ == other.systemDataVector_ && outputWriterVector_ == other.outputWriterVector_;
 }
 
-void HxSystemStoredData::setOutputWriterVector(const HxOutputWriterVector& writers) {
-  outputWriterVector_ = writers;
-}
+void HxSystemStoredData::setOutputWriterVector(const HxOutputWriterVector& writers) { outputWriterVector_ = writers; }
 
 HxSystemDataStorage& HxSystemStoredData::sampleRecord() {
   return dynamic_cast<HxSystemDataStorage&>(systemDataVector_[1]);

@@ -9,6 +9,7 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 class HxSystemSimulation;
 
@@ -85,6 +86,18 @@ class HxDataCaptureType : public HxXmlCompoundType {
   void resetData() const;
   /// Column `index` of the buffer, for the concrete `captureData`.
   double& column(HxU32 index) const { return data_[index].value(); }
+  /// Columns `first` to `first + count - 1` from `values[0]` to `values[count - 1]`.
+  template <class Values>
+  void setColumns(HxU32 first, const Values& values, HxU32 count) const {
+    for (HxU32 i = 0; i < count; ++i) column(first + i) = values[i];
+  }
+  /// Seven columns from `first`: a placement's translation (X, Y, Z), then its orientation
+  /// (components 0 to 3).
+  template <class Placement>
+  void setPlacementColumns(HxU32 first, const Placement& placement) const {
+    setColumns(first, placement.translation(), 3);
+    setColumns(first + 3, placement.orientation(), 4);
+  }
 
   /// Serialised as "disableFlags".
   FlagVector disableFlags_;
@@ -97,33 +110,20 @@ class HxDataCaptureType : public HxXmlCompoundType {
 };
 
 /// Declares, inside a concrete data capture type, the members that every one of them has:
-/// construction and copy, the serialisable-object hooks (`classToken`, `creator`, `clone`,
-/// `newObject`, `equality`, `token`), the class-wide constants `m_theDescription` and
-/// `m_theDataSize`, and the overrides of `description`, `dataSize`, `type` and `captureData`.
-/// `equality` is false for null or for an object of another class, else `operator==`.
-#define HX_DATA_CAPTURE_TYPE_MEMBERS(ClassName)                                                    \
- public:                                                                                          \
-  /** Sizes the labels and the buffer for the class's columns and sets the labels. */             \
-  ClassName();                                                                                    \
-  /** Copies every member, working state between samples included. */                             \
-  ClassName(const ClassName& other);                                                              \
-  /** Assigns every member, working state between samples included. */                            \
-  ClassName& operator=(const ClassName& other);                                                   \
-  ~ClassName() override;                                                                          \
-  /** The element name of the class in XML files. */                                              \
-  static const HxToken& classToken();                                                             \
-  /** A new default object, owned by the caller (the creator registered for the token). */        \
-  static HxXmlObject* creator();                                                                  \
-  HxXmlObject* clone() const override;                                                            \
-  HxXmlObject* newObject() const override;                                                        \
-  HxBoolean equality(const HxXmlObject* other) const override;                                    \
-  const HxToken& token() const override;                                                          \
-  const std::string& description() const override;                                               \
-  HxU32 dataSize() const override;                                                                \
-  HxU32 type() const override;                                                                    \
-  HxBoolean captureData(const HxSystemSimulation& simulation, const HxU32& manipulatorIndex,       \
-                        const HxU32& elementIndex) const override;                                \
-  /** The description, built at load time. */                                                     \
-  static const std::string m_theDescription;                                                      \
-  /** The number of columns. */                                                                   \
+/// construction, copy of every member (working state between samples included) and the
+/// serialisable-object hooks (HX_XML_SERIALISABLE), the class-wide constants
+/// `m_theDescription` and `m_theDataSize`, and the overrides of `description`, `dataSize`,
+/// `type` and `captureData`.
+#define HX_DATA_CAPTURE_TYPE_MEMBERS(ClassName)                                              \
+  HX_XML_SERIALISABLE(ClassName);                                                            \
+  /** Sizes the labels and the buffer for the class's columns and sets the labels. */        \
+  ClassName();                                                                               \
+  const std::string& description() const override;                                           \
+  HxU32 dataSize() const override;                                                           \
+  HxU32 type() const override;                                                               \
+  HxBoolean captureData(const HxSystemSimulation& simulation, const HxU32& manipulatorIndex, \
+                        const HxU32& elementIndex) const override;                           \
+  /** The description, built at load time. */                                                \
+  static const std::string m_theDescription;                                                 \
+  /** The number of columns. */                                                              \
   static const HxU32 m_theDataSize

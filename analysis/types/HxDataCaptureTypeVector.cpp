@@ -13,59 +13,26 @@ const std::string versionString("3.0.0");
 }  // namespace
 
 HxDataCaptureTypeVector::HxDataCaptureTypeVector() = default;
-HxDataCaptureTypeVector::HxDataCaptureTypeVector(const HxDataCaptureTypeVector& other) = default;
-HxDataCaptureTypeVector& HxDataCaptureTypeVector::operator=(const HxDataCaptureTypeVector& other) = default;
-HxDataCaptureTypeVector::~HxDataCaptureTypeVector() = default;
-
-const HxToken& HxDataCaptureTypeVector::classToken() { return HxSimAnalysis::HxDataCaptureTypeVectorToken; }
-
-HxXmlObject* HxDataCaptureTypeVector::creator() { return new HxDataCaptureTypeVector(); }
+HX_XML_SERIALISABLE_DEFINITIONS(HxDataCaptureTypeVector, HxSimAnalysis::HxDataCaptureTypeVectorToken)
 
 const HxDataCaptureTypeVector& HxDataCaptureTypeVector::nullObject() {
   static const HxDataCaptureTypeVector empty;
   return empty;
 }
 
-HxXmlObject* HxDataCaptureTypeVector::clone() const { return new HxDataCaptureTypeVector(*this); }
-
-HxXmlObject* HxDataCaptureTypeVector::newObject() const { return new HxDataCaptureTypeVector(); }
-
-HxBoolean HxDataCaptureTypeVector::equality(const HxXmlObject* other) const {
-  const HxDataCaptureTypeVector* same = dynamic_cast<const HxDataCaptureTypeVector*>(other);
-  return same != nullptr && *this == *same;
-}
-
-const HxToken& HxDataCaptureTypeVector::token() const { return classToken(); }
-
 void HxDataCaptureTypeVector::registerComponents() {}
 
 void HxDataCaptureTypeVector::registerComponentCreators() {
   // ControlInput, ControlOutputJointPosition and ControlOutputActualJointVelocity are left
   // out on purpose: they are not read from configuration files.
-  registerComponentCreator(HxBaseAccelerationDataCaptureType::classToken(), HxBaseAccelerationDataCaptureType::creator);
-  registerComponentCreator(HxBasePositionDataCaptureType::classToken(), HxBasePositionDataCaptureType::creator);
-  registerComponentCreator(HxBaseVelocityDataCaptureType::classToken(), HxBaseVelocityDataCaptureType::creator);
-  registerComponentCreator(HxCenterOfMassDataCaptureType::classToken(), HxCenterOfMassDataCaptureType::creator);
-  registerComponentCreator(HxControlTorqueDataCaptureType::classToken(), HxControlTorqueDataCaptureType::creator);
-  registerComponentCreator(HxEndEffectorAccelerationDataCaptureType::classToken(),
-                           HxEndEffectorAccelerationDataCaptureType::creator);
-  registerComponentCreator(HxEndEffectorPlacementDataCaptureType::classToken(),
-                           HxEndEffectorPlacementDataCaptureType::creator);
-  registerComponentCreator(HxEndEffectorVelocityDataCaptureType::classToken(),
-                           HxEndEffectorVelocityDataCaptureType::creator);
-  registerComponentCreator(HxExternalForceDataCaptureType::classToken(), HxExternalForceDataCaptureType::creator);
-  registerComponentCreator(HxJointAccelerationDataCaptureType::classToken(),
-                           HxJointAccelerationDataCaptureType::creator);
-  registerComponentCreator(HxJointPositionDataCaptureType::classToken(), HxJointPositionDataCaptureType::creator);
-  registerComponentCreator(HxJointVelocityDataCaptureType::classToken(), HxJointVelocityDataCaptureType::creator);
-  registerComponentCreator(HxJointTorqueDataCaptureType::classToken(), HxJointTorqueDataCaptureType::creator);
-  registerComponentCreator(HxMotorPowerDataCaptureType::classToken(), HxMotorPowerDataCaptureType::creator);
-  registerComponentCreator(HxReachTargetDataCaptureType::classToken(), HxReachTargetDataCaptureType::creator);
-  registerComponentCreator(HxStructuralForceDataCaptureType::classToken(), HxStructuralForceDataCaptureType::creator);
-  registerComponentCreator(HxControlOutputJointVelocityDataCaptureType::classToken(),
-                           HxControlOutputJointVelocityDataCaptureType::creator);
-  registerComponentCreator(HxManipulatorPowerDataCaptureType::classToken(),
-                           HxManipulatorPowerDataCaptureType::creator);
+  registerComponentCreatorsOf<
+      HxBaseAccelerationDataCaptureType, HxBasePositionDataCaptureType, HxBaseVelocityDataCaptureType,
+      HxCenterOfMassDataCaptureType, HxControlTorqueDataCaptureType, HxEndEffectorAccelerationDataCaptureType,
+      HxEndEffectorPlacementDataCaptureType, HxEndEffectorVelocityDataCaptureType, HxExternalForceDataCaptureType,
+      HxJointAccelerationDataCaptureType, HxJointPositionDataCaptureType, HxJointVelocityDataCaptureType,
+      HxJointTorqueDataCaptureType, HxMotorPowerDataCaptureType, HxReachTargetDataCaptureType,
+      HxStructuralForceDataCaptureType, HxControlOutputJointVelocityDataCaptureType,
+      HxManipulatorPowerDataCaptureType>();
 }
 
 HxDataCaptureType* HxDataCaptureTypeVector::newDataCaptureByToken(const HxToken& token) const {

@@ -6,6 +6,7 @@
 #include "analysis/xml/HxXmlVariableVectorType.h"
 #include "framework/HxToken.h"
 #include "framework/HxTypes.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// An owning, serialisable list of data capture types, written as "dataCaptureTypeVector"
 /// with each element under its own token.
@@ -24,25 +25,11 @@
 class HxDataCaptureTypeVector : public HxXmlVariableVectorType<HxDataCaptureType> {
  public:
   HxDataCaptureTypeVector();
-  /// Deep copy: every type is cloned, working state included.
-  HxDataCaptureTypeVector(const HxDataCaptureTypeVector& other);
-  /// Replaces every type by a clone of the source's.
-  HxDataCaptureTypeVector& operator=(const HxDataCaptureTypeVector& other);
-  ~HxDataCaptureTypeVector() override;
 
-  /// "dataCaptureTypeVector", the element name of the class.
-  static const HxToken& classToken();
-  /// A new empty vector, owned by the caller.
-  static HxXmlObject* creator();
+  HX_XML_SERIALISABLE_HOOKS(HxDataCaptureTypeVector);
+  HX_XML_MEMBERWISE_COPY(HxDataCaptureTypeVector);
   /// A static empty vector.
   static const HxDataCaptureTypeVector& nullObject();
-
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object that is not an HxDataCaptureTypeVector; else the
-  /// element-wise comparison.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  const HxToken& token() const override;
 
   /// The vector has no members of its own to register.
   void registerComponents();

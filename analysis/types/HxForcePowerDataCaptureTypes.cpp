@@ -10,127 +10,95 @@
 
 namespace {
 const std::string versionString("3.0.0");
-}  // namespace
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxExternalForceDataCaptureType, HxSimAnalysis::HxExternalForceDataCaptureTypeToken,
-                                 "External Forces", HxDataCaptureLevel::Link, "Force X", "Force Y", "Force Z",
-                                 "Moment X", "Moment Y", "Moment Z")
+using HxDataCaptureLookup::elementOf;
 
-HxBoolean HxExternalForceDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                      const HxU32& manipulatorIndex,
-                                                      const HxU32& elementIndex) const {
-  resetData();
-  const HxU32 m = manipulatorIndex;
-  const HxU32 j = elementIndex;
-  if (!simulation.dynamicsEnabled()) {
-    return false;
-  }
-  const std::vector<HxManipulatorExternalForce>& externalForces = simulation.manipulatorExternalForces();
-  if (m >= externalForces.size()) {
-    return false;
-  }
-  const std::vector<HxGeneralForce>& forces = externalForces[m].forces();
-  if (j >= forces.size()) {
-    return false;
-  }
-  const HxGeneralForce& force = forces[j];
-  for (HxU32 i = 0; i < 6; ++i) {
-    column(i) = force[i];
-  }
-  return true;
+const std::vector<HxGeneralForce>& forcesOf(const HxManipulatorExternalForce& external) { return external.forces(); }
+const std::vector<HxLinkForceState>& linkForcesOf(const HxIndividualDynamicSimulator& simulator) {
+  return simulator.linkForceStates();
 }
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxStructuralForceDataCaptureType,
-                                 HxSimAnalysis::HxStructuralForceDataCaptureTypeToken, "Structural Forces",
-                                 HxDataCaptureLevel::Link, "Force X", "Force Y", "Force Z", "Moment X", "Moment Y",
-                                 "Moment Z")
-
-HxBoolean HxStructuralForceDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                        const HxU32& manipulatorIndex,
-                                                        const HxU32& elementIndex) const {
-  resetData();
-  const HxU32 m = manipulatorIndex;
-  const HxU32 j = elementIndex;
-  if (!simulation.dynamicsEnabled()) {
-    return false;
-  }
-  const std::vector<HxIndividualDynamicSimulator>& simulators = simulation.individualSimulators();
-  if (m >= simulators.size()) {
-    return false;
-  }
-  const std::vector<HxLinkForceState>& linkForces = simulators[m].linkForceStates();
-  if (j >= linkForces.size()) {
-    return false;
-  }
-  // A link whose force the dynamics did not compute has nothing to record.
-  if (!linkForces[j].isValid()) {
-    return false;
-  }
-  const HxGeneralForce& force = linkForces[j].force();
-  for (HxU32 i = 0; i < 6; ++i) {
-    column(i) = force[i];
-  }
-  return true;
-}
-
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxManipulatorPowerDataCaptureType,
-                                 HxSimAnalysis::HxManipulatorPowerDataCaptureTypeToken, "Manipulator Power",
-                                 HxDataCaptureLevel::Manipulator, "Manipulator Power")
-
-HxBoolean HxManipulatorPowerDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                         const HxU32& manipulatorIndex, const HxU32&) const {
-  resetData();
-  const HxU32 m = manipulatorIndex;
-  if (!simulation.dynamicsEnabled() || !simulation.powerDataAvailable()) {
-    return false;
-  }
+// What the power quantities of manipulator m are computed from: its torques and its active
+// state's joint velocities. Null torques when the simulation integrates no dynamics, has no
+// power data or no entry for m (in the torques, the active states or the manipulators).
+struct PowerInputs {
+  const std::vector<double>* torques = nullptr;
+  const std::vector<double>* velocities = nullptr;
+};
+PowerInputs powerInputs(const HxSystemSimulation& simulation, HxU32 m) {
+  PowerInputs inputs;
+  if (!simulation.dynamicsEnabled() || !simulation.powerDataAvailable()) return inputs;
   if (m >= simulation.manipulatorTorques().size() || m >= simulation.activeStates().size() ||
       m >= simulation.manipulators().size()) {
-    return false;
+    return inputs;
   }
-  const std::vector<double>& torques = simulation.manipulatorTorques()[m].values();
-  const std::vector<double>& velocities = simulation.activeStates()[m].velocityState().jointVelocities();
+  inputs.torques = &simulation.manipulatorTorques()[m].values();
+  inputs.velocities = &simulation.activeStates()[m].velocityState().jointVelocities();
+  return inputs;
+}
+}  // namespace
+
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxExternalForceDataCaptureType, "External Forces", HxDataCaptureLevel::Link,
+                                 HX_FORCE_LABELS)
+
+HxBoolean HxExternalForceDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                      const HxU32& j) const {
+  resetData();
+  const HxGeneralForce* force =
+      simulation.dynamicsEnabled() ? elementOf(simulation.manipulatorExternalForces(), m, j, forcesOf) : nullptr;
+  if (force != nullptr) setColumns(0, *force, 6);
+  return force != nullptr;
+}
+
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxStructuralForceDataCaptureType, "Structural Forces", HxDataCaptureLevel::Link,
+                                 HX_FORCE_LABELS)
+
+HxBoolean HxStructuralForceDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                        const HxU32& j) const {
+  resetData();
+  if (!simulation.dynamicsEnabled()) return false;
+  const HxLinkForceState* link = elementOf(simulation.individualSimulators(), m, j, linkForcesOf);
+  // A link whose force the dynamics did not compute has nothing to record.
+  if (link == nullptr || !link->isValid()) return false;
+  setColumns(0, link->force(), 6);
+  return true;
+}
+
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxManipulatorPowerDataCaptureType, "Manipulator Power",
+                                 HxDataCaptureLevel::Manipulator, "Manipulator Power")
+
+HxBoolean HxManipulatorPowerDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                         const HxU32&) const {
+  resetData();
+  const PowerInputs inputs = powerInputs(simulation, m);
+  if (inputs.torques == nullptr) return false;
+  const std::vector<double>& torques = *inputs.torques;
+  const std::vector<double>& velocities = *inputs.velocities;
 
   // Sum over the joints that have both a torque and a velocity, in joint order.
   const std::size_t joints = std::min(torques.size(), velocities.size());
   double power = 0.0;
-  for (std::size_t i = 0; i < joints; ++i) {
-    power += torques[i] * velocities[i];
-  }
+  for (std::size_t i = 0; i < joints; ++i) power += torques[i] * velocities[i];
   column(0) = power;
   return true;
 }
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxMotorPowerDataCaptureType, HxSimAnalysis::HxMotorPowerDataCaptureTypeToken,
-                                 "Motor Power", HxDataCaptureLevel::Link, "Motor Power")
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxMotorPowerDataCaptureType, "Motor Power", HxDataCaptureLevel::Link, "Motor Power")
 
-HxBoolean HxMotorPowerDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                   const HxU32& manipulatorIndex, const HxU32& elementIndex) const {
+HxBoolean HxMotorPowerDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                   const HxU32& j) const {
   resetData();
-  const HxU32 m = manipulatorIndex;
-  const HxU32 j = elementIndex;
-  if (!simulation.dynamicsEnabled() || !simulation.powerDataAvailable()) {
-    return false;
-  }
-  if (m >= simulation.manipulatorTorques().size() || m >= simulation.activeStates().size()) {
-    return false;
-  }
-  if (m >= simulation.manipulators().size()) {
-    return false;
-  }
-  const std::vector<double>& torques = simulation.manipulatorTorques()[m].values();
-  const std::vector<double>& velocities = simulation.activeStates()[m].velocityState().jointVelocities();
+  const PowerInputs inputs = powerInputs(simulation, m);
+  if (inputs.torques == nullptr) return false;
+  const std::vector<double>& torques = *inputs.torques;
+  const std::vector<double>& velocities = *inputs.velocities;
   const HxIndividualManipulator& manipulator = simulation.manipulators()[m];
-  if (j >= torques.size() || j >= velocities.size() || j >= manipulator.jointCount()) {
-    return false;
-  }
+  if (j >= torques.size() || j >= velocities.size() || j >= manipulator.jointCount()) return false;
 
   // Only a DC electric motor has a power to record.
   const HxJointDrive& drive = manipulator.jointDrive(j);
   const HxDcElectricMotor* motor = dynamic_cast<const HxDcElectricMotor*>(drive.powerConverter());
-  if (motor == nullptr) {
-    return false;
-  }
+  if (motor == nullptr) return false;
   column(0) = (drive.scaleFactor() * velocities[j]) * torques[j] / motor->divisor();
   return true;
 }

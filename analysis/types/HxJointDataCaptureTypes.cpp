@@ -9,19 +9,15 @@
 namespace {
 const std::string versionString("3.0.0");
 
+using HxDataCaptureLookup::elementOf;
+
 // Column 0 = joint j of the per-joint vector of entry m of `perManipulator`, where `select`
 // picks that per-joint vector out of an entry. False when m or j is out of range.
 template <class Entry, class Select>
-HxBoolean captureJointValue(const std::vector<Entry>& perManipulator, HxU32 m, HxU32 j, Select select,
-                            double& column) {
-  if (m >= perManipulator.size()) {
-    return false;
-  }
-  const std::vector<double>& values = select(perManipulator[m]);
-  if (j >= values.size()) {
-    return false;
-  }
-  column = values[j];
+HxBoolean captureJointValue(const std::vector<Entry>& perManipulator, HxU32 m, HxU32 j, Select select, double& column) {
+  const double* value = elementOf(perManipulator, m, j, select);
+  if (value == nullptr) return false;
+  column = *value;
   return true;
 }
 
@@ -42,184 +38,101 @@ const std::vector<double>& jointTorquesOf(const HxIndividualDynamicSimulator& si
 const std::vector<double>& controlInputsOf(const HxManipulatorControlInput& input) { return input.values(); }
 const std::vector<double>& controlTorquesOf(const HxManipulatorTorque& torque) { return torque.values(); }
 
-// As captureJointValue, for the quantities that exist only when the simulation integrates the
-// dynamics: false (with the column left at 0.0) when it does not.
-template <class Entry, class Select>
-HxBoolean captureDynamicJointValue(const HxSystemSimulation& simulation, const std::vector<Entry>& perManipulator,
-                                   HxU32 m, HxU32 j, Select select, double& column) {
-  return simulation.dynamicsEnabled() && captureJointValue(perManipulator, m, j, select, column);
+// Joint j of manipulator m's control-output position; null when m or j is out of range.
+const double* controlOutputPosition(const HxSystemSimulation& simulation, HxU32 m, HxU32 j) {
+  return elementOf(simulation.controlOutputPositionStates(), m, j, jointPositionsOf);
+}
+
+// The finite difference of `position` over the time since the previous sample, into `column`;
+// the position becomes the previous one. False, nothing changed, without a position.
+bool differentiate(const double* position, double time, HxJointSample& previous, double& column) {
+  if (position == nullptr) return false;
+  column = (*position - previous.position) / (time - previous.time);
+  previous.position = *position;
+  return true;
 }
 }  // namespace
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointPositionDataCaptureType, HxSimAnalysis::HxJointPositionDataCaptureTypeToken,
-                                 "Joint Positions", HxDataCaptureLevel::Link, "Joint Position")
-
-HxBoolean HxJointPositionDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                      const HxU32& manipulatorIndex,
-                                                      const HxU32& elementIndex) const {
-  resetData();
-  if (simulation.dynamicsEnabled()) {
-    return captureJointValue(simulation.activeStates(), manipulatorIndex, elementIndex, activeJointPositionsOf,
-                             column(0));
+// A joint quantity of one column: element j of the per-joint vector that `select` picks out of
+// entry m of `simulation.source()`; with `needsDynamics`, false (the column left at 0.0) when the
+// simulation does not integrate the dynamics.
+#define HX_JOINT_VALUE_TYPE(ClassName, Description, Label, needsDynamics, source, select)                        \
+  HX_DATA_CAPTURE_TYPE_DEFINITIONS(ClassName, Description, HxDataCaptureLevel::Link, Label)                      \
+  HxBoolean ClassName::captureData(const HxSystemSimulation& simulation, const HxU32& m, const HxU32& j) const { \
+    resetData();                                                                                                 \
+    return (!(needsDynamics) || simulation.dynamicsEnabled()) &&                                                 \
+           captureJointValue(simulation.source(), m, j, select, column(0));                                      \
   }
+
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointPositionDataCaptureType, "Joint Positions", HxDataCaptureLevel::Link,
+                                 "Joint Position")
+
+HxBoolean HxJointPositionDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                      const HxU32& j) const {
+  resetData();
+  if (simulation.dynamicsEnabled())
+    return captureJointValue(simulation.activeStates(), m, j, activeJointPositionsOf, column(0));
   // Without dynamics the commanded state is the state.
-  return captureJointValue(simulation.controlOutputPositionStates(), manipulatorIndex, elementIndex,
-                           jointPositionsOf, column(0));
+  return captureJointValue(simulation.controlOutputPositionStates(), m, j, jointPositionsOf, column(0));
 }
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointVelocityDataCaptureType, HxSimAnalysis::HxJointVelocityDataCaptureTypeToken,
-                                 "Joint Velocities", HxDataCaptureLevel::Link, "Joint Velocity")
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointVelocityDataCaptureType, "Joint Velocities", HxDataCaptureLevel::Link,
+                                 "Joint Velocity")
 
-HxBoolean HxJointVelocityDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                      const HxU32& manipulatorIndex,
-                                                      const HxU32& elementIndex) const {
+HxBoolean HxJointVelocityDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                      const HxU32& j) const {
   resetData();
-  const HxU32 m = manipulatorIndex;
-  const HxU32 j = elementIndex;
-
   // With dynamics the active state holds the velocity; the history is left alone.
   if (simulation.dynamicsEnabled()) {
     return captureJointValue(simulation.activeStates(), m, j, activeJointVelocitiesOf, column(0));
   }
 
   const double time = simulation.controlOutputTime();
-  const std::vector<HxPositionState>& positionStates = simulation.controlOutputPositionStates();
-  if (previousTime_ >= time) {
+  const double* position = controlOutputPosition(simulation, m, j);
+  if (previous_.time >= time) {
     // No time step (the first sample included): take the control output's velocity and
     // remember the position for the next step.
-    const std::vector<HxVelocityState>& velocityStates = simulation.controlOutputVelocityStates();
-    if (m >= positionStates.size() || m >= velocityStates.size()) {
-      return false;
-    }
-    const std::vector<double>& positions = positionStates[m].jointPositions();
-    const std::vector<double>& velocities = velocityStates[m].jointVelocities();
-    if (j >= positions.size() || j >= velocities.size()) {
-      return false;
-    }
-    previousPosition_ = positions[j];
-    column(0) = velocities[j];
-  } else {
-    // Time advanced: differentiate the position over the step.
-    if (m >= positionStates.size()) {
-      return false;
-    }
-    const std::vector<double>& positions = positionStates[m].jointPositions();
-    if (j >= positions.size()) {
-      return false;
-    }
-    const double position = positions[j];
-    column(0) = (position - previousPosition_) / (time - previousTime_);
-    previousPosition_ = position;
+    const double* velocity = elementOf(simulation.controlOutputVelocityStates(), m, j, jointVelocitiesOf);
+    if (position == nullptr || velocity == nullptr) return false;
+    previous_.position = *position;
+    column(0) = *velocity;
+  } else if (!differentiate(position, time, previous_, column(0))) {
+    // Time advanced: the position is differentiated over the step.
+    return false;
   }
-  previousTime_ = time;
+  previous_.time = time;
   return true;
 }
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointAccelerationDataCaptureType,
-                                 HxSimAnalysis::HxJointAccelerationDataCaptureTypeToken, "Joint Accelerations",
-                                 HxDataCaptureLevel::Link, "Joint Acceleration")
-
-HxBoolean HxJointAccelerationDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                          const HxU32& manipulatorIndex,
-                                                          const HxU32& elementIndex) const {
-  resetData();
-  return captureDynamicJointValue(simulation, simulation.individualSimulators(), manipulatorIndex, elementIndex,
-                                  jointAccelerationsOf, column(0));
-}
-
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointTorqueDataCaptureType, HxSimAnalysis::HxJointTorqueDataCaptureTypeToken,
-                                 "Joint Torques", HxDataCaptureLevel::Link, "Joint Torque")
-
-HxBoolean HxJointTorqueDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                    const HxU32& manipulatorIndex,
-                                                    const HxU32& elementIndex) const {
-  resetData();
-  return captureDynamicJointValue(simulation, simulation.individualSimulators(), manipulatorIndex, elementIndex,
-                                  jointTorquesOf, column(0));
-}
-
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlInputDataCaptureType, HxSimAnalysis::HxControlInputDataCaptureTypeToken,
-                                 "Control Input", HxDataCaptureLevel::Link, "Control Input")
-
-HxBoolean HxControlInputDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                     const HxU32& manipulatorIndex,
-                                                     const HxU32& elementIndex) const {
-  resetData();
-  return captureDynamicJointValue(simulation, simulation.manipulatorControlInputs(), manipulatorIndex, elementIndex,
-                                  controlInputsOf, column(0));
-}
-
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlTorqueDataCaptureType, HxSimAnalysis::HxControlTorqueDataCaptureTypeToken,
-                                 "Control Torques", HxDataCaptureLevel::Link, "Control Torque")
-
-HxBoolean HxControlTorqueDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                      const HxU32& manipulatorIndex,
-                                                      const HxU32& elementIndex) const {
-  resetData();
-  return captureDynamicJointValue(simulation, simulation.manipulatorTorques(), manipulatorIndex, elementIndex,
-                                  controlTorquesOf, column(0));
-}
-
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlOutputJointPositionDataCaptureType,
-                                 HxSimAnalysis::HxControlOutputJointPositionDataCaptureTypeToken,
-                                 "Control Output Joint Positions", HxDataCaptureLevel::Link, "Joint Position")
-
-HxBoolean HxControlOutputJointPositionDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                                   const HxU32& manipulatorIndex,
-                                                                   const HxU32& elementIndex) const {
-  resetData();
-  return captureJointValue(simulation.controlOutputPositionStates(), manipulatorIndex, elementIndex,
-                           jointPositionsOf, column(0));
-}
-
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlOutputJointVelocityDataCaptureType,
-                                 HxSimAnalysis::HxControlOutputJointVelocityDataCaptureTypeToken,
-                                 "Control Output Joint Velocities", HxDataCaptureLevel::Link, "Joint Velocity")
-
-HxBoolean HxControlOutputJointVelocityDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                                   const HxU32& manipulatorIndex,
-                                                                   const HxU32& elementIndex) const {
-  resetData();
-  return captureJointValue(simulation.controlOutputVelocityStates(), manipulatorIndex, elementIndex,
-                           jointVelocitiesOf, column(0));
-}
+HX_JOINT_VALUE_TYPE(HxJointAccelerationDataCaptureType, "Joint Accelerations", "Joint Acceleration", true,
+                    individualSimulators, jointAccelerationsOf)
+HX_JOINT_VALUE_TYPE(HxJointTorqueDataCaptureType, "Joint Torques", "Joint Torque", true, individualSimulators,
+                    jointTorquesOf)
+HX_JOINT_VALUE_TYPE(HxControlInputDataCaptureType, "Control Input", "Control Input", true, manipulatorControlInputs,
+                    controlInputsOf)
+HX_JOINT_VALUE_TYPE(HxControlTorqueDataCaptureType, "Control Torques", "Control Torque", true, manipulatorTorques,
+                    controlTorquesOf)
+HX_JOINT_VALUE_TYPE(HxControlOutputJointPositionDataCaptureType, "Control Output Joint Positions", "Joint Position",
+                    false, controlOutputPositionStates, jointPositionsOf)
+HX_JOINT_VALUE_TYPE(HxControlOutputJointVelocityDataCaptureType, "Control Output Joint Velocities", "Joint Velocity",
+                    false, controlOutputVelocityStates, jointVelocitiesOf)
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxControlOutputActualJointVelocityDataCaptureType,
-                                 HxSimAnalysis::HxControlOutputActualJointVelocityDataCaptureTypeToken,
-                                 "Control Output Actual Joint Velocities", HxDataCaptureLevel::Link,
-                                 "Joint Velocity")
+                                 "Control Output Actual Joint Velocities", HxDataCaptureLevel::Link, "Joint Velocity")
 
 HxBoolean HxControlOutputActualJointVelocityDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                                         const HxU32& manipulatorIndex,
-                                                                         const HxU32& elementIndex) const {
+                                                                         const HxU32& m, const HxU32& j) const {
   resetData();
-  const HxU32 m = manipulatorIndex;
-  const HxU32 j = elementIndex;
   const double time = simulation.controlOutputTime();
-  const std::vector<HxPositionState>& positionStates = simulation.controlOutputPositionStates();
-
-  if (previousTime_ >= time) {
+  const double* position = controlOutputPosition(simulation, m, j);
+  if (previous_.time >= time) {
     // No time step: only remember the position; a bad index here does not end the call.
-    if (m < positionStates.size()) {
-      const std::vector<double>& positions = positionStates[m].jointPositions();
-      if (j < positions.size()) {
-        previousPosition_ = positions[j];
-      }
-    }
-  } else {
-    // Time advanced (at the first sample, since 0): differentiate the position over the step.
-    if (m >= positionStates.size()) {
-      return false;
-    }
-    const std::vector<double>& positions = positionStates[m].jointPositions();
-    if (j >= positions.size()) {
-      return false;
-    }
-    const double position = positions[j];
-    column(0) = (position - previousPosition_) / (time - previousTime_);
-    previousPosition_ = position;
+    if (position != nullptr) previous_.position = *position;
+  } else if (!differentiate(position, time, previous_, column(0))) {
+    // Time advanced (at the first sample, since 0): the position is differentiated over the step.
+    return false;
   }
-  previousTime_ = time;
+  previous_.time = time;
   // Deliberately false on every path, even with a velocity in the buffer: the column counts
   // as not captured.
   return false;

@@ -8,6 +8,14 @@
 
 #include "analysis/types/HxDataCaptureType.h"
 
+/// What a joint velocity computed by finite differences keeps of the previous sample.
+struct HxJointSample {
+  /// Control-output time of the sample.
+  double time;
+  /// Joint position at the sample.
+  double position;
+};
+
 /// Joint position: the dynamics' active state, or the control output when the dynamics are
 /// off.
 class HxJointPositionDataCaptureType : public HxDataCaptureType {
@@ -23,11 +31,9 @@ class HxJointVelocityDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointVelocityDataCaptureType);
 
  private:
-  /// Control-output time of the previous sample; starts so high that the first sample never
-  /// counts as a time step.
-  mutable double previousTime_ = 1e300;
-  /// Joint position of the previous sample.
-  mutable double previousPosition_ = 0.0;
+  /// The previous sample; its time starts so high that the first sample never counts as a
+  /// time step.
+  mutable HxJointSample previous_{1e300, 0.0};
 };
 
 /// Joint acceleration from the dynamic simulator; needs dynamics.
@@ -71,8 +77,6 @@ class HxControlOutputActualJointVelocityDataCaptureType : public HxDataCaptureTy
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlOutputActualJointVelocityDataCaptureType);
 
  private:
-  /// Control-output time of the previous sample.
-  mutable double previousTime_ = 0.0;
-  /// Joint position of the previous sample.
-  mutable double previousPosition_ = 0.0;
+  /// The previous sample, at time 0 before the first.
+  mutable HxJointSample previous_{0.0, 0.0};
 };

@@ -21,13 +21,12 @@ constexpr HxU32 SingularityColumn = 18;
 constexpr HxU32 CollisionColumn = 19;
 }  // namespace
 
-HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxReachTargetDataCaptureType, HxSimAnalysis::HxReachTargetDataCaptureTypeToken,
-                                 "Reach Target", HxDataCaptureLevel::EndEffector, "Target Reached",
-                                 "Translation Error", "Orientation Error", "Desired X", "Desired Y", "Desired Z",
-                                 "Desired Quaternion 0", "Desired Quaternion 1", "Desired Quaternion 2",
+HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxReachTargetDataCaptureType, "Reach Target", HxDataCaptureLevel::EndEffector,
+                                 "Target Reached", "Translation Error", "Orientation Error", "Desired X", "Desired Y",
+                                 "Desired Z", "Desired Quaternion 0", "Desired Quaternion 1", "Desired Quaternion 2",
                                  "Desired Quaternion 3", "Actual X", "Actual Y", "Actual Z", "Actual Quaternion 0",
-                                 "Actual Quaternion 1", "Actual Quaternion 2", "Actual Quaternion 3",
-                                 "Hit Joint Limit", "Hit Singularity", "Collision Occurred")
+                                 "Actual Quaternion 1", "Actual Quaternion 2", "Actual Quaternion 3", "Hit Joint Limit",
+                                 "Hit Singularity", "Collision Occurred")
 
 void HxReachTargetDataCaptureType::registerComponents() {
   HxDataCaptureType::registerComponents();
@@ -40,30 +39,13 @@ bool HxReachTargetDataCaptureType::operator==(const HxReachTargetDataCaptureType
          orientationTolerance_ == other.orientationTolerance_;
 }
 
-HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& simulation,
-                                                    const HxU32& manipulatorIndex,
-                                                    const HxU32& elementIndex) const {
+HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
+                                                    const HxU32& e) const {
   resetData();
-  const HxU32 m = manipulatorIndex;
-  const HxU32 e = elementIndex;
-
   // Refresh the working state; a manipulator without an entry keeps the previous one.
-  if (simulation.dynamicsEnabled()) {
-    if (m < simulation.activeStates().size()) {
-      workingState_ = simulation.activeStates()[m];
-    }
-  } else if (simulation.hasSystemState()) {
-    const std::vector<HxPositionState>& positions = simulation.systemPositionStates();
-    const std::vector<HxVelocityState>& velocities = simulation.systemVelocityStates();
-    if (m < positions.size() && m < velocities.size()) {
-      workingState_.setPositionState(positions[m]);
-      workingState_.setVelocityState(velocities[m]);
-    }
-  }
+  HxDataCaptureLookup::refreshWorkingState(simulation, m, workingState_);
 
-  if (m >= simulation.manipulators().size()) {
-    return false;
-  }
+  if (m >= simulation.manipulators().size()) return false;
   const HxIndividualManipulator& manipulator = simulation.manipulators()[m];
 
   // The target, when the simulation asks one of this end effector; else the previous one.
@@ -72,9 +54,7 @@ HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& si
     desiredPlacement_ = desired[m].endEffectorPlacement(e, workingState_.activePositionState(), manipulator);
   }
 
-  if (e >= manipulator.numberOfEndEffectors()) {
-    return false;
-  }
+  if (e >= manipulator.numberOfEndEffectors()) return false;
   actualPlacement_ = manipulator.endEffectorPlacement(e, workingState_);
 
   // Errors between the actual and the desired placement.
@@ -96,14 +76,8 @@ HxBoolean HxReachTargetDataCaptureType::captureData(const HxSystemSimulation& si
   }
 
   // The desired and the actual placement.
-  for (HxU32 i = 0; i < 3; ++i) {
-    column(DesiredColumn + i) = desiredPlacement_.translation()[i];
-    column(ActualColumn + i) = actualPlacement_.translation()[i];
-  }
-  for (HxU32 i = 0; i < 4; ++i) {
-    column(DesiredColumn + 3 + i) = desiredPlacement_.orientation()[i];
-    column(ActualColumn + 3 + i) = actualPlacement_.orientation()[i];
-  }
+  setPlacementColumns(DesiredColumn, desiredPlacement_);
+  setPlacementColumns(ActualColumn, actualPlacement_);
 
   // Events of the last step; a manipulator without a result leaves them at 0.0.
   const std::vector<HxPropagationResultData>& results = simulation.propagationResults();

@@ -41,8 +41,6 @@ class HxReachTargetDataCaptureType : public HxDataCaptureType {
 
   /// The base comparison and both tolerances; the working members are not compared.
   bool operator==(const HxReachTargetDataCaptureType& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxReachTargetDataCaptureType& other) const { return !(*this == other); }
 
  private:
   HxXmlBasicType<double> translationTolerance_{0.001};

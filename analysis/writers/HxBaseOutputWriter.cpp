@@ -7,15 +7,6 @@ namespace {
 
 HxBaseOutputWriter::HxBaseOutputWriter() = default;
 
-HxBaseOutputWriter::HxBaseOutputWriter(const HxBaseOutputWriter& other) : HxXmlCompoundType(other) {}
-
-HxBaseOutputWriter& HxBaseOutputWriter::operator=(const HxBaseOutputWriter& other) {
-  HxXmlCompoundType::operator=(other);
-  return *this;
-}
-
-HxBaseOutputWriter::~HxBaseOutputWriter() = default;
-
 void HxBaseOutputWriter::openOutputFile(const std::string& fileName, std::ofstream& stream, bool binary) {
   // A stream that already holds a file keeps it, its state and its position.
   if (stream.is_open()) return;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "framework/HxXmlCompoundType.h"
+#include "framework/HxXmlSerialisable.h"
 
 class HxBaseSystemDataComponent;
 class HxSystemDataVector;
@@ -25,13 +26,8 @@ class HxSystemDataVector;
 /// A writer serialises as an empty element carrying only its token. Writers report nothing:
 /// a stream that failed to open stays failed and every later write to it is lost silently.
 class HxBaseOutputWriter : public HxXmlCompoundType {
- public:
+  HX_XML_MEMBERWISE_COPY(HxBaseOutputWriter);
   HxBaseOutputWriter();
-  /// Copies the compound base only.
-  HxBaseOutputWriter(const HxBaseOutputWriter& other);
-  /// Assigns the compound base only.
-  HxBaseOutputWriter& operator=(const HxBaseOutputWriter& other);
-  ~HxBaseOutputWriter() override;
 
   /// Human-readable name of the format ("Comma-Delimited Text", "XML", ...).
   virtual const std::string& formatDescriptor() const = 0;
@@ -58,3 +54,42 @@ class HxBaseOutputWriter : public HxXmlCompoundType {
   /// The common `openFile`: opens in text mode, or binary mode when `binary` is true.
   static void openOutputFile(const std::string& fileName, std::ofstream& stream, bool binary);
 };
+
+/// Declares, inside a concrete writer (after HX_XML_SERIALISABLE or, for a writer with its own
+/// copy, HX_XML_SERIALISABLE_HOOKS), the members that every writer has: its default
+/// constructor, `operator==`, the format's name and file extension
+/// (`m_theFormatDescriptor`, `m_theFileExtension`) and the overrides of the writer contract.
+/// What each override writes is told by the writer's class comment.
+#define HX_OUTPUT_WRITER_MEMBERS(ClassName)                                                                    \
+ private:                                                                                                      \
+  static const std::string m_theFormatDescriptor;                                                              \
+  static const std::string m_theFileExtension;                                                                 \
+                                                                                                               \
+ public:                                                                                                       \
+  /** A writer that has written nothing yet. */                                                                \
+  ClassName();                                                                                                 \
+  /** Compares the framework base only: all writers of one class are equal. */                                 \
+  bool operator==(const ClassName& other) const { return HxBaseOutputWriter::operator==(other); }              \
+  const std::string& formatDescriptor() const override;                                                        \
+  const std::string& fileExtension() const override;                                                           \
+  void openFile(const std::string& fileName, std::ofstream& stream) override;                                  \
+  void initialize(const HxSystemDataVector& data, std::ostream& stream) override;                              \
+  void finalize(const HxSystemDataVector& data, std::ostream& stream) override;                                \
+  void writeComponentOpening(const HxBaseSystemDataComponent& component, std::ostream& stream) const override; \
+  void writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;    \
+  void writeComponentClosing(const HxBaseSystemDataComponent& component, std::ostream& stream) const override
+
+/// Defines, in a writer's source file, the members of HX_OUTPUT_WRITER_MEMBERS that all writers
+/// share and the serialisable-object hooks: the hooks under `ClassToken`, the default
+/// constructor, the format's name and extension, and `openFile` (binary mode when
+/// `Binary` is true).
+#define HX_OUTPUT_WRITER_DEFINITIONS(ClassName, ClassToken, FormatDescriptor, FileExtension, Binary) \
+  HX_XML_SERIALISABLE_DEFINITIONS(ClassName, ClassToken)                                             \
+  ClassName::ClassName() = default;                                                                  \
+  const std::string ClassName::m_theFormatDescriptor(FormatDescriptor);                              \
+  const std::string ClassName::m_theFileExtension(FileExtension);                                    \
+  const std::string& ClassName::formatDescriptor() const { return m_theFormatDescriptor; }           \
+  const std::string& ClassName::fileExtension() const { return m_theFileExtension; }                 \
+  void ClassName::openFile(const std::string& fileName, std::ofstream& stream) {                     \
+    openOutputFile(fileName, stream, Binary);                                                        \
+  }

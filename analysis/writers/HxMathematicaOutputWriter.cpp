@@ -79,31 +79,8 @@ const char* const kTrailer =
     "\n";
 }  // namespace
 
-const std::string HxMathematicaOutputWriter::m_theFormatDescriptor("Mathematica");
-const std::string HxMathematicaOutputWriter::m_theFileExtension(".nb");
-
-HxMathematicaOutputWriter::HxMathematicaOutputWriter() = default;
-HxMathematicaOutputWriter::HxMathematicaOutputWriter(const HxMathematicaOutputWriter& other)
-    : HxBaseOutputWriter(other) {}
-HxMathematicaOutputWriter& HxMathematicaOutputWriter::operator=(const HxMathematicaOutputWriter& other) {
-  HxBaseOutputWriter::operator=(other);
-  return *this;
-}
-HxMathematicaOutputWriter::~HxMathematicaOutputWriter() = default;
-
-HxXmlObject* HxMathematicaOutputWriter::clone() const { return new HxMathematicaOutputWriter(*this); }
-HxXmlObject* HxMathematicaOutputWriter::newObject() const { return new HxMathematicaOutputWriter(); }
-HxBoolean HxMathematicaOutputWriter::equality(const HxXmlObject* other) const {
-  const auto* writer = dynamic_cast<const HxMathematicaOutputWriter*>(other);
-  return writer != nullptr && *this == *writer;
-}
-const HxToken& HxMathematicaOutputWriter::token() const { return classToken(); }
-const HxToken& HxMathematicaOutputWriter::classToken() { return HxSimAnalysis::HxMathematicaOutputWriterToken; }
-HxXmlObject* HxMathematicaOutputWriter::creator() { return new HxMathematicaOutputWriter(); }
-HxMathematicaOutputWriter HxMathematicaOutputWriter::nullObject() { return HxMathematicaOutputWriter(); }
-
-const std::string& HxMathematicaOutputWriter::formatDescriptor() const { return m_theFormatDescriptor; }
-const std::string& HxMathematicaOutputWriter::fileExtension() const { return m_theFileExtension; }
+HX_OUTPUT_WRITER_DEFINITIONS(HxMathematicaOutputWriter, HxSimAnalysis::HxMathematicaOutputWriterToken, "Mathematica",
+                             ".nb", false)
 
 const std::string& HxMathematicaOutputWriter::headerText() {
   static const std::string header = buildHeader();
@@ -113,10 +90,6 @@ const std::string& HxMathematicaOutputWriter::headerText() {
 const std::string& HxMathematicaOutputWriter::trailerText() {
   static const std::string trailer(kTrailer);
   return trailer;
-}
-
-void HxMathematicaOutputWriter::openFile(const std::string& fileName, std::ofstream& stream) {
-  openOutputFile(fileName, stream, false);
 }
 
 void HxMathematicaOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stream) {
@@ -140,8 +113,8 @@ void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataCompone
 
   char* const row = HxWriterRow::prepare(row_, fields, 4);
   char* out = row;
-  if (n != 0 && (type == 0 || type == 1)) {
-    const bool labels = type == 0;
+  if (n != 0 && (type == HxSystemDataComponentKind::Capture || type == HxSystemDataComponentKind::Record)) {
+    const bool labels = type == HxSystemDataComponentKind::Capture;
     // The first field opens the row; a sample row also begins with the comma that separates
     // it from the row before.
     out = HxWriterRow::put(out, labels ? "{\"" : ",{");

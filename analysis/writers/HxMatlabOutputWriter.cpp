@@ -11,34 +11,7 @@ namespace {
 void writeText(std::ostream& stream, const char* text, std::streamsize size) { stream.write(text, size); }
 }  // namespace
 
-const std::string HxMatlabOutputWriter::m_theFormatDescriptor("MATLAB");
-const std::string HxMatlabOutputWriter::m_theFileExtension(".m");
-
-HxMatlabOutputWriter::HxMatlabOutputWriter() = default;
-HxMatlabOutputWriter::HxMatlabOutputWriter(const HxMatlabOutputWriter& other) : HxBaseOutputWriter(other) {}
-HxMatlabOutputWriter& HxMatlabOutputWriter::operator=(const HxMatlabOutputWriter& other) {
-  HxBaseOutputWriter::operator=(other);
-  return *this;
-}
-HxMatlabOutputWriter::~HxMatlabOutputWriter() = default;
-
-HxXmlObject* HxMatlabOutputWriter::clone() const { return new HxMatlabOutputWriter(*this); }
-HxXmlObject* HxMatlabOutputWriter::newObject() const { return new HxMatlabOutputWriter(); }
-HxBoolean HxMatlabOutputWriter::equality(const HxXmlObject* other) const {
-  const auto* writer = dynamic_cast<const HxMatlabOutputWriter*>(other);
-  return writer != nullptr && *this == *writer;
-}
-const HxToken& HxMatlabOutputWriter::token() const { return classToken(); }
-const HxToken& HxMatlabOutputWriter::classToken() { return HxSimAnalysis::HxMatlabOutputWriterToken; }
-HxXmlObject* HxMatlabOutputWriter::creator() { return new HxMatlabOutputWriter(); }
-HxMatlabOutputWriter HxMatlabOutputWriter::nullObject() { return HxMatlabOutputWriter(); }
-
-const std::string& HxMatlabOutputWriter::formatDescriptor() const { return m_theFormatDescriptor; }
-const std::string& HxMatlabOutputWriter::fileExtension() const { return m_theFileExtension; }
-
-void HxMatlabOutputWriter::openFile(const std::string& fileName, std::ofstream& stream) {
-  openOutputFile(fileName, stream, false);
-}
+HX_OUTPUT_WRITER_DEFINITIONS(HxMatlabOutputWriter, HxSimAnalysis::HxMatlabOutputWriterToken, "MATLAB", ".m", false)
 
 void HxMatlabOutputWriter::initialize(const HxSystemDataVector&, std::ostream&) {}
 void HxMatlabOutputWriter::finalize(const HxSystemDataVector&, std::ostream&) {}
@@ -46,10 +19,10 @@ void HxMatlabOutputWriter::finalize(const HxSystemDataVector&, std::ostream&) {}
 void HxMatlabOutputWriter::writeComponentOpening(const HxBaseSystemDataComponent& component,
                                                  std::ostream& stream) const {
   switch (component.type()) {
-    case 0:
+    case HxSystemDataComponentKind::Capture:
       writeText(stream, "Description=[\n", 14);
       break;
-    case 1:
+    case HxSystemDataComponentKind::Record:
       writeText(stream, "Data=[\n", 7);
       break;
     default:
@@ -61,8 +34,8 @@ void HxMatlabOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& c
   const HxWriterRow::Fields fields(component, scratch_);
   const std::size_t n = fields.size();
   const unsigned int type = component.type();
-  if (type != 0 && type != 1) return;
-  const bool labels = type == 0;
+  if (type != HxSystemDataComponentKind::Capture && type != HxSystemDataComponentKind::Record) return;
+  const bool labels = type == HxSystemDataComponentKind::Capture;
 
   char* const row = HxWriterRow::prepare(row_, fields, labels ? 3 : 1);
   char* out = row;

@@ -46,41 +46,7 @@ char* putBigEndian(char* out, float value) {
 }
 }  // namespace
 
-const std::string HxMrdOutputWriter::m_theFormatDescriptor("MRD");
-const std::string HxMrdOutputWriter::m_theFileExtension(".mrd");
-
-HxMrdOutputWriter::HxMrdOutputWriter() = default;
-HxMrdOutputWriter::HxMrdOutputWriter(const HxMrdOutputWriter& other)
-    : HxBaseOutputWriter(other),
-      sampleCount_(other.sampleCount_),
-      channelCount_(other.channelCount_),
-      fourthHeaderValue_(other.fourthHeaderValue_) {}
-HxMrdOutputWriter& HxMrdOutputWriter::operator=(const HxMrdOutputWriter& other) {
-  HxBaseOutputWriter::operator=(other);
-  sampleCount_ = other.sampleCount_;
-  channelCount_ = other.channelCount_;
-  fourthHeaderValue_ = other.fourthHeaderValue_;
-  return *this;
-}
-HxMrdOutputWriter::~HxMrdOutputWriter() = default;
-
-HxXmlObject* HxMrdOutputWriter::clone() const { return new HxMrdOutputWriter(*this); }
-HxXmlObject* HxMrdOutputWriter::newObject() const { return new HxMrdOutputWriter(); }
-HxBoolean HxMrdOutputWriter::equality(const HxXmlObject* other) const {
-  const auto* writer = dynamic_cast<const HxMrdOutputWriter*>(other);
-  return writer != nullptr && *this == *writer;
-}
-const HxToken& HxMrdOutputWriter::token() const { return classToken(); }
-const HxToken& HxMrdOutputWriter::classToken() { return HxSimAnalysis::HxMrdOutputWriterToken; }
-HxXmlObject* HxMrdOutputWriter::creator() { return new HxMrdOutputWriter(); }
-HxMrdOutputWriter HxMrdOutputWriter::nullObject() { return HxMrdOutputWriter(); }
-
-const std::string& HxMrdOutputWriter::formatDescriptor() const { return m_theFormatDescriptor; }
-const std::string& HxMrdOutputWriter::fileExtension() const { return m_theFileExtension; }
-
-void HxMrdOutputWriter::openFile(const std::string& fileName, std::ofstream& stream) {
-  openOutputFile(fileName, stream, true);
-}
+HX_OUTPUT_WRITER_DEFINITIONS(HxMrdOutputWriter, HxSimAnalysis::HxMrdOutputWriterToken, "MRD", ".mrd", true)
 
 void HxMrdOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stream) {
   char blankHeader[kHeaderTextWidth + 1];
@@ -122,7 +88,7 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
   const unsigned int type = component.type();
 
   // A sample whose component gives its reals is narrowed without going through its text.
-  const HxElementValues* values = type == 1 ? component.elementValues() : nullptr;
+  const HxElementValues* values = type == HxSystemDataComponentKind::Record ? component.elementValues() : nullptr;
   if (values != nullptr) {
     if (bytes_.size() < 4 * values->count) bytes_.resize(4 * values->count);
     char* const begin = bytes_.data();
@@ -136,7 +102,7 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
   const HxWriterRow::Fields fields(component, scratch_);
   const std::size_t n = fields.size();
   char* out = nullptr;
-  if (type == 0) {
+  if (type == HxSystemDataComponentKind::Capture) {
     // Label line: each label with its blanks made "_", followed by "  -", separated by two
     // blanks, and closed by three line ends.
     channelCount_ = static_cast<HxU32>(n);
@@ -148,7 +114,7 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
       out = HxWriterRow::put(out, "  -");
     }
     out = HxWriterRow::put(out, "\n\n\n");
-  } else if (type == 1) {
+  } else if (type == HxSystemDataComponentKind::Record) {
     if (bytes_.size() < 4 * n) bytes_.resize(4 * n);
     out = bytes_.data();
     for (std::size_t i = 0; i < n; ++i) {
@@ -160,5 +126,5 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
   if (out != nullptr && out != bytes_.data()) {
     HxWriterRow::write(stream, bytes_.data(), static_cast<std::size_t>(out - bytes_.data()));
   }
-  if (type != 0) ++sampleCount_;
+  if (type != HxSystemDataComponentKind::Capture) ++sampleCount_;
 }

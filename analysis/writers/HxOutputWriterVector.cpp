@@ -13,30 +13,10 @@ namespace {
 }  // namespace
 
 HxOutputWriterVector::HxOutputWriterVector() = default;
-HxOutputWriterVector::HxOutputWriterVector(const HxOutputWriterVector& other)
-    : HxXmlVariableVectorType<HxBaseOutputWriter>(other) {}
-HxOutputWriterVector& HxOutputWriterVector::operator=(const HxOutputWriterVector& other) {
-  HxXmlVariableVectorType<HxBaseOutputWriter>::operator=(other);
-  return *this;
-}
-HxOutputWriterVector::~HxOutputWriterVector() = default;
-
-HxXmlObject* HxOutputWriterVector::clone() const { return new HxOutputWriterVector(*this); }
-HxXmlObject* HxOutputWriterVector::newObject() const { return new HxOutputWriterVector(); }
-HxBoolean HxOutputWriterVector::equality(const HxXmlObject* other) const {
-  const auto* vector = dynamic_cast<const HxOutputWriterVector*>(other);
-  return vector != nullptr && *this == *vector;
-}
-const HxToken& HxOutputWriterVector::token() const { return classToken(); }
-const HxToken& HxOutputWriterVector::classToken() { return HxSimAnalysis::HxOutputWriterVectorToken; }
-HxOutputWriterVector HxOutputWriterVector::nullObject() { return HxOutputWriterVector(); }
-
+HX_XML_SERIALISABLE_DEFINITIONS(HxOutputWriterVector, HxSimAnalysis::HxOutputWriterVectorToken)
 void HxOutputWriterVector::registerComponentCreators() {
-  registerComponentCreator(HxMathematicaOutputWriter::classToken(), &HxMathematicaOutputWriter::creator);
-  registerComponentCreator(HxMatlabOutputWriter::classToken(), &HxMatlabOutputWriter::creator);
-  registerComponentCreator(HxMrdOutputWriter::classToken(), &HxMrdOutputWriter::creator);
-  registerComponentCreator(HxTextOutputWriter::classToken(), &HxTextOutputWriter::creator);
-  registerComponentCreator(HxXmlOutputWriter::classToken(), &HxXmlOutputWriter::creator);
+  registerComponentCreatorsOf<HxMathematicaOutputWriter, HxMatlabOutputWriter, HxMrdOutputWriter, HxTextOutputWriter,
+                              HxXmlOutputWriter>();
 }
 
 HxBoolean HxOutputWriterVector::isWriterIncluded(const HxToken& token) const {

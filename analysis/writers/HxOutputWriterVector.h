@@ -4,6 +4,7 @@
 
 #include "analysis/writers/HxBaseOutputWriter.h"
 #include "analysis/xml/HxXmlVariableVectorType.h"
+#include "framework/HxXmlSerialisable.h"
 
 /// An owning, serialisable list of output writers, read back by element name:
 ///
@@ -16,22 +17,8 @@
 class HxOutputWriterVector : public HxXmlVariableVectorType<HxBaseOutputWriter> {
  public:
   HxOutputWriterVector();
-  /// Deep copy: every writer is cloned.
-  HxOutputWriterVector(const HxOutputWriterVector& other);
-  /// Replaces every writer by a clone of the source's.
-  HxOutputWriterVector& operator=(const HxOutputWriterVector& other);
-  ~HxOutputWriterVector() override;
 
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  /// "outputWriterVector".
-  const HxToken& token() const override;
-  /// "outputWriterVector", the element name of the class.
-  static const HxToken& classToken();
-  /// A default, empty vector.
-  static HxOutputWriterVector nullObject();
+  HX_XML_SERIALISABLE(HxOutputWriterVector);
 
   /// Registers the five writers under their tokens, in this order: Mathematica, MATLAB, MRD,
   /// text, XML.

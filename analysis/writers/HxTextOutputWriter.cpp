@@ -9,34 +9,8 @@ namespace {
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 }  // namespace
 
-const std::string HxTextOutputWriter::m_theFormatDescriptor("Comma-Delimited Text");
-const std::string HxTextOutputWriter::m_theFileExtension(".csv");
-
-HxTextOutputWriter::HxTextOutputWriter() = default;
-HxTextOutputWriter::HxTextOutputWriter(const HxTextOutputWriter& other) : HxBaseOutputWriter(other) {}
-HxTextOutputWriter& HxTextOutputWriter::operator=(const HxTextOutputWriter& other) {
-  HxBaseOutputWriter::operator=(other);
-  return *this;
-}
-HxTextOutputWriter::~HxTextOutputWriter() = default;
-
-HxXmlObject* HxTextOutputWriter::clone() const { return new HxTextOutputWriter(*this); }
-HxXmlObject* HxTextOutputWriter::newObject() const { return new HxTextOutputWriter(); }
-HxBoolean HxTextOutputWriter::equality(const HxXmlObject* other) const {
-  const auto* writer = dynamic_cast<const HxTextOutputWriter*>(other);
-  return writer != nullptr && *this == *writer;
-}
-const HxToken& HxTextOutputWriter::token() const { return classToken(); }
-const HxToken& HxTextOutputWriter::classToken() { return HxSimAnalysis::HxTextOutputWriterToken; }
-HxXmlObject* HxTextOutputWriter::creator() { return new HxTextOutputWriter(); }
-HxTextOutputWriter HxTextOutputWriter::nullObject() { return HxTextOutputWriter(); }
-
-const std::string& HxTextOutputWriter::formatDescriptor() const { return m_theFormatDescriptor; }
-const std::string& HxTextOutputWriter::fileExtension() const { return m_theFileExtension; }
-
-void HxTextOutputWriter::openFile(const std::string& fileName, std::ofstream& stream) {
-  openOutputFile(fileName, stream, false);
-}
+HX_OUTPUT_WRITER_DEFINITIONS(HxTextOutputWriter, HxSimAnalysis::HxTextOutputWriterToken, "Comma-Delimited Text", ".csv",
+                             false)
 
 void HxTextOutputWriter::initialize(const HxSystemDataVector&, std::ostream&) {}
 void HxTextOutputWriter::finalize(const HxSystemDataVector&, std::ostream&) {}

@@ -1,7 +1,11 @@
 #include "analysis/writers/HxXmlOutputWriter.h"
 
+#include <algorithm>
+#include <memory>
+#include <string_view>
+#include <utility>
+
 #include "analysis/capture/HxBaseSystemDataComponent.h"
-#include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/writers/HxWriterRow.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
@@ -14,90 +18,17 @@ namespace {
 
 // Name given to the XML writer of every recording.
 const char* const kDocumentName = "capturedDataStream";
-
-/// The shape of a record: every vector size of its nested data, in order. Two records of one
-/// shape are written as the same elements around their values.
-void recordShape(const HxSystemDataStorage& record, std::vector<std::size_t>& shape) {
-  shape.clear();
-  const auto& manipulators = record.manipulatorDataVector();
-  shape.push_back(manipulators.size());
-  for (HxU32 m = 0; m < manipulators.size(); ++m) {
-    const HxManipulatorDataStorage& manipulator = manipulators[m];
-    const auto& quantities = manipulator.manipulatorLevelData();
-    shape.push_back(quantities.size());
-    for (HxU32 q = 0; q < quantities.size(); ++q) shape.push_back(quantities[q].size());
-    for (const auto* elements : {&manipulator.linkLevelData(), &manipulator.endEffectorData()}) {
-      shape.push_back(elements->size());
-      for (HxU32 e = 0; e < elements->size(); ++e) {
-        const auto& element = (*elements)[e];
-        shape.push_back(element.size());
-        for (HxU32 q = 0; q < element.size(); ++q) shape.push_back(element[q].size());
-      }
-    }
-  }
-}
-
-/// The record's string element written in slot `slot` of `count`: the element writes its
-/// values first, then its time and its path-point index.
-std::size_t elementOfSlot(std::size_t slot, std::size_t count) {
-  if (slot + 2 < count) return slot + 2;
-  return slot + 2 - count;
-}
-
-/// Positions of the texts between tags (the values), in document order.
-void findValueSlots(const std::string& text, std::vector<std::pair<std::size_t, std::size_t>>& slots) {
-  slots.clear();
-  bool inTag = false;
-  for (std::size_t i = 0; i < text.size();) {
-    const char c = text[i];
-    if (inTag) {
-      if (c == '>') inTag = false;
-      ++i;
-    } else if (c == '<') {
-      inTag = true;
-      ++i;
-    } else if (c == ' ' || c == '\n' || c == '\t' || c == '\r') {
-      ++i;
-    } else {
-      const std::size_t start = i;
-      while (i < text.size() && text[i] != '<' && text[i] != ' ' && text[i] != '\n' && text[i] != '\t' &&
-             text[i] != '\r') {
-        ++i;
-      }
-      slots.emplace_back(start, i);
-    }
-  }
-}
 }  // namespace
 
-const std::string HxXmlOutputWriter::m_theFormatDescriptor("XML");
-const std::string HxXmlOutputWriter::m_theFileExtension(".xml");
+HX_OUTPUT_WRITER_DEFINITIONS(HxXmlOutputWriter, HxSimAnalysis::HxXmlOutputWriterToken, "XML", ".xml", false)
 
-HxXmlOutputWriter::HxXmlOutputWriter() = default;
 HxXmlOutputWriter::HxXmlOutputWriter(const HxXmlOutputWriter& other) : HxBaseOutputWriter(other) {}
 HxXmlOutputWriter& HxXmlOutputWriter::operator=(const HxXmlOutputWriter& other) {
   HxBaseOutputWriter::operator=(other);
   return *this;
 }
 HxXmlOutputWriter::~HxXmlOutputWriter() { discardXmlWriter(); }
-
-HxXmlObject* HxXmlOutputWriter::clone() const { return new HxXmlOutputWriter(*this); }
-HxXmlObject* HxXmlOutputWriter::newObject() const { return new HxXmlOutputWriter(); }
-HxBoolean HxXmlOutputWriter::equality(const HxXmlObject* other) const {
-  const auto* writer = dynamic_cast<const HxXmlOutputWriter*>(other);
-  return writer != nullptr && *this == *writer;
-}
-const HxToken& HxXmlOutputWriter::token() const { return classToken(); }
-const HxToken& HxXmlOutputWriter::classToken() { return HxSimAnalysis::HxXmlOutputWriterToken; }
-HxXmlObject* HxXmlOutputWriter::creator() { return new HxXmlOutputWriter(); }
 HxXmlOutputWriter HxXmlOutputWriter::nullObject() { return HxXmlOutputWriter(); }
-
-const std::string& HxXmlOutputWriter::formatDescriptor() const { return m_theFormatDescriptor; }
-const std::string& HxXmlOutputWriter::fileExtension() const { return m_theFileExtension; }
-
-void HxXmlOutputWriter::openFile(const std::string& fileName, std::ofstream& stream) {
-  openOutputFile(fileName, stream, false);
-}
 
 void HxXmlOutputWriter::discardXmlWriter() {
   // With no buffer, the XML writer's flush on deletion does nothing: the caller's stream may
@@ -110,6 +41,7 @@ void HxXmlOutputWriter::discardXmlWriter() {
 void HxXmlOutputWriter::initialize(const HxSystemDataVector&, std::ostream& stream) {
   discardXmlWriter();
   templateKnown_ = false;
+  documentHasElement_ = false;
   documentBuffer_ = stream.rdbuf();
 
   // Write through the caller's buffer, starting from the caller's stream state, so that a
@@ -137,73 +69,98 @@ void HxXmlOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, 
 
 void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream&) const {
   if (xmlWriter_ == nullptr) return;
-  const auto* record = component.type() == 1 ? dynamic_cast<const HxSystemDataStorage*>(&component) : nullptr;
-  if (record == nullptr) {
+  const HxElementSource* source = component.elementSource();
+  if (source != nullptr) source->describeLayout(layoutAtHand_);
+  // The document's first element (which also closes the root's start tag) and components
+  // without a layout are written through the framework.
+  if (source == nullptr || layoutAtHand_.empty() || !documentHasElement_) {
     emptyVector_.appendElementToStream(xmlWriter_, component);
+    documentHasElement_ = true;
     return;
   }
 
-  // A record of a new shape makes a new template; a record whose template did not hold is
-  // written through the framework.
-  recordShape(*record, shapeProbe_);
-  if (!templateKnown_ || shapeProbe_ != shape_) {
-    shape_ = shapeProbe_;  // both keep their capacity
+  // A component of a new layout makes a new template; one whose template did not hold, or
+  // whose text does not fill it, is written through the framework.
+  if (!templateKnown_ || layoutAtHand_ != layout_) {
+    layout_ = layoutAtHand_;  // both keep their capacity
     templateKnown_ = true;
-    templateUsable_ = buildTemplate(*record);
+    templateUsable_ = buildTemplate(component, *source);
     return;
   }
-  if (!templateUsable_) {
+  const HxElementText* text = templateUsable_ ? source->elementText() : nullptr;
+  if (text == nullptr || text->count != slotElements_.size()) {
     emptyVector_.appendElementToStream(xmlWriter_, component);
     return;
   }
-  writeFromTemplate(*record);
+  put(row_.data(), fillTemplate(*text));
 }
 
-bool HxXmlOutputWriter::buildTemplate(const HxSystemDataStorage& record) const {
-  // Write the record through the framework into memory, keeping the stream's state.
+bool HxXmlOutputWriter::render(const HxBaseSystemDataComponent& component, std::string& text,
+                               std::vector<HxXmlScalarSpan>* spans) const {
+  // Into memory through the XML writer, keeping the document stream's state.
   const std::ios::iostate state = documentStream_.rdstate();
   render_.str(std::string());
   documentStream_.rdbuf(&render_);
-  emptyVector_.appendElementToStream(xmlWriter_, record);
+  xmlWriter_->reportScalars(spans);
+  emptyVector_.appendElementToStream(xmlWriter_, component);
+  xmlWriter_->reportScalars(nullptr);
   const bool rendered = documentStream_.good();
   documentStream_.rdbuf(documentBuffer_);
   documentStream_.setstate(state);
-  template_ = render_.str();
-  put(template_.data(), template_.size());
-  if (!rendered) return false;
-
-  // Every text between tags is a value; they must be the record's strings, in writing order.
-  const HxElementText& text = *record.elementText();
-  findValueSlots(template_, slots_);
-  if (slots_.size() != text.count) return false;
-  // Room for the longest value texts, so that the samples after this one do not allocate.
-  const std::size_t needed = template_.size() + slots_.size() * HxDoubleTextCapacity;
-  if (row_.size() < needed) row_.resize(needed);
-  for (std::size_t k = 0; k < slots_.size(); ++k) {
-    const auto& slot = slots_[k];
-    const std::string_view value = text.element(elementOfSlot(k, slots_.size()));
-    if (std::string_view(template_).substr(slot.first, slot.second - slot.first) != value) return false;
-  }
-  return true;
+  text = render_.str();
+  return rendered;
 }
 
-void HxXmlOutputWriter::writeFromTemplate(const HxSystemDataStorage& record) const {
-  const HxElementText& text = *record.elementText();
+bool HxXmlOutputWriter::buildTemplate(const HxBaseSystemDataComponent& component, const HxElementSource& source) const {
+  // The component itself goes to the document as the framework writes it.
+  const bool rendered = render(component, rendered_, nullptr);
+  put(rendered_.data(), rendered_.size());
+  const HxElementText* text = source.elementText();
+  if (!rendered || text == nullptr) return false;
+
+  // Its layout probe, written into memory, is the template; since the probe's elements all
+  // differ, the text in each slot names the element that goes there.
+  const std::unique_ptr<HxBaseSystemDataComponent> probe(source.newLayoutProbe());
+  const HxElementText* probeText = probe ? probe->elementText() : nullptr;
+  if (probeText == nullptr || !render(*probe, template_, &slots_)) return false;
   const std::size_t count = slots_.size();
-  // Room for the longest value texts (already made by buildTemplate).
-  const std::size_t needed = template_.size() + count * HxDoubleTextCapacity;
+  if (count != probeText->count || count != text->count) return false;
+  std::vector<std::pair<std::string_view, std::size_t>> elements(count);
+  for (std::size_t i = 0; i < count; ++i) elements[i] = {probeText->element(i), i};
+  const auto byText = [](const auto& a, const auto& b) { return a.first < b.first; };
+  std::sort(elements.begin(), elements.end(), byText);
+  constexpr std::size_t kTaken = static_cast<std::size_t>(-1);
+  slotElements_.assign(count, 0);
+  for (std::size_t k = 0; k < count; ++k) {
+    const std::string_view slot(template_.data() + slots_[k].begin, slots_[k].end - slots_[k].begin);
+    const auto found = std::lower_bound(elements.begin(), elements.end(), std::make_pair(slot, count), byText);
+    if (found == elements.end() || found->first != slot || found->second == kTaken) return false;
+    slotElements_[k] = found->second;
+    found->second = kTaken;
+  }
+
+  // Room for the longest value texts, so that later samples do not allocate; and the template
+  // filled with this component's texts must be what the framework wrote for it.
+  const std::size_t needed = template_.size() + count * (HxDoubleTextCapacity + 1);
+  if (row_.size() < needed) row_.resize(needed);
+  return std::string_view(row_.data(), fillTemplate(*text)) == rendered_;
+}
+
+std::size_t HxXmlOutputWriter::fillTemplate(const HxElementText& text) const {
+  // The texts of the elements are at most the block, separators included.
+  const std::size_t needed = template_.size() + text.blockSize();
   if (row_.size() < needed) row_.resize(needed);
   const char* const source = template_.data();
   char* const begin = row_.data();
   char* out = begin;
   std::size_t done = 0;
-  for (std::size_t k = 0; k < count; ++k) {
-    out = HxWriterRow::put(out, std::string_view(source + done, slots_[k].first - done));
-    out = HxWriterRow::put(out, text.element(elementOfSlot(k, count)));
-    done = slots_[k].second;
+  for (std::size_t k = 0; k < slots_.size(); ++k) {
+    out = HxWriterRow::put(out, std::string_view(source + done, slots_[k].begin - done));
+    out = HxWriterRow::put(out, text.element(slotElements_[k]));
+    done = slots_[k].end;
   }
   out = HxWriterRow::put(out, std::string_view(source + done, template_.size() - done));
-  put(begin, static_cast<std::size_t>(out - begin));
+  return static_cast<std::size_t>(out - begin);
 }
 
 void HxXmlOutputWriter::put(const char* data, std::size_t size) const {

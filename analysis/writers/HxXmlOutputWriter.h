@@ -6,76 +6,48 @@
 #include <ostream>
 #include <sstream>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "analysis/capture/HxSystemDataVector.h"
 #include "analysis/writers/HxBaseOutputWriter.h"
+#include "framework/HxXmlWriter.h"
 
-class HxSystemDataStorage;
-class HxXmlWriter;
-
-/// Writes the recording as one XML document (".xml"), streamed element by element through the
-/// polymorphic vector's streaming operations: a root element named by the framework's default
-/// token with a count attribute of 0 (deliberately: the count is that of an always-empty
-/// vector, not the number of samples), the capture configuration as one "generalCapture"
-/// element, one "generalStorage" element per sample, and the root's end tag written by
-/// `finalize`. A recording never finished leaves the document unclosed.
+/// Writes the recording as one XML document ("XML", ".xml", text mode), streamed element by
+/// element through the polymorphic vector's streaming operations. `initialize` discards a held
+/// XML writer (without its footer) and starts the document: a new XML writer named
+/// "capturedDataStream" and a root element named by the framework's default token with a count
+/// attribute of 0 (deliberately: the count is that of an always-empty vector, not the number of
+/// samples); a stream already failed or bad gets nothing and leaves no XML writer held. Each
+/// component is then written as one complete element under its own token, the capture
+/// configuration as "generalCapture" and each sample as "generalStorage" (openings and closings
+/// write nothing), and `finalize` ends the root element and releases the XML writer. Without an
+/// XML writer nothing is written. A recording never finished leaves the document unclosed.
 ///
-/// Samples are written fast without changing a byte: the first sample record of a shape is
-/// written through the framework and its text kept as a template; each later record of the same
-/// shape is the template with its values' texts (the record's own text block, `elementText`,
-/// the very texts the framework would write) put in their places, so a sample's values are not
-/// turned into text a second time. A record whose written text does not match its strings
-/// slot for slot is always written through the framework.
+/// Samples are written fast without changing a byte. A component that is an `HxElementSource`
+/// and describes its layout (the sample record) is written through the framework the first time
+/// its layout comes; then its layout probe, whose elements all differ, is written through the
+/// framework into memory as the template, the `HxXmlWriter` reporting where each scalar lands,
+/// and the probe's texts name the element of each slot. Each later component of that layout is
+/// the template with its own element texts (`elementText`, the very texts the framework would
+/// write) in the slots, so that its values are not turned into text a second time. The template
+/// is used only if, filled with the first component's texts, it gives what the framework wrote
+/// for it; otherwise, and for every other component, the framework writes.
 ///
 /// The `HxXmlWriter` writes through a stream of this writer's own that shares the caller's
 /// stream buffer. Before an XML writer is discarded (a second `initialize`, or the destructor)
 /// that stream is detached, so discarding it neither writes a footer nor touches the caller's
 /// stream, which the recorder may already have destroyed.
 class HxXmlOutputWriter : public HxBaseOutputWriter {
- public:
-  HxXmlOutputWriter();
-  /// Copies the base; the copy holds no XML writer.
+  HX_XML_SERIALISABLE_HOOKS(HxXmlOutputWriter);
+  HX_OUTPUT_WRITER_MEMBERS(HxXmlOutputWriter);
+  /// Copies the base only: the copy holds no XML writer.
   HxXmlOutputWriter(const HxXmlOutputWriter& other);
-  /// Assigns the base; the target keeps its own XML writer.
+  /// Assigns the base only: the target keeps its own XML writer.
   HxXmlOutputWriter& operator=(const HxXmlOutputWriter& other);
   /// Releases a held XML writer without writing its footer or touching the stream.
   ~HxXmlOutputWriter() override;
-
-  HxXmlObject* clone() const override;
-  HxXmlObject* newObject() const override;
-  /// False for null or for an object of another class, else `operator==`.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  const HxToken& token() const override;
-  /// "xmlOutputWriter".
-  static const HxToken& classToken();
-  /// A new default writer, for registration in `HxOutputWriterVector`.
-  static HxXmlObject* creator();
   /// A default writer, holding no XML writer.
   static HxXmlOutputWriter nullObject();
-  /// Compares the framework base only: all XML writers are equal.
-  bool operator==(const HxXmlOutputWriter& other) const { return HxBaseOutputWriter::operator==(other); }
-
-  /// "XML".
-  const std::string& formatDescriptor() const override;
-  /// ".xml".
-  const std::string& fileExtension() const override;
-  /// Text mode; see `HxBaseOutputWriter::openFile`.
-  void openFile(const std::string& fileName, std::ofstream& stream) override;
-  /// Discards a held XML writer (without its footer), then starts the document: a new XML
-  /// writer named "capturedDataStream", the root element and its count attribute. A stream
-  /// already failed or bad gets nothing and leaves no XML writer held.
-  void initialize(const HxSystemDataVector& data, std::ostream& stream) override;
-  /// Ends the root element and releases the XML writer. Nothing without an XML writer.
-  void finalize(const HxSystemDataVector& data, std::ostream& stream) override;
-  /// Writes nothing.
-  void writeComponentOpening(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
-  /// Writes the component as one complete element under its own token. Nothing without an
-  /// XML writer.
-  void writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
-  /// Writes nothing.
-  void writeComponentClosing(const HxBaseSystemDataComponent& component, std::ostream& stream) const override;
 
   /// Whether a document is open (an XML writer is held).
   bool documentOpen() const { return xmlWriter_ != nullptr; }
@@ -83,16 +55,16 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
  private:
   /// Detaches the writer's stream from the caller's buffer and deletes a held XML writer.
   void discardXmlWriter();
-  /// Writes `record` through the framework into a template, checks its value slots against the
-  /// record's strings and writes the text to the document. Returns whether the template holds.
-  bool buildTemplate(const HxSystemDataStorage& record) const;
-  /// Writes `record` as the template with its current values.
-  void writeFromTemplate(const HxSystemDataStorage& record) const;
+  /// Writes `component` through the framework into `text` (memory, not the document), reporting
+  /// where its scalars land into `spans` unless null. Returns whether it was written.
+  bool render(const HxBaseSystemDataComponent& component, std::string& text, std::vector<HxXmlScalarSpan>* spans) const;
+  /// Writes `component` through the framework to the document and makes the template of its
+  /// layout from `source`'s layout probe. Returns whether the template holds.
+  bool buildTemplate(const HxBaseSystemDataComponent& component, const HxElementSource& source) const;
+  /// The template with `text`'s elements in its slots, into `row_`; returns its size.
+  std::size_t fillTemplate(const HxElementText& text) const;
   /// Hands bytes to the document's buffer, as the XML writer would.
   void put(const char* data, std::size_t size) const;
-
-  static const std::string m_theFormatDescriptor;
-  static const std::string m_theFileExtension;
 
   HxXmlWriter* xmlWriter_ = nullptr;
   // Always empty: only its stream header and footer are written.
@@ -102,14 +74,19 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   mutable std::ostream documentStream_{nullptr};
   std::streambuf* documentBuffer_ = nullptr;
 
-  // Sample template: the text of a record written through the framework, the positions of
-  // its value texts in document order, and the shape of the record it was made for.
+  // Sample template: the text of a layout probe written through the framework, where its
+  // element texts landed (slots), the element each slot holds, and the layout it was made for
+  // (with the layout of the component at hand beside it). The component's own text while the
+  // template is made, and the row that a filled template is written from.
   mutable std::stringbuf render_;
   mutable std::string template_;
-  mutable std::vector<std::pair<std::size_t, std::size_t>> slots_;
-  mutable std::vector<std::size_t> shape_;
-  mutable std::vector<std::size_t> shapeProbe_;
+  mutable std::vector<HxXmlScalarSpan> slots_;
+  mutable std::vector<std::size_t> slotElements_;
+  mutable std::vector<HxU32> layout_;
+  mutable std::vector<HxU32> layoutAtHand_;
   mutable bool templateKnown_ = false;
   mutable bool templateUsable_ = false;
+  mutable bool documentHasElement_ = false;
+  mutable std::string rendered_;
   mutable std::string row_;
 };

@@ -30,107 +30,72 @@ namespace HxSimAnalysis {
 
 HX_SIM_ANALYSIS_LOAD_FIRST const HxToken ns("http://www.hxtoolkit.org/namespace/sm#");
 
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxBarChartToken(moduleToken("barChart"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxBaseAccelerationDataCaptureTypeToken(
-    moduleToken("baseAccelerationDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxBasePositionDataCaptureTypeToken(
-    moduleToken("basePositionDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxBaseVelocityDataCaptureTypeToken(
-    moduleToken("baseVelocityDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxCenterOfMassDataCaptureTypeToken(
-    moduleToken("centerOfMassDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxControlInputDataCaptureTypeToken(
-    moduleToken("controlInputDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxControlOutputActualJointVelocityDataCaptureTypeToken(
-    moduleToken("controlOutputActualJointVelocityDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxControlOutputJointPositionDataCaptureTypeToken(
-    moduleToken("controlOutputJointPositionDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxControlOutputJointVelocityDataCaptureTypeToken(
-    moduleToken("controlOutputJointVelocityDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxControlTorqueDataCaptureTypeToken(
-    moduleToken("controlTorqueDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxDataCaptureTypeVectorToken(
-    moduleToken("dataCaptureTypeVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxDataLabelsToken(moduleToken("dataLabels"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxDisableFlagsToken(moduleToken("disableFlags"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxDisplaySystemDataCaptureToken(
-    moduleToken("displaySystemDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorAccelerationDataCaptureTypeToken(
-    moduleToken("endEffectorAccelerationDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorDataToken(moduleToken("endEffectorData"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorDataCaptureToken(
-    moduleToken("endEffectorDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorDataCaptureVectorToken(
-    moduleToken("endEffectorDataCaptureVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorIndexToken(moduleToken("endEffectorIndex"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorPlacementDataCaptureTypeToken(
-    moduleToken("endEffectorPlacementDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxEndEffectorVelocityDataCaptureTypeToken(
-    moduleToken("endEffectorVelocityDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxExternalForceDataCaptureTypeToken(
-    moduleToken("externalForceDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxJointAccelerationDataCaptureTypeToken(
-    moduleToken("jointAccelerationDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxJointPositionDataCaptureTypeToken(
-    moduleToken("jointPositionDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxJointTorqueDataCaptureTypeToken(
-    moduleToken("jointTorqueDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxJointVelocityDataCaptureTypeToken(
-    moduleToken("jointVelocityDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxGeneralCaptureToken(moduleToken("generalCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxGeneralStorageToken(moduleToken("generalStorage"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxLeftSystemDataCaptureToken(
-    moduleToken("leftSystemDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxLinkDataCaptureToken(moduleToken("linkDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxLinkDataCaptureVectorToken(
-    moduleToken("linkDataCaptureVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxLinkIdentificationToken(
-    moduleToken("linkIdentification"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxLinkLevelDataToken(moduleToken("linkLevelData"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorDataCaptureToken(
-    moduleToken("manipulatorDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorDataCaptureVectorToken(
-    moduleToken("manipulatorDataCaptureVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorDataStorageToken(
-    moduleToken("manipulatorDataStorage"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorDataVectorToken(
-    moduleToken("manipulatorDataVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorIndexToken(moduleToken("manipulatorIndex"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorLevelDataToken(
-    moduleToken("manipulatorLevelData"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxManipulatorPowerDataCaptureTypeToken(
-    moduleToken("manipulatorPowerDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxMatlabOutputWriterToken(
-    moduleToken("matlabOutputWriter"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxMathematicaOutputWriterToken(
-    moduleToken("mathematicaOutputWriter"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxMotorPowerDataCaptureTypeToken(
-    moduleToken("motorPowerDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxMrdOutputWriterToken(moduleToken("mrdOutputWriter"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxOrientationToleranceToken(
-    moduleToken("orientationTolerance"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxOutputWriterVectorToken(
-    moduleToken("outputWriterVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxPathPointIndexToken(moduleToken("pathPointIndex"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxPlotTypeToken(moduleToken("plotType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxReachTargetDataCaptureTypeToken(
-    moduleToken("reachTargetDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxRightSystemDataCaptureToken(
-    moduleToken("rightSystemDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxScrollingCruveToken(moduleToken("scrollingCurve"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxStructuralForceDataCaptureTypeToken(
-    moduleToken("structuralForceDataCaptureType"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxSystemDataCaptureToken(moduleToken("systemDataCapture"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxSystemDataCaptureLabelToken(
-    moduleToken("systemDataCaptureLabel"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxSystemDataVectorToken(moduleToken("systemDataVector"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxSystemDataStorageToken(moduleToken("systemDataStorage"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxTextOutputWriterToken(moduleToken("textOutputWriter"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxTimeToken(moduleToken("time"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxTitleToken(moduleToken("title"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxTranslationToleranceToken(
-    moduleToken("translationTolerance"));
-HX_SIM_ANALYSIS_LOAD_FIRST const HxToken HxXmlOutputWriterToken(moduleToken("xmlOutputWriter"));
+// One module token: `Name`, the namespace followed by `localName`.
+#define HX_TOKEN(Name, localName) HX_SIM_ANALYSIS_LOAD_FIRST const HxToken Name(moduleToken(localName))
+
+HX_TOKEN(HxBarChartToken, "barChart");
+HX_TOKEN(HxBaseAccelerationDataCaptureTypeToken, "baseAccelerationDataCaptureType");
+HX_TOKEN(HxBasePositionDataCaptureTypeToken, "basePositionDataCaptureType");
+HX_TOKEN(HxBaseVelocityDataCaptureTypeToken, "baseVelocityDataCaptureType");
+HX_TOKEN(HxCenterOfMassDataCaptureTypeToken, "centerOfMassDataCaptureType");
+HX_TOKEN(HxControlInputDataCaptureTypeToken, "controlInputDataCaptureType");
+HX_TOKEN(HxControlOutputActualJointVelocityDataCaptureTypeToken, "controlOutputActualJointVelocityDataCaptureType");
+HX_TOKEN(HxControlOutputJointPositionDataCaptureTypeToken, "controlOutputJointPositionDataCaptureType");
+HX_TOKEN(HxControlOutputJointVelocityDataCaptureTypeToken, "controlOutputJointVelocityDataCaptureType");
+HX_TOKEN(HxControlTorqueDataCaptureTypeToken, "controlTorqueDataCaptureType");
+HX_TOKEN(HxDataCaptureTypeVectorToken, "dataCaptureTypeVector");
+HX_TOKEN(HxDataLabelsToken, "dataLabels");
+HX_TOKEN(HxDisableFlagsToken, "disableFlags");
+HX_TOKEN(HxDisplaySystemDataCaptureToken, "displaySystemDataCapture");
+HX_TOKEN(HxEndEffectorAccelerationDataCaptureTypeToken, "endEffectorAccelerationDataCaptureType");
+HX_TOKEN(HxEndEffectorDataToken, "endEffectorData");
+HX_TOKEN(HxEndEffectorDataCaptureToken, "endEffectorDataCapture");
+HX_TOKEN(HxEndEffectorDataCaptureVectorToken, "endEffectorDataCaptureVector");
+HX_TOKEN(HxEndEffectorIndexToken, "endEffectorIndex");
+HX_TOKEN(HxEndEffectorPlacementDataCaptureTypeToken, "endEffectorPlacementDataCaptureType");
+HX_TOKEN(HxEndEffectorVelocityDataCaptureTypeToken, "endEffectorVelocityDataCaptureType");
+HX_TOKEN(HxExternalForceDataCaptureTypeToken, "externalForceDataCaptureType");
+HX_TOKEN(HxJointAccelerationDataCaptureTypeToken, "jointAccelerationDataCaptureType");
+HX_TOKEN(HxJointPositionDataCaptureTypeToken, "jointPositionDataCaptureType");
+HX_TOKEN(HxJointTorqueDataCaptureTypeToken, "jointTorqueDataCaptureType");
+HX_TOKEN(HxJointVelocityDataCaptureTypeToken, "jointVelocityDataCaptureType");
+HX_TOKEN(HxGeneralCaptureToken, "generalCapture");
+HX_TOKEN(HxGeneralStorageToken, "generalStorage");
+HX_TOKEN(HxLeftSystemDataCaptureToken, "leftSystemDataCapture");
+HX_TOKEN(HxLinkDataCaptureToken, "linkDataCapture");
+HX_TOKEN(HxLinkDataCaptureVectorToken, "linkDataCaptureVector");
+HX_TOKEN(HxLinkIdentificationToken, "linkIdentification");
+HX_TOKEN(HxLinkLevelDataToken, "linkLevelData");
+HX_TOKEN(HxManipulatorDataCaptureToken, "manipulatorDataCapture");
+HX_TOKEN(HxManipulatorDataCaptureVectorToken, "manipulatorDataCaptureVector");
+HX_TOKEN(HxManipulatorDataStorageToken, "manipulatorDataStorage");
+HX_TOKEN(HxManipulatorDataVectorToken, "manipulatorDataVector");
+HX_TOKEN(HxManipulatorIndexToken, "manipulatorIndex");
+HX_TOKEN(HxManipulatorLevelDataToken, "manipulatorLevelData");
+HX_TOKEN(HxManipulatorPowerDataCaptureTypeToken, "manipulatorPowerDataCaptureType");
+HX_TOKEN(HxMatlabOutputWriterToken, "matlabOutputWriter");
+HX_TOKEN(HxMathematicaOutputWriterToken, "mathematicaOutputWriter");
+HX_TOKEN(HxMotorPowerDataCaptureTypeToken, "motorPowerDataCaptureType");
+HX_TOKEN(HxMrdOutputWriterToken, "mrdOutputWriter");
+HX_TOKEN(HxOrientationToleranceToken, "orientationTolerance");
+HX_TOKEN(HxOutputWriterVectorToken, "outputWriterVector");
+HX_TOKEN(HxPathPointIndexToken, "pathPointIndex");
+HX_TOKEN(HxPlotTypeToken, "plotType");
+HX_TOKEN(HxReachTargetDataCaptureTypeToken, "reachTargetDataCaptureType");
+HX_TOKEN(HxRightSystemDataCaptureToken, "rightSystemDataCapture");
+HX_TOKEN(HxScrollingCruveToken, "scrollingCurve");
+HX_TOKEN(HxStructuralForceDataCaptureTypeToken, "structuralForceDataCaptureType");
+HX_TOKEN(HxSystemDataCaptureToken, "systemDataCapture");
+HX_TOKEN(HxSystemDataCaptureLabelToken, "systemDataCaptureLabel");
+HX_TOKEN(HxSystemDataVectorToken, "systemDataVector");
+HX_TOKEN(HxSystemDataStorageToken, "systemDataStorage");
+HX_TOKEN(HxTextOutputWriterToken, "textOutputWriter");
+HX_TOKEN(HxTimeToken, "time");
+HX_TOKEN(HxTitleToken, "title");
+HX_TOKEN(HxTranslationToleranceToken, "translationTolerance");
+HX_TOKEN(HxXmlOutputWriterToken, "xmlOutputWriter");
+
+#undef HX_TOKEN
 
 }  // namespace HxSimAnalysis
 
@@ -138,9 +103,7 @@ namespace {
 
 /// Registers the module's namespace prefix with the XML writer once the tokens exist.
 struct NamespacePrefixRegistration {
-  NamespacePrefixRegistration() {
-    HxXmlWriter::registerNamespacePrefix(HxSimAnalysis::ns.token(), "sm");
-  }
+  NamespacePrefixRegistration() { HxXmlWriter::registerNamespacePrefix(HxSimAnalysis::ns.token(), "sm"); }
 };
 
 HX_SIM_ANALYSIS_LOAD_FIRST const NamespacePrefixRegistration theNamespacePrefixRegistration;

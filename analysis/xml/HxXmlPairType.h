@@ -13,6 +13,7 @@
 #include "framework/HxXmlObjectVisitor.h"
 #include "framework/HxXmlReader.h"
 #include "framework/HxXmlSchema.h"
+#include "framework/HxXmlSerialisable.h"
 #include "framework/HxXmlTokens.h"
 #include "framework/HxXmlWriter.h"
 
@@ -35,20 +36,15 @@ class HxXmlPairType : public HxXmlObject {
   HxXmlPairType() = default;
   /// Copies of `first` and `second`.
   HxXmlPairType(const FirstType& first, const SecondType& second) : pair_(first, second) {}
-  /// Copies both members and the flags.
-  HxXmlPairType(const HxXmlPairType&) = default;
   /// Moves both members; copies the flags.
   HxXmlPairType(HxXmlPairType&&) = default;
-  /// Assigns both members and the flags.
-  HxXmlPairType& operator=(const HxXmlPairType&) = default;
   /// Move-assigns both members; assigns the flags.
   HxXmlPairType& operator=(HxXmlPairType&&) = default;
-  ~HxXmlPairType() override = default;
+  // The class token, `HxXml::HxPairTypeToken`, is shared by every pair.
+  HX_XML_SERIALISABLE(HxXmlPairType);
 
   /// Hands the pair to `visitor->visit(this)`.
   void accept(HxXmlObjectVisitor* visitor) const override;
-  /// A new heap copy, owned by the caller.
-  HxXmlObject* clone() const override { return new HxXmlPairType(*this); }
   /// Reads the members from the "first" and "second" children (each member is `xmlInit`-ed
   /// before it reads). Returns false when the reader is not on an element start or when an
   /// unexpected child was met (reported).
@@ -57,13 +53,6 @@ class HxXmlPairType : public HxXmlObject {
   HxBoolean write(HxXmlWriter& writer) const override;
   /// A complex type admitting the "first" and "second" children.
   void writeSchema(HxXmlSchema& schema) const override;
-  /// True when `other` is a pair of the same type that compares equal; false for null or for
-  /// another class.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  /// A new default pair, owned by the caller.
-  HxXmlObject* newObject() const override { return new HxXmlPairType(); }
-  /// The class token, `HxXml::HxPairTypeToken`.
-  const HxToken& token() const override { return classToken(); }
 
   /// The first member.
   virtual const FirstType& first() const { return pair_.first; }
@@ -91,19 +80,15 @@ class HxXmlPairType : public HxXmlObject {
   bool operator==(const HxXmlPairType& other) const {
     return pair_.first == other.pair_.first && pair_.second == other.pair_.second;
   }
-  /// Negation of `operator==`.
-  bool operator!=(const HxXmlPairType& other) const { return !(*this == other); }
-
-  /// `HxXml::HxPairTypeToken`, the class token of every pair.
-  static const HxToken& classToken() { return HxXml::HxPairTypeToken; }
-  /// A default pair.
-  static HxXmlPairType nullObject() { return HxXmlPairType(); }
 
  private:
   PairType pair_;
 };
 
 // ---------------------------------------------------------------------------------------------
+
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((template <class FirstType, class SecondType>), HxXml::HxPairTypeToken,
+                                     HxXmlPairType<FirstType, SecondType>)
 
 template <class FirstType, class SecondType>
 void HxXmlPairType<FirstType, SecondType>::accept(HxXmlObjectVisitor* visitor) const {
@@ -136,8 +121,8 @@ HxBoolean HxXmlPairType<FirstType, SecondType>::read(HxXmlReader& reader) {
           << "HxXmlPairType Error: file not valid.\n\tFormat not correct.\n\tFile: "
           << (fileName != nullptr ? fileName : "") << "\n\tLine: " << reader.lineNumber();
       Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-          << "\tExpected " << HxXml::HxFirstToken.token() << " or " << HxXml::HxSecondToken.token()
-          << " but received " << reader.name().token() << ".";
+          << "\tExpected " << HxXml::HxFirstToken.token() << " or " << HxXml::HxSecondToken.token() << " but received "
+          << reader.name().token() << ".";
       result = false;
       reader.skipElement();
     }
@@ -172,12 +157,6 @@ void HxXmlPairType<FirstType, SecondType>::writeSchema(HxXmlSchema& schema) cons
   schema.endComplexType();
 }
 
-template <class FirstType, class SecondType>
-HxBoolean HxXmlPairType<FirstType, SecondType>::equality(const HxXmlObject* other) const {
-  const auto* pair = dynamic_cast<const HxXmlPairType*>(other);
-  return pair != nullptr && *this == *pair;
-}
-
 // ---------------------------------------------------------------------------------------------
 
 /// Visits a pair: describes it (pointer type name, then its token), and when the entry hook and
@@ -185,27 +164,20 @@ HxBoolean HxXmlPairType<FirstType, SecondType>::equality(const HxXmlObject* othe
 /// then calls the exit hook.
 template <class FirstType, class SecondType>
 void HxXmlObjectVisitor::visit(const HxXmlPairType<FirstType, SecondType>* pair) {
-  setCurrentObject(pair);
-  descriptions().clear();
-  descriptions().push_back(typeid(pair).name());
-  descriptions().push_back(currentToken().token());
+  describe(pair, typeid(pair).name());
   if (enter(pair) && canDescend()) {
     beginDescent();
-    const HxXmlObject* first = &pair->first();
-    if (first != nullptr) {
-      setCurrentToken(HxXml::HxFirstToken);
-      first->accept(this);
-    } else {
-      Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-          << "Visitor: HxXmlPairType first is non-HxXmlObject\n";
-    }
-    const HxXmlObject* second = &pair->second();
-    if (second != nullptr) {
-      setCurrentToken(HxXml::HxSecondToken);
-      second->accept(this);
-    } else {
-      Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-          << "Visitor: HxXmlPairType second is non-HxXmlObject\n";
+    const HxXmlObject* const members[] = {&pair->first(), &pair->second()};
+    const HxToken* const tokens[] = {&HxXml::HxFirstToken, &HxXml::HxSecondToken};
+    const char* const names[] = {"first", "second"};
+    for (int i = 0; i < 2; ++i) {
+      if (members[i] == nullptr) {
+        Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
+            << "Visitor: HxXmlPairType " << names[i] << " is non-HxXmlObject\n";
+        continue;
+      }
+      setCurrentToken(*tokens[i]);
+      members[i]->accept(this);
     }
     endDescent();
   }

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "analysis/xml/HxXmlCountAttribute.h"
+#include "analysis/xml/HxXmlVectorStream.h"
 #include "analysis/xml/HxXmlVectorType.h"
-#include "framework/HxNumberText.h"
 #include "framework/HxPrint.h"
 #include "framework/HxToken.h"
 #include "framework/HxTypes.h"
@@ -115,7 +115,8 @@ class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
   /// Deletes every element and empties the slots.
   virtual void clear();
   /// Replaces the contents by `n` clones of `element` (which may be an element of this vector).
-  virtual void assign(HxU32 n, const ElementType& element);
+  /// Takes a non-const reference, unlike the homogeneous vector's `assign`.
+  virtual void assign(HxU32 n, ElementType& element);
   /// Number of slots, null ones included.
   virtual HxU32 size() const { return static_cast<HxU32>(slots_.size()); }
 
@@ -209,8 +210,7 @@ template <class ElementType>
 HxBoolean HxXmlVariableVectorType<ElementType>::write(HxXmlWriter& writer) const {
   // The count attribute comes first, then the base (the homogeneous vector has the opposite
   // order; both are kept).
-  writer.addAttribute(HxXml::HxCountToken);
-  HxXmlBasicType<HxU32>(size()).write(writer);
+  HxXmlVectorStream::writeCount(writer, size());
   const HxBoolean result = HxXmlBaseVariableCompoundType::write(writer);
   for (const ElementType* element : slots_) {
     if (element != nullptr) {
@@ -316,8 +316,7 @@ template <class ElementType>
 HxBoolean HxXmlVariableVectorType<ElementType>::erase(HxU32 first, HxU32 last) {
   if (last > slots_.size() || last <= first) {
     Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-        << "HxXmlVariableVectorType<ElementType>::erase: bad first/last indices: " << first << "/" << last
-        << "\n";
+        << "HxXmlVariableVectorType<ElementType>::erase: bad first/last indices: " << first << "/" << last << "\n";
     return false;
   }
   for (HxU32 i = first; i < last; ++i) {
@@ -352,7 +351,7 @@ void HxXmlVariableVectorType<ElementType>::clear() {
 }
 
 template <class ElementType>
-void HxXmlVariableVectorType<ElementType>::assign(HxU32 n, const ElementType& element) {
+void HxXmlVariableVectorType<ElementType>::assign(HxU32 n, ElementType& element) {
   // Clone first: `element` may be one of the elements about to be deleted.
   ContainerType copies(n, nullptr);
   for (HxU32 i = 0; i < n; ++i) {
@@ -364,51 +363,34 @@ void HxXmlVariableVectorType<ElementType>::assign(HxU32 n, const ElementType& el
 
 template <class ElementType>
 HxBoolean HxXmlVariableVectorType<ElementType>::writeHeaderToStream(std::ostream& stream, HxXmlWriter*& writer,
-                                                                   const std::string& name,
-                                                                   const HxToken& token) const {
-  if ((stream.rdstate() & (std::ios::badbit | std::ios::failbit)) != 0) {
-    return false;
-  }
-  writer = new HxXmlWriter(name, stream);
-  writer->startElement(token);
-  writer->addAttribute(HxXml::HxCountToken);
-  HxXmlBasicType<HxU32>(size()).write(*writer);
+                                                                    const std::string& name,
+                                                                    const HxToken& token) const {
+  if (!HxXmlVectorStream::open(stream, writer, name, token)) return false;
+  HxXmlVectorStream::writeCount(*writer, size());
   HxXmlBaseVariableCompoundType::write(*writer);
   return true;
 }
 
 template <class ElementType>
 HxBoolean HxXmlVariableVectorType<ElementType>::writeBodyToStream(HxXmlWriter* writer) const {
-  if (writer == nullptr) {
-    return false;
-  }
+  if (writer == nullptr) return false;
   for (const ElementType* element : slots_) {
-    if (element != nullptr) {
-      writeElement(*writer, *element);
-    }
+    if (element != nullptr) writeElement(*writer, *element);
   }
   return true;
 }
 
 template <class ElementType>
 HxBoolean HxXmlVariableVectorType<ElementType>::appendElementToStream(HxXmlWriter* writer,
-                                                                     const ElementType& element) const {
-  if (writer == nullptr) {
-    return false;
-  }
+                                                                      const ElementType& element) const {
+  if (writer == nullptr) return false;
   writeElement(*writer, element);
   return true;
 }
 
 template <class ElementType>
 HxBoolean HxXmlVariableVectorType<ElementType>::writeFooterToStream(HxXmlWriter*& writer) const {
-  if (writer == nullptr) {
-    return false;
-  }
-  writer->endElement();
-  delete writer;
-  writer = nullptr;
-  return true;
+  return HxXmlVectorStream::close(writer, 1);
 }
 
 template <class ElementType>
@@ -463,10 +445,7 @@ void HxXmlVariableVectorType<ElementType>::deleteElements() {
 /// token (a null slot is reported, type 4, and skipped); then calls the exit hook.
 template <class ElementType>
 void HxXmlObjectVisitor::visit(const HxXmlVariableVectorType<ElementType>* vector) {
-  setCurrentObject(vector);
-  descriptions().clear();
-  descriptions().push_back(typeid(vector).name());
-  descriptions().push_back(currentToken().token() + " (" + HxINT2STRING(vector->size(), 10) + ")");
+  describeContainer(vector, typeid(vector).name(), vector->size());
   if (enter(vector) && canDescend() && vector->size() != 0) {
     beginDescent();
     const auto& slots = vector->vectorContainer();

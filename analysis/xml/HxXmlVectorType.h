@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "analysis/xml/HxXmlCountAttribute.h"
-#include "framework/HxNumberText.h"
+#include "analysis/xml/HxXmlVectorStream.h"
 #include "framework/HxPrint.h"
 #include "framework/HxToken.h"
 #include "framework/HxTypes.h"
@@ -20,6 +20,7 @@
 #include "framework/HxXmlObjectVisitor.h"
 #include "framework/HxXmlReader.h"
 #include "framework/HxXmlSchema.h"
+#include "framework/HxXmlSerialisable.h"
 #include "framework/HxXmlTokens.h"
 #include "framework/HxXmlWriter.h"
 
@@ -60,20 +61,13 @@ class HxXmlVectorType : public HxXmlObject {
   explicit HxXmlVectorType(HxU32 n) : vector_(n) {}
   /// `n` copies of `value`.
   HxXmlVectorType(HxU32 n, const ElementType& value) : vector_(n, value) {}
-  /// Copies the elements and the flags.
-  HxXmlVectorType(const HxXmlVectorType&) = default;
   /// Moves the elements; copies the flags.
   HxXmlVectorType(HxXmlVectorType&&) = default;
-  /// Assigns the elements and the flags (keeping the capacity where the standard vector does).
-  HxXmlVectorType& operator=(const HxXmlVectorType&) = default;
   /// Move-assigns the elements; assigns the flags.
   HxXmlVectorType& operator=(HxXmlVectorType&&) = default;
-  ~HxXmlVectorType() override = default;
 
   /// Hands the vector to `visitor->visit(this)`.
   void accept(HxXmlObjectVisitor* visitor) const override;
-  /// A new heap copy, owned by the caller.
-  HxXmlObject* clone() const override { return new HxXmlVectorType(*this); }
   /// Replaces the contents by the elements of the element the reader is on (see class
   /// comment). Returns false only when the reader is not on an element start; size mismatches
   /// and format errors are reported and the read still succeeds.
@@ -84,13 +78,6 @@ class HxXmlVectorType : public HxXmlObject {
   /// A complex type: the count attribute and either one "group" of scalars or repeated
   /// "element" children described by a default element's schema.
   void writeSchema(HxXmlSchema& schema) const override;
-  /// True when `other` is a vector of the same type that compares equal; false for null or for
-  /// another class.
-  HxBoolean equality(const HxXmlObject* other) const override;
-  /// A new empty vector, owned by the caller.
-  HxXmlObject* newObject() const override { return new HxXmlVectorType(); }
-  /// The class token, `HxXml::HxVectorTypeToken`.
-  const HxToken& token() const override { return classToken(); }
 
   /// Appends a copy of `element`.
   virtual void pushBack(const ElementType& element) { vector_.push_back(element); }
@@ -144,13 +131,9 @@ class HxXmlVectorType : public HxXmlObject {
 
   /// Equal sizes and elements pairwise equal (`ElementType::operator==`).
   bool operator==(const HxXmlVectorType& other) const;
-  /// Negation of `operator==`.
-  bool operator!=(const HxXmlVectorType& other) const { return !(*this == other); }
 
-  /// `HxXml::HxVectorTypeToken`, the class token of every homogeneous vector.
-  static const HxToken& classToken() { return HxXml::HxVectorTypeToken; }
-  /// An empty vector.
-  static HxXmlVectorType nullObject() { return HxXmlVectorType(); }
+  // The class token, `HxXml::HxVectorTypeToken`, is shared by every homogeneous vector.
+  HX_XML_SERIALISABLE(HxXmlVectorType);
 
  private:
   /// Whether the element class is a scalar (decided once, on a default element).
@@ -162,6 +145,9 @@ class HxXmlVectorType : public HxXmlObject {
 };
 
 // ---------------------------------------------------------------------------------------------
+
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((template <class ElementType>), HxXml::HxVectorTypeToken,
+                                     HxXmlVectorType<ElementType>)
 
 template <class ElementType>
 void HxXmlVectorType<ElementType>::accept(HxXmlObjectVisitor* visitor) const {
@@ -230,11 +216,10 @@ HxBoolean HxXmlVectorType<ElementType>::read(HxXmlReader& reader) {
   if (expectedCount != actualCount) {
     const char* fileName = reader.fileName();
     Hx::Print::instance().ostream(Hx::Print::Warning, __PRETTY_FUNCTION__)
-        << "HxXmlVectorType Error: array size not equal to attribute value -- " << expectedCount
-        << ", actual -- " << actualCount << "\n";
+        << "HxXmlVectorType Error: array size not equal to attribute value -- " << expectedCount << ", actual -- "
+        << actualCount << "\n";
     Hx::Print::instance().ostream(Hx::Print::Warning, __PRETTY_FUNCTION__)
-        << "Filename: " << (fileName != nullptr ? fileName : "") << ", Line count: " << reader.lineNumber()
-        << "\n";
+        << "Filename: " << (fileName != nullptr ? fileName : "") << ", Line count: " << reader.lineNumber() << "\n";
   }
   return result;
 }
@@ -244,8 +229,7 @@ HxBoolean HxXmlVectorType<ElementType>::write(HxXmlWriter& writer) const {
   // The base comes first, then the count attribute (the polymorphic vector has the opposite
   // order; both are kept).
   const HxBoolean result = HxXmlObject::write(writer);
-  writer.addAttribute(HxXml::HxCountToken);
-  HxXmlBasicType<HxU32>(size()).write(writer);
+  HxXmlVectorStream::writeCount(writer, size());
 
   // Scalars share one group element; other elements get one wrapper each.
   const std::size_t count = vector_.size();
@@ -285,17 +269,11 @@ void HxXmlVectorType<ElementType>::writeSchema(HxXmlSchema& schema) const {
 }
 
 template <class ElementType>
-HxBoolean HxXmlVectorType<ElementType>::equality(const HxXmlObject* other) const {
-  const auto* vector = dynamic_cast<const HxXmlVectorType*>(other);
-  return vector != nullptr && *this == *vector;
-}
-
-template <class ElementType>
 HxBoolean HxXmlVectorType<ElementType>::erase(HxU32 index) {
   if (index >= vector_.size()) {
     Hx::Print::instance().ostream(Hx::Print::Error, __PRETTY_FUNCTION__)
-        << "HxXmlVectorType<ElementType>::erase(): index (" << index << ") exceeds vector size ("
-        << vector_.size() << ").\n";
+        << "HxXmlVectorType<ElementType>::erase(): index (" << index << ") exceeds vector size (" << vector_.size()
+        << ").\n";
     return false;
   }
   vector_.erase(vector_.begin() + index);
@@ -336,17 +314,11 @@ HxBoolean HxXmlVectorType<ElementType>::leftRotate(HxU32 n) {
 
 template <class ElementType>
 HxBoolean HxXmlVectorType<ElementType>::writeHeaderToStream(std::ostream& stream, HxXmlWriter*& writer,
-                                                           const std::string& name,
-                                                           const HxToken& token) const {
-  if ((stream.rdstate() & (std::ios::badbit | std::ios::failbit)) != 0) {
-    return false;
-  }
-  writer = new HxXmlWriter(name, stream);
-  writer->startElement(token);
+                                                            const std::string& name, const HxToken& token) const {
+  if (!HxXmlVectorStream::open(stream, writer, name, token)) return false;
   HxXmlObject::write(*writer);
   // The count is the size now; elements appended later are not counted.
-  writer->addAttribute(HxXml::HxCountToken);
-  HxXmlBasicType<HxU32>(size()).write(*writer);
+  HxXmlVectorStream::writeCount(*writer, size());
   if (elementIsBasicType()) {
     writer->startElement(HxXml::HxGroupToken);
     writer->setDataMode(true);
@@ -356,37 +328,22 @@ HxBoolean HxXmlVectorType<ElementType>::writeHeaderToStream(std::ostream& stream
 
 template <class ElementType>
 HxBoolean HxXmlVectorType<ElementType>::writeBodyToStream(HxXmlWriter* writer) const {
-  if (writer == nullptr) {
-    return false;
-  }
-  for (const ElementType& element : vector_) {
-    writeElement(*writer, element);
-  }
+  if (writer == nullptr) return false;
+  for (const ElementType& element : vector_) writeElement(*writer, element);
   return true;
 }
 
 template <class ElementType>
-HxBoolean HxXmlVectorType<ElementType>::appendElementToStream(HxXmlWriter* writer,
-                                                             const ElementType& element) const {
-  if (writer == nullptr) {
-    return false;
-  }
+HxBoolean HxXmlVectorType<ElementType>::appendElementToStream(HxXmlWriter* writer, const ElementType& element) const {
+  if (writer == nullptr) return false;
   writeElement(*writer, element);
   return true;
 }
 
 template <class ElementType>
 HxBoolean HxXmlVectorType<ElementType>::writeFooterToStream(HxXmlWriter*& writer) const {
-  if (writer == nullptr) {
-    return false;
-  }
-  if (elementIsBasicType()) {
-    writer->endElement();
-  }
-  writer->endElement();
-  delete writer;
-  writer = nullptr;
-  return true;
+  // The group of scalars, then the vector's element.
+  return HxXmlVectorStream::close(writer, elementIsBasicType() ? 2 : 1);
 }
 
 template <class ElementType>
@@ -440,10 +397,7 @@ void HxXmlVectorType<ElementType>::writeElement(HxXmlWriter& writer, const Eleme
 /// token; then calls the exit hook.
 template <class ElementType>
 void HxXmlObjectVisitor::visit(const HxXmlVectorType<ElementType>* vector) {
-  setCurrentObject(vector);
-  descriptions().clear();
-  descriptions().push_back(typeid(vector).name());
-  descriptions().push_back(currentToken().token() + " (" + HxINT2STRING(vector->size(), 10) + ")");
+  describeContainer(vector, typeid(vector).name(), vector->size());
   if (enter(vector) && canDescend() && vector->size() != 0) {
     beginDescent();
     for (HxU32 i = 0; i < vector->size(); ++i) {

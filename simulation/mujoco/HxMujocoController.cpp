@@ -8,10 +8,10 @@
 
 namespace {
 
-constexpr double kIkGain = 5.0;          // 1/s: control-output speed per unit of end-effector error
-constexpr double kIkDamping = 0.05;      // damping of the least-squares solution
-constexpr double kMaxJointSpeed = 1.5;   // rad/s (m/s for slide joints) of the control output
-constexpr double kPdBandwidth = 25.0;    // rad/s: natural frequency of the joint PD loops
+constexpr double kIkGain = 5.0;         // 1/s: control-output speed per unit of end-effector error
+constexpr double kIkDamping = 0.05;     // damping of the least-squares solution
+constexpr double kMaxJointSpeed = 1.5;  // rad/s (m/s for slide joints) of the control output
+constexpr double kPdBandwidth = 25.0;   // rad/s: natural frequency of the joint PD loops
 constexpr double kPdDampingRatio = 1.0;
 
 }  // namespace
@@ -176,7 +176,8 @@ void HxMujocoController::applyJointControl(mjData* data) const {
       const double perControl = m->actuator_gear[6 * u] * m->actuator_gainprm[mjNGAIN * u];
       if (perControl == 0.0) continue;
       double ctrl = torque / perControl;
-      if (m->actuator_ctrllimited[u]) ctrl = std::clamp(ctrl, m->actuator_ctrlrange[2 * u], m->actuator_ctrlrange[2 * u + 1]);
+      if (m->actuator_ctrllimited[u])
+        ctrl = std::clamp(ctrl, m->actuator_ctrlrange[2 * u], m->actuator_ctrlrange[2 * u + 1]);
       data->ctrl[u] = ctrl;
     }
   }

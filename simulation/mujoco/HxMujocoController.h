@@ -21,10 +21,10 @@ struct HxMujocoControlState {
   std::vector<double> velocity;          ///< control output velocities
   std::vector<double> previousVelocity;  ///< the velocities one step earlier
   std::vector<HxEndEffectorPlacement> path;
-  HxU32 index = 0;         ///< path point headed for or held
-  HxU32 controlled = 0;    ///< end effector that follows the path
-  bool completed = false;  ///< the last path point was reached
-  double reachedAt = -1.0; ///< time the current path point was reached, negative before
+  HxU32 index = 0;          ///< path point headed for or held
+  HxU32 controlled = 0;     ///< end effector that follows the path
+  bool completed = false;   ///< the last path point was reached
+  double reachedAt = -1.0;  ///< time the current path point was reached, negative before
 };
 
 /// The controller of every manipulator of one model. Its work buffers and its evaluation data

@@ -14,9 +14,7 @@ const char* objectName(const mjModel* model, int type, int id) {
   return name ? name : "";
 }
 
-bool startsWith(const char* text, const char* prefix) {
-  return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
-}
+bool startsWith(const char* text, const char* prefix) { return std::strncmp(text, prefix, std::strlen(prefix)) == 0; }
 
 // Path-point sites "path:<root body>:<n>" of one manipulator, in increasing n.
 void collectPathPoints(const mjModel* model, const mjData* data, HxMujocoManipulatorLayout& layout) {
@@ -89,8 +87,7 @@ HxBoolean hxMujocoBuildLayouts(const mjModel* model, const mjData* data,
         continue;
       }
       if (count != 1 || type == mjJNT_BALL) {
-        error = "body \"" + std::string(objectName(model, mjOBJ_BODY, body)) +
-                "\" carries " + std::to_string(count) +
+        error = "body \"" + std::string(objectName(model, mjOBJ_BODY, body)) + "\" carries " + std::to_string(count) +
                 " joint(s) of which not all are hinge or slide; a link carries exactly one hinge or slide joint";
         return false;
       }
@@ -114,7 +111,8 @@ HxBoolean hxMujocoBuildLayouts(const mjModel* model, const mjData* data,
       }
     }
     for (int body = root; body < model->nbody; ++body) {
-      if (model->body_rootid[body] == root) addEndEffector(layout, objectName(model, mjOBJ_BODY, body), mjOBJ_XBODY, body);
+      if (model->body_rootid[body] == root)
+        addEndEffector(layout, objectName(model, mjOBJ_BODY, body), mjOBJ_XBODY, body);
     }
     collectPathPoints(model, data, layout);
     layouts.push_back(std::move(layout));

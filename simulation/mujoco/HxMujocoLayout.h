@@ -14,17 +14,17 @@
 /// One end effector: a site (MJCF) or a body (URDF link) whose name carries an end-effector
 /// prefix.
 struct HxMujocoEndEffectorLayout {
-  std::string name;       ///< name without the prefix
-  int objectType = 0;     ///< mjOBJ_SITE, or mjOBJ_XBODY: the body frame (mjOBJ_BODY is its centre of mass)
+  std::string name;    ///< name without the prefix
+  int objectType = 0;  ///< mjOBJ_SITE, or mjOBJ_XBODY: the body frame (mjOBJ_BODY is its centre of mass)
   int objectId = -1;
-  bool point = false;     ///< true: point end effector, false: frame end effector
+  bool point = false;  ///< true: point end effector, false: frame end effector
 };
 
 /// One manipulator: a kinematic tree under the world body that carries hinge or slide joints.
 struct HxMujocoManipulatorLayout {
-  std::string name;               ///< name of the root body
+  std::string name;  ///< name of the root body
   int rootBody = -1;
-  int freeJoint = -1;             ///< free joint of the root body, -1 for a fixed base
+  int freeJoint = -1;  ///< free joint of the root body, -1 for a fixed base
   int freeQposAddress = -1;
   int freeDofAddress = -1;
   std::vector<std::string> linkNames;  ///< per link (= per joint), body name
@@ -32,7 +32,7 @@ struct HxMujocoManipulatorLayout {
   std::vector<int> joints;
   std::vector<int> qposAddresses;
   std::vector<int> dofAddresses;
-  std::vector<int> actuators;     ///< actuator driving the joint, -1 when none
+  std::vector<int> actuators;  ///< actuator driving the joint, -1 when none
   std::vector<HxMujocoEndEffectorLayout> endEffectors;
   std::vector<HxEndEffectorPlacement> pathPoints;  ///< world placements from "path:" sites
 

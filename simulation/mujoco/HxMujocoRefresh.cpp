@@ -52,15 +52,16 @@ void forces(const HxMujocoRefreshSource& in, HxIndividualDynamicSimulator& simul
     link.setForce(dynamic ? HxMujocoConvert::wrenchAbout(d->cfrc_int + 6 * body, treeCenter, d->xpos + 3 * body)
                           : HxGeneralForce());
     external.mutableForces()[j] =
-        dynamic ? HxMujocoConvert::wrenchAbout(d->cfrc_ext + 6 * body, treeCenter, d->xpos + 3 * body) : HxGeneralForce();
+        dynamic ? HxMujocoConvert::wrenchAbout(d->cfrc_ext + 6 * body, treeCenter, d->xpos + 3 * body)
+                : HxGeneralForce();
     const int u = layout.actuators[j];
     inputs.mutableValues()[j] = u >= 0 ? d->ctrl[u] : 0.0;
     torques.mutableValues()[j] = dynamic ? d->qfrc_actuator[dof] : 0.0;
   }
 }
 
-void controlOutput(const HxMujocoRefreshSource& in, const HxManipulatorActiveState& actual,
-                   HxPositionState& position, HxVelocityState& velocity) {
+void controlOutput(const HxMujocoRefreshSource& in, const HxManipulatorActiveState& actual, HxPositionState& position,
+                   HxVelocityState& velocity) {
   position.setCoordSystemXform(actual.positionState().coordSystemXform());
   velocity.setBaseVelocity(actual.velocityState().baseVelocity());
   std::copy(in.control.position.begin(), in.control.position.end(), position.mutableJointPositions().begin());
@@ -80,7 +81,8 @@ void placements(const HxMujocoRefreshSource& in, const HxCoordSystemXform& base,
   for (std::size_t e = 0; e < layout.endEffectors.size(); ++e) {
     const HxEndEffectorPlacement world = HxMujocoConvert::endEffectorPlacement(in.data, layout.endEffectors[e]);
     actual.setPlacement(static_cast<HxU32>(e), HxMujocoConvert::relativeTo(base, world));
-    const HxEndEffectorPlacement wanted = hasTarget ? HxMujocoConvert::carriedAlong(target, controlledNow, world) : world;
+    const HxEndEffectorPlacement wanted =
+        hasTarget ? HxMujocoConvert::carriedAlong(target, controlledNow, world) : world;
     desired.setPlacement(static_cast<HxU32>(e), HxMujocoConvert::relativeTo(base, wanted));
   }
 }

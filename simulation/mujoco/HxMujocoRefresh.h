@@ -35,8 +35,8 @@ void forces(const HxMujocoRefreshSource& in, HxIndividualDynamicSimulator& simul
             HxManipulatorExternalForce& external, HxManipulatorControlInput& inputs, HxManipulatorTorque& torques);
 
 /// The controller's joint positions and velocities, on the base of the `actual` state.
-void controlOutput(const HxMujocoRefreshSource& in, const HxManipulatorActiveState& actual,
-                   HxPositionState& position, HxVelocityState& velocity);
+void controlOutput(const HxMujocoRefreshSource& in, const HxManipulatorActiveState& actual, HxPositionState& position,
+                   HxVelocityState& velocity);
 
 /// Every end effector's placement and desired placement, relative to `base`. The controlled
 /// end effector is asked to reach the current path point, every other one to keep its offset

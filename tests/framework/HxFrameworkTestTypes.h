@@ -3,7 +3,6 @@
 // an enum, attributes, a read-only member, a nested compound and a member of a second
 // namespace) and small helpers.
 
-#include <unistd.h>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -19,7 +18,9 @@
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlEnumType.h"
 #include "framework/HxXmlReader.h"
+#include "framework/HxXmlSerialisable.h"
 #include "framework/HxXmlWriter.h"
+#include "tests/support/HxScopedTempDir.h"
 
 namespace HxFrameworkTest {
 
@@ -47,29 +48,22 @@ inline bool holdsInOrder(const std::string& text, const std::vector<std::string>
   return true;
 }
 
-/// The boilerplate slots of a test compound named `kLocal` in kNs, equal by Derived's operator==.
-template <class Derived, const char* kLocal>
-class TestCompound : public HxXmlCompoundType {
- public:
-  HxXmlObject* clone() const override { return new Derived(static_cast<const Derived&>(*this)); }
-  HxXmlObject* newObject() const override { return new Derived(); }
-  static HxXmlObject* creator() { return new Derived(); }
-  static const HxToken& classToken() {
-    static const HxToken token = testToken(kLocal);
-    return token;
-  }
-  const HxToken& token() const override { return classToken(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* same = dynamic_cast<const Derived*>(other);
-    return same && static_cast<const Derived&>(*this) == *same;
-  }
-};
+/// The token `kName`, made on first use: the class token of a test class.
+template <const char* kName>
+const HxToken& nameToken() {
+  static const HxToken token(kName);
+  return token;
+}
 
-inline constexpr char kInner[] = "inner";
-inline constexpr char kSample[] = "sample";
+/// The class tokens of the test compounds, in kNs.
+inline constexpr char kInner[] = "http://example.org/namespace/test#inner";
+inline constexpr char kSample[] = "http://example.org/namespace/test#sample";
 
-class Inner : public TestCompound<Inner, kInner> {
+class Inner : public HxXmlCompoundType {
+  HX_XML_SERIALISABLE(Inner);
+
  public:
+  Inner() = default;
   HxXmlBasicType<double> gain;
   HxXmlBasicType<std::string> label;
 
@@ -79,8 +73,11 @@ class Inner : public TestCompound<Inner, kInner> {
     registerComponent(testToken("label"), &label);
   }
 };
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((inline), nameToken<kInner>(), Inner)
 
-class Sample : public TestCompound<Sample, kSample> {
+class Sample : public HxXmlCompoundType {
+  HX_XML_SERIALISABLE(Sample);
+
  public:
   enum Mode : unsigned int { Idle = 0, Running = 1, Stopped = 7 };
 
@@ -106,8 +103,8 @@ class Sample : public TestCompound<Sample, kSample> {
   /// Compares everything that is read back (the read-only version is not).
   bool operator==(const Sample& other) const {
     return name == other.name && time == other.time && count == other.count && enabled == other.enabled &&
-           mode == other.mode && inner == other.inner && id == other.id && scale == other.scale &&
-           unit == other.unit && foreign == other.foreign;
+           mode == other.mode && inner == other.inner && id == other.id && scale == other.scale && unit == other.unit &&
+           foreign == other.foreign;
   }
   void registerComponents() override {
     registerAttributeComponent(HxToken("id"), &id);
@@ -123,6 +120,8 @@ class Sample : public TestCompound<Sample, kSample> {
     registerComponent(HxToken("http://example.org/other#foreign"), &foreign);
   }
 };
+
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((inline), nameToken<kSample>(), Sample)
 
 /// A filled sample with awkward values.
 inline Sample filledSample() {
@@ -142,7 +141,36 @@ inline Sample filledSample() {
   return sample;
 }
 
-/// The document the writer makes of `object`.
+/// The document the writer makes of `object` as its own element.
+inline std::string writeToString(const HxXmlObject& object) {
+  std::ostringstream out;
+  {
+    HxXmlWriter writer("test", out);
+    writer.writeObject(object);
+  }
+  return out.str();
+}
+
+/// The document the writer makes of `object` as the root element `token`.
+inline std::string writeToString(const HxXmlObject& object, const HxToken& token) {
+  std::ostringstream out;
+  {
+    HxXmlWriter writer("test", out);
+    writer.writeObject(object, token);
+  }
+  return out.str();
+}
+
+/// Reads `object` from the whole document `text` (reported as "test.xml"), making unknown
+/// elements with `factory` if given.
+inline HxBoolean readFromString(HxXmlObject& object, const std::string& text,
+                                const HxXmlObjectFactory* factory = nullptr) {
+  HxXmlReader reader;
+  reader.setObjectFactory(factory);
+  return reader.openMemory(text, "test.xml") && reader.readObject(object);
+}
+
+/// The document the writer makes of `object`, expecting the writer to succeed.
 inline std::string written(const HxXmlObject& object) {
   std::ostringstream stream;
   HxXmlWriter writer("test", stream);
@@ -178,11 +206,9 @@ inline ReadResult readInto(HxXmlObject& object, const std::string& text, const s
 /// Runs xmllint with `arguments` on `document` (written to a temporary file); true when it
 /// succeeds. Call only when xmllintAvailable().
 inline bool xmllintAccepts(const std::string& document, const std::string& arguments = "") {
-  const std::string path = testing::TempDir() + std::to_string(::getpid()) + "_hx_xmllint_input.xml";
-  std::ofstream(path, std::ios::binary) << document;
-  const int status = std::system(("xmllint --noout " + arguments + " '" + path + "' >/dev/null 2>&1").c_str());
-  std::remove(path.c_str());
-  return status == 0;
+  const HxScopedTempDir dir("xmllint");
+  const std::string path = dir.write("input.xml", document);
+  return std::system(("xmllint --noout " + arguments + " '" + path + "' >/dev/null 2>&1").c_str()) == 0;
 }
 
 inline bool xmllintAvailable() { return std::system("command -v xmllint >/dev/null 2>&1") == 0; }

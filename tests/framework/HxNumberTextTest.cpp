@@ -12,6 +12,7 @@
 #include <random>
 
 #include "tests/framework/HxFrameworkTestTypes.h"
+#include "tests/support/HxScopedTempDir.h"
 
 namespace {
 
@@ -67,9 +68,18 @@ TEST(HxNumberText, KnownTextsAndSpecialValues) {
   const struct {
     double value;
     const char* text;
-  } rows[] = {{0.1, "0.1"}, {100.0, "100"}, {1e21, "1e+21"}, {123456.789, "123456.789"}, {-2.5e-300, "-2.5e-300"},
-              {0.0, "0"}, {-0.0, "-0"}, {Limits::denorm_min(), "5e-324"}, {Limits::infinity(), "inf"},
-              {-Limits::infinity(), "-inf"}, {Limits::quiet_NaN(), "nan"}, {-Limits::quiet_NaN(), "nan"},
+  } rows[] = {{0.1, "0.1"},
+              {100.0, "100"},
+              {1e21, "1e+21"},
+              {123456.789, "123456.789"},
+              {-2.5e-300, "-2.5e-300"},
+              {0.0, "0"},
+              {-0.0, "-0"},
+              {Limits::denorm_min(), "5e-324"},
+              {Limits::infinity(), "inf"},
+              {-Limits::infinity(), "-inf"},
+              {Limits::quiet_NaN(), "nan"},
+              {-Limits::quiet_NaN(), "nan"},
               {fromBits(0x7FF0000000000001ull), "nan"}};  // the last: signalling, with payload
   for (const auto& row : rows) EXPECT_EQ(HxDOUBLE2STRING(row.value), row.text) << row.text;
   for (const double value : {-Limits::denorm_min(), 2.2250738585072009e-308, Limits::min(), Limits::max(),
@@ -99,14 +109,9 @@ TEST(HxNumberText, ParsingAcceptsWholeTextsOnly) {
   }
 }
 
-// Radix 2 to 36; an unsupported radix falls back to decimal; the string form reuses its target.
-TEST(HxNumberText, IntegerTextInEveryRadix) {
-  const struct {
-    unsigned int value, radix;
-    const char* text;
-  } rows[] = {{0, 10, "0"},  {4294967295u, 10, "4294967295"}, {255, 16, "ff"}, {5, 2, "101"},
-              {35, 36, "z"}, {12, 1, "12"},                   {12, 37, "12"}};
-  for (const auto& row : rows) EXPECT_EQ(HxINT2STRING(row.value, row.radix), row.text) << row.text;
+// Decimal integer texts (the only radix the library uses); the string form reuses its target.
+TEST(HxNumberText, IntegerText) {
+  EXPECT_EQ(HxINT2STRING(0, 10) + " " + HxINT2STRING(4294967295u, 10), "0 4294967295");
   std::string out = "previous text that is long";
   HxINT2STRING(7, 10, out);
   EXPECT_EQ(out, "7");
@@ -150,8 +155,9 @@ TEST(HxNumberText, IndependentOfTheLocale) {
     name = candidate;
     break;
   }
+  const HxScopedTempDir locales("locales");
   if (name.empty()) {
-    path = testing::TempDir() + "hx_locales";
+    path = locales.path().string();
     const std::string command =
         "mkdir -p '" + path + "' && localedef -i de_DE -f UTF-8 '" + path + "/hx_comma' >/dev/null 2>&1";
     if (std::system(command.c_str()) != 0) GTEST_SKIP() << "no comma-decimal locale, and localedef failed";

@@ -1,13 +1,14 @@
-// The reader: node kinds, positioning, and hostile documents that must end in a
+// The reader: node kinds, files, and hostile documents that must end in a
 // false return and one message naming file and line, never a crash, a hang or a leak.
-#include <unistd.h>
 #include "framework/HxXmlReader.h"
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <regex>
 
 #include "tests/framework/HxFrameworkTestTypes.h"
+#include "tests/support/HxScopedTempDir.h"
 
 namespace {
 
@@ -18,13 +19,13 @@ using HxFrameworkTest::repeat;
 using HxFrameworkTest::Sample;
 
 // Kinds, names as full tokens, depths, lines and attributes (namespace declarations are not
-// attributes); comments, processing instructions and blank text are skipped.
+// attributes); comments, processing instructions and blank text are skipped, also by readText.
 TEST(HxXmlReader, NodeKindsNamesAttributesAndLines) {
   HxXmlReader reader;
-  ASSERT_TRUE(reader.openMemory(
-      "<?xml version=\"1.0\"?>\n<!-- c -->\n<root xmlns:p=\"urn:x#\" a=\"1\" p:b=\"two\">\n"
-      "  <p:empty/>\n  <text>hi<!-- inside --></text>\n  <?pi data?>\n</root>\n",
-      "kinds.xml"));
+  ASSERT_TRUE(
+      reader.openMemory("<?xml version=\"1.0\"?>\n<!-- c -->\n<root xmlns:p=\"urn:x#\" a=\"1\" p:b=\"two\">\n"
+                        "  <p:empty/>\n  <text>hi<!-- inside --></text>\n  <?pi data?>\n</root>\n",
+                        "kinds.xml"));
   std::string walk;  // "kind name-or-text depth@line attributes" per node (no line for ends)
   for (int kind; (kind = reader.next()) > 0;) {
     walk += std::to_string(kind) + " " + (kind == HxXmlReader::Text ? reader.text() : reader.name().token()) + " " +
@@ -39,35 +40,22 @@ TEST(HxXmlReader, NodeKindsNamesAttributesAndLines) {
   EXPECT_TRUE(reader.next() == HxXmlReader::EndOfDocument && !reader.hasError());
   EXPECT_STREQ(reader.fileName(), "kinds.xml");
   EXPECT_STREQ(reader.attributeValue(2), "");
-}
 
-// readText joins text around comments; readChild leaves the reader on the child's end even
-// when the child's read does not move it.
-TEST(HxXmlReader, ReadTextAndReadChildKeepTheReaderInStep) {
-  HxXmlReader reader;
-  ASSERT_TRUE(reader.openMemory("<r><a> x <!--c--> y </a><f>1</f></r>"));
-  ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
-  ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
+  // readText joins the text around comments.
   std::string text;
-  EXPECT_TRUE(reader.readText(text) && text == " x  y " && reader.nodeKind() == HxXmlReader::EndElement) << text;
-  ASSERT_EQ(reader.next(), HxXmlReader::StartElement);
-  class DoNothing : public HxXmlBasicType<std::string> {
-    HxBoolean read(HxXmlReader&) override { return true; }
-  } nothing;
-  EXPECT_TRUE(reader.readChild(nothing) && reader.nodeKind() == HxXmlReader::EndElement);
-  EXPECT_EQ(reader.name(), std::string("f"));
-  EXPECT_TRUE(reader.next() == HxXmlReader::EndElement && reader.next() == HxXmlReader::EndOfDocument);
+  ASSERT_TRUE(reader.openMemory("<a> x <!--c--> y </a>") && reader.next() == HxXmlReader::StartElement);
+  EXPECT_TRUE(reader.readText(text) && text == " x  y ") << text;
 }
 
 // A file is read like memory; a missing one is one message with the system's reason.
 TEST(HxXmlReader, FileInputAndMissingFile) {
-  const std::string path = testing::TempDir() + std::to_string(::getpid()) + "_hx_reader_file.xml";
-  std::ofstream(path) << kOpen << "<t:count>7</t:count></t:sample>\n";
+  const HxScopedTempDir dir("reader");
+  const std::string path = dir.write("file.xml", kOpen + "<t:count>7</t:count></t:sample>\n");
   Hx::ScopedPrintCapture capture;
   HxXmlReader reader;
   Sample sample;
   EXPECT_TRUE(reader.openFile(path) && reader.readObject(sample) && sample.count.value() == 7u);
-  std::remove(path.c_str());
+  std::filesystem::remove(path);
   HxXmlReader missing;
   EXPECT_FALSE(missing.openFile(path) || missing.readObject(sample));
   ASSERT_EQ(capture.records().size(), 1u);
@@ -86,10 +74,9 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
               repeat("&lol" + (i > 1 ? std::to_string(i - 1) : std::string()) + ";", 10) + "\">\n";
   }
   laughs += "]>\n" + kOpen + "<t:name>&lol9;</t:name><t:inner t:x=\"&lol9;\"/></t:sample>\n";
-  const std::string secretPath = testing::TempDir() + std::to_string(::getpid()) + "_hx_reader_secret.txt";
-  const std::string secret = "file://" + secretPath;
+  const HxScopedTempDir dir("reader");
   const std::string marker = "TOP-SECRET-MARKER-4711";
-  std::ofstream(secretPath) << marker << "\n";
+  const std::string secret = "file://" + dir.write("secret.txt", marker + "\n");
   const std::string doctype = "<?xml version=\"1.0\"?>\n<!DOCTYPE t:sample ";
   const std::string useEntity = kOpen + "<t:name>&x;</t:name></t:sample>";
   const struct {
@@ -131,7 +118,6 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
     EXPECT_TRUE(last.text.find(marker) == std::string::npos && last.text.find("root:") == std::string::npos);
     EXPECT_TRUE(outcome.standardError.empty() && outcome.seconds < 5.0 && sample.name.value().empty());
   }
-  std::remove(secretPath.c_str());
 }
 
 }  // namespace

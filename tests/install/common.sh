@@ -11,9 +11,12 @@ fresh_dir() { rm -rf "$1"; mkdir -p "$1"; }
 
 # work_dir DIR: an empty directory DIR for this check alone, removed when the check ends, passed
 # or failed (kept when HX_KEEP_CHECKS=1, to look into a failure), and with it the checks' common
-# directory once no other check uses it.
+# directory once no other check uses it. Programs the check starts keep their temporary files in it
+# too (lintian leaves some behind).
 work_dir() {
   fresh_dir "$1"
+  mkdir -p "$1/tmp"
+  export TMPDIR="$1/tmp"
   if [ "${HX_KEEP_CHECKS:-0}" != 1 ]; then
     # shellcheck disable=SC2064
     trap "rm -rf '$1'; rmdir '$HX_WORK' 2>/dev/null || true" EXIT

@@ -1,12 +1,11 @@
 // One manipulator's model: links, drives, neutral answers without kinematics,
-// the default resolution of held placements, and the dynamic simulator's shared state.
+// and the default resolution of held placements.
 #include "simulation/HxIndividualManipulator.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
-#include "simulation/HxIndividualDynamicSimulator.h"
 #include "simulation/HxManipulatorActiveState.h"
 
 namespace {
@@ -98,17 +97,6 @@ TEST(HxManipulatorEndEffectorPlacement, DefaultResolutionIsRelativeToTheBase) {
   EXPECT_NEAR(angle, 0.0, 1e-12);
   EXPECT_EQ(entry.endEffectorPlacement(0, HxPositionState(1), manipulator), entry[0]);
   EXPECT_EQ(entry.endEffectorPlacement(2, state, manipulator), HxEndEffectorPlacement());
-}
-
-// The dynamic simulator's joint and base accelerations are those of its active state, held once.
-TEST(HxIndividualDynamicSimulator, AccelerationsAreThoseOfItsActiveState) {
-  HxIndividualDynamicSimulator simulator(2, 3);
-  simulator.setJointAccelerations({0.5, -0.5});
-  simulator.setBaseAcceleration(HxGeneralMotion(0, 0, -9.81, 0, 0, 0));
-  EXPECT_EQ(&simulator.jointAccelerations(), &simulator.activeState().accelerationState().jointAccelerations());
-  EXPECT_EQ(simulator.activeState().accelerationState().jointAccelerations()[1], -0.5);
-  EXPECT_EQ(&simulator.baseAcceleration(), &simulator.activeState().accelerationState().baseAcceleration());
-  EXPECT_EQ(simulator.baseAcceleration()[2], -9.81);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@
 /// Scope that reports how many allocations happened since it was created (or since the last
 /// restart()). Never fails.
 class HxAllocationCounter {
-public:
+ public:
   HxAllocationCounter() { restart(); }
 
   /// Starts counting again from now.
@@ -40,7 +40,7 @@ public:
   /// Bytes requested through operator new since program start.
   static std::uint64_t totalBytes();
 
-private:
+ private:
   std::uint64_t startAllocations_ = 0;
   std::uint64_t startBytes_ = 0;
 };

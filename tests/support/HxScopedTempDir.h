@@ -7,7 +7,7 @@
 #include <string>
 
 class HxScopedTempDir {
-public:
+ public:
   /// Makes `<temp>/hx-<prefix>-XXXXXX` (unique, mode 0700). Throws std::runtime_error when the
   /// directory cannot be made.
   explicit HxScopedTempDir(const std::string& prefix = "test");
@@ -24,7 +24,7 @@ public:
   /// Writes `text` to `name` inside the directory and returns its path.
   std::string write(const std::string& name, const std::string& text) const;
 
-private:
+ private:
   std::filesystem::path path_;
 };
 

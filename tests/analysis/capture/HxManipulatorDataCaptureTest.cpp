@@ -142,40 +142,6 @@ TEST(HxManipulatorDataCapture, LookupsTakeTheFirstOfDuplicateSubCaptures) {
   EXPECT_EQ(capture.numDataCaptureTypes(4u), 1u);
 }
 
-// A manipulator-level type that stores the indices it is given in its first two columns; only
-// a reader's factory can put such a type into a manipulator capture.
-struct HxIndexProbe : HxCenterOfMassDataCaptureType, HxXmlObjectFactory {
-  HxXmlObject* newObjectFromToken(const HxToken& name) const override { return name == token() ? clone() : nullptr; }
-  HxXmlObject* clone() const override { return new HxIndexProbe(*this); }
-  const HxToken& token() const override {
-    static const HxToken name(HxSimAnalysis::ns.token() + "indexProbe");
-    return name;
-  }
-  HxBoolean captureData(const HxSystemSimulation&, const HxU32& manipulator, const HxU32& element) const override {
-    column(0) = manipulator;
-    column(1) = element;
-    return true;
-  }
-};
-
-// A manipulator-level type is given the manipulator's index and the fixed element index 4294967294.
-TEST(HxManipulatorDataCapture, ManipulatorLevelTypesGetTheFixedElementIndex) {
-  HxManipulatorDataCapture capture;
-  capture.setManipulatorIndex(1);
-  std::string text = HxCaptureTest::writeToString(capture);
-  const std::string empty = "<sm:dataCaptureTypeVector count=\"0\"/>";
-  ASSERT_NE(text.find(empty), std::string::npos) << text;
-  text.replace(text.find(empty), empty.size(),
-               "<sm:dataCaptureTypeVector count=\"1\"><sm:indexProbe/></sm:dataCaptureTypeVector>");
-  const HxIndexProbe factory;
-  ASSERT_TRUE(HxCaptureTest::readFromString(capture, text, &factory)) << text;
-  ASSERT_EQ(capture.numDataCaptureTypes(), 1u);
-  EXPECT_TRUE(capture.captureData(HxScriptedSimulation(2, 2, 1)));
-  const HxDataCaptureType::DataVector& data = capture.dataCaptureVector()[0].data();
-  EXPECT_EQ(data[0].value(), 1.0);
-  EXPECT_EQ(data[1].value(), 4294967294.0);
-}
-
 // A link capture ANDs its types' results; an unknown link or manipulator fails and leaves the
 // types' data as it was. An end-effector capture reports its last type's result only. The
 // manipulator capture makes every capture even after a failure and ANDs the results.

@@ -87,8 +87,7 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorPlacementOnBothPaths) {
   HxScriptedSimulation sim(1, 1, 2);
   // X of the computed placement is the first joint position of the state passed.
   sim.kinematics(0).setPlacementFunction([](HxU32 e, const HxManipulatorActiveState& state) {
-    return HxEndEffectorPlacement(HxVector(state.positionState().jointPositions()[0], e, 0),
-                                  HxOrientation(0, 0, 0, 1));
+    return HxEndEffectorPlacement(HxVector(state.positionState().jointPositions()[0], e, 0), HxOrientation(0, 0, 0, 1));
   });
   sim.activeState(0).mutablePositionState().setJointPositions({0.3});
   sim.setHeldPlacement(0, 1, HxEndEffectorPlacement(HxVector(7, 8, 9), HxOrientation(0, 1, 0, 0)));
@@ -111,8 +110,8 @@ TEST(HxCartesianDataCaptureTypes, EndEffectorMotionUsesTheWorkingState) {
   // Linear X: first joint position (acceleration: first joint acceleration); linear Y: first
   // joint velocity; angular Z: the index.
   sim.kinematics(0).setVelocityFunction([](HxU32 e, const HxManipulatorActiveState& state) {
-    return HxGeneralMotion(state.positionState().jointPositions()[0], state.velocityState().jointVelocities()[0],
-                           0, 0, 0, e);
+    return HxGeneralMotion(state.positionState().jointPositions()[0], state.velocityState().jointVelocities()[0], 0, 0,
+                           0, e);
   });
   sim.kinematics(0).setAccelerationFunction([](HxU32 e, const HxManipulatorActiveState& state) {
     return HxGeneralMotion(state.accelerationState().jointAccelerations()[0], 0, 0, 0, 0, e);

@@ -1,6 +1,7 @@
 // What the 21 captured quantities share: identity (token, description, size, level, labels),
-// column switching, copies and comparison, the reset of the buffer, and no allocation once a
-// capture has run. Each property is checked once over all of them.
+// column switching, copies and comparison, the reset of the buffer, no allocation once a
+// capture has run, and which of them the type vector can read. Each property is checked once
+// over all of them.
 
 #include <algorithm>
 #include <memory>
@@ -11,10 +12,12 @@
 
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "tests/support/HxAllocationCounter.h"
+#include "framework/HxPrint.h"
+#include "framework/HxXmlReader.h"
 #include "simulation/HxBasePowerConverter.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 
@@ -155,5 +158,43 @@ TEST_P(HxDataCaptureTypeShared, CapturesOnEachPathRefusesIndicesPastTheLastAndDo
 
 INSTANTIATE_TEST_SUITE_P(AllTypes, HxDataCaptureTypeShared, ::testing::ValuesIn(allTypes()),
                          [](const ::testing::TestParamInfo<TypeRow>& row) { return row.param.name; });
+
+// A configuration document holding `body` inside a data capture type vector.
+std::string document(const std::string& body) {
+  return "<sm:dataCaptureTypeVector xmlns:sm=\"" + HxSimAnalysis::ns.token() + "\">\n" + body +
+         "</sm:dataCaptureTypeVector>\n";
+}
+
+// The three types without a creator in HxDataCaptureTypeVector fail the read with an error;
+// elements before stay. (That the other 18 are read as their own classes, with their flags and
+// tolerances, is pinned by the round trip of examples/config/default_capture.xml.)
+TEST(HxDataCaptureTypeVector, RefusesTheUnregisteredTokens) {
+  for (const TypeRow& row : allTypes()) {
+    if (row.creatorOrder >= 0) continue;
+    const HxToken& token = row.classToken();
+    SCOPED_TRACE(token.token());
+    Hx::ScopedPrintCapture messages;
+    HxDataCaptureTypeVector vector;
+    const std::string body = "<sm:jointTorqueDataCaptureType/><sm:" + std::string(token.localName()) + "/>\n";
+    HxXmlReader reader;
+    EXPECT_FALSE(reader.openMemory(document(body), "types.xml") && reader.readObject(vector));
+    ASSERT_EQ(messages.records().size(), 1u) << messages.text();
+    EXPECT_EQ(messages.records()[0].type, Hx::Print::Error);
+    ASSERT_EQ(vector.size(), 1u);
+    EXPECT_EQ(vector[0].token(), HxJointTorqueDataCaptureType::classToken());
+  }
+}
+
+// The first element with the token is found, with its position; a missing token gives null.
+TEST(HxDataCaptureTypeVector, FindsTheFirstElementWithAToken) {
+  HxDataCaptureTypeVector vector;
+  vector.pushBack(HxJointTorqueDataCaptureType());
+  vector.pushBack(HxJointPositionDataCaptureType());
+  vector.pushBack(HxJointPositionDataCaptureType());
+  HxU32 index = 99;
+  EXPECT_EQ(vector.findDataCaptureByToken(HxJointVelocityDataCaptureType::classToken(), &index), nullptr);
+  EXPECT_EQ(vector.findDataCaptureByToken(HxJointPositionDataCaptureType::classToken(), &index), &vector[1]);
+  EXPECT_EQ(index, 1u);
+}
 
 }  // namespace

@@ -1,11 +1,11 @@
-// The file formats byte for byte: comma-delimited text, MATLAB and Mathematica (the notebook's
-// header and trailer are pinned whole by the recorder's hand-written golden file), and MRD
-// (blank header patched at the end, label line, big-endian float samples).
+// The file formats where the recorder's golden files (tests/data/recording_two_arms.*) do not
+// reach: labels with commas and quotes, single-string rows, recordings without samples,
+// unfinished saves, components of another kind, and the MRD total's 32-bit wrap.
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstring>
+#include <functional>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -20,44 +20,65 @@ namespace {
 
 using namespace HxWriterTest;
 
-// Whole recordings in the recorder's calling order, byte for byte: the CSV joins texts by
-// single commas (a comma inside a label is not quoted and shifts the columns); MATLAB quotes
-// labels without doubling quotes, ends each row with ";" and each block with "];"; every line
-// ends in 0x0A; an unfinished save lacks its closing.
-TEST(HxTextFormatWriters, RecordingsByteForByte) {
-  HxTextOutputWriter text;
-  EXPECT_EQ(recorded(text, {"Time", "Point Path Index", "Manip[0]:Joint Positions:Joint Position", "", ""},
-                     {{"0", "0", "0.25"}, {"0.01", "3", "-1.5e-07"}}),
-            "Time,Point Path Index,Manip[0]:Joint Positions:Joint Position,,\n0,0,0.25\n0.01,3,-1.5e-07\n");
-  EXPECT_EQ(recorded(text, {"a,b", "c"}, {{"7"}}), "a,b,c\n7\n");
+std::string mrdHeader(const std::string& fields) { return fields + std::string(80 - fields.size(), ' ') + "\n"; }
 
-  HxMatlabOutputWriter matlab;
-  EXPECT_EQ(recorded(matlab, {"Time", "Point Path Index", "x"}, {{"0", "0", "1.5"}, {"0.5", "1", "2"}}),
-            "Description=[\n'Time'\t'Point Path Index'\t'x'\n];\nData=[\n0\t0\t1.5;\n0.5\t1\t2;\n];\n");
-  EXPECT_EQ(recorded(matlab, {"Time", "x"}, {}), "Description=[\n'Time'\t'x'\n];\nData=[\n];\n");
-  EXPECT_EQ(recorded(matlab, {"it's"}, {{"1"}}, false), "Description=[\n'it's'\n];\nData=[\n1;\n");
-
-  HxMathematicaOutputWriter notebook;
-  EXPECT_EQ(recorded(notebook, {"Time", "Point Path Index"}, {}), HxMathematicaOutputWriter::headerText() +
-                                                                      "{\"Time\" ,\"Point Path Index\"}\n" +
-                                                                      HxMathematicaOutputWriter::trailerText());
+// Whole recordings in the recorder's calling order, byte for byte.
+TEST(HxFileFormatWriters, EdgeCasesByteForByte) {
+  const struct {
+    const char* what;
+    std::function<std::unique_ptr<HxBaseOutputWriter>()> make;
+    std::vector<std::string> labels;
+    std::vector<std::vector<std::string>> samples;
+    bool finish;
+    std::string expected;
+  } rows[] = {
+      {"CSV: a comma inside a label is not quoted",
+       [] { return std::make_unique<HxTextOutputWriter>(); },
+       {"a,b", "c"},
+       {{"7"}},
+       true,
+       "a,b,c\n7\n"},
+      {"MATLAB: one string per row, a quote not doubled, unfinished",
+       [] { return std::make_unique<HxMatlabOutputWriter>(); },
+       {"it's"},
+       {{"1"}},
+       false,
+       "Description=[\n'it's'\n];\nData=[\n1;\n"},
+      {"MATLAB: no samples",
+       [] { return std::make_unique<HxMatlabOutputWriter>(); },
+       {"Time", "x"},
+       {},
+       true,
+       "Description=[\n'Time'\t'x'\n];\nData=[\n];\n"},
+      {"MRD: no samples",
+       [] { return std::make_unique<HxMrdOutputWriter>(); },
+       {"Time", "x"},
+       {},
+       true,
+       mrdHeader("0\t2\t0\t1000") + "Time  -  x  -\n\n\n"},
+      {"Mathematica: no samples",
+       [] { return std::make_unique<HxMathematicaOutputWriter>(); },
+       {"Time", "Point Path Index"},
+       {},
+       true,
+       HxMathematicaOutputWriter::headerText() + "{\"Time\" ,\"Point Path Index\"}\n" +
+           HxMathematicaOutputWriter::trailerText()},
+  };
+  for (const auto& row : rows) {
+    const std::unique_ptr<HxBaseOutputWriter> writer = row.make();
+    EXPECT_EQ(recorded(*writer, row.labels, row.samples, row.finish), row.expected) << row.what;
+  }
 }
 
-// Component by component: Mathematica rows are brace lists with a blank before each separating
-// comma, labels quoted, values bare, each sample row led by its comma, and an empty label row or
-// another kind closes with "}"; in MATLAB another kind writes no opening and no row, yet its
-// closing is "];".
-TEST(HxTextFormatWriters, RowsOfEveryKind) {
+// Mathematica closes an empty row or one of another kind with "}"; MATLAB writes nothing for
+// another kind but its closing "];".
+TEST(HxFileFormatWriters, ComponentsOfAnotherKind) {
   HxMathematicaOutputWriter notebook;
   std::ostringstream rows;
-  for (const FakeComponent& c :
-       {labels({"Time", "Point Path Index", "Manip[0]:Center of Mass:X"}), sample({"0", "0", "1.25"}),
-        sample({"0.1", "2", "-3"}), labels({}), FakeComponent(7, {"a", "b"}), sample({"9"})}) {
+  for (const FakeComponent& c : {labels({}), FakeComponent(7, {"a", "b"}), sample({"9"})}) {
     notebook.writeDataComponent(c, rows);
   }
-  EXPECT_EQ(
-      rows.str(),
-      "{\"Time\" ,\"Point Path Index\" ,\"Manip[0]:Center of Mass:X\"}\n,{0 ,0 ,1.25}\n,{0.1 ,2 ,-3}\n}\n}\n,{9}\n");
+  EXPECT_EQ(rows.str(), "}\n}\n,{9}\n");
 
   HxMatlabOutputWriter matlab;
   std::ostringstream out;
@@ -68,35 +89,9 @@ TEST(HxTextFormatWriters, RowsOfEveryKind) {
   EXPECT_EQ(out.str(), "];\n");
 }
 
-std::string bigEndian(float value) {
-  std::uint32_t bits = 0;
-  std::memcpy(&bits, &value, 4);
-  return std::string{static_cast<char>(bits >> 24), static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
-                     static_cast<char>(bits)};
-}
-
-std::string header(const std::string& fields) { return fields + std::string(80 - fields.size(), ' ') + "\n"; }
-
-// Whole files: the header patched over its 80 blanks with total, channels (one per label, the
-// empty labels of disabled columns included), samples and 1000; the label line with blanks made
-// "_"; each value a big-endian float (1.5 is 3F C0 00 00). A save never finished keeps the blanks.
-TEST(HxMrdOutputWriter, FilesByteForByte) {
-  HxMrdOutputWriter writer;
-  EXPECT_EQ(recorded(writer, {"Time", "Point Path Index", "Manip[0]:Joint Positions:Joint Position"},
-                     {{"0", "0", "1.5"}, {"0.01", "2", "-0.25"}}),
-            header("6\t3\t2\t1000") + "Time  -  Point_Path_Index  -  Manip[0]:Joint_Positions:Joint_Position  -\n\n\n" +
-                bigEndian(0) + bigEndian(0) + std::string("\x3F\xC0\x00\x00", 4) + bigEndian(0.01f) + bigEndian(2) +
-                bigEndian(-0.25f));
-  EXPECT_EQ(recorded(writer, {"Time", "Point Path Index", "", ""}, {{"1", "0"}}),
-            header("4\t4\t1\t1000") + "Time  -  Point_Path_Index  -    -    -\n\n\n" + bigEndian(1) + bigEndian(0));
-  EXPECT_EQ(recorded(writer, {"Time", "x"}, {{"1", "0"}}, false),
-            header("") + "Time  -  x  -\n\n\n" + bigEndian(1) + bigEndian(0));
-  EXPECT_EQ(recorded(writer, {"Time", "x"}, {}), header("0\t2\t0\t1000") + "Time  -  x  -\n\n\n");
-}
-
-// Any kind other than labels counts as a sample but writes no bytes; the total wraps in 32
-// bits; copies carry the counts; initialize resets the sample count but keeps the channels.
-TEST(HxMrdOutputWriter, CountsWrapAndTravelWithCopies) {
+// Any kind other than labels counts as an MRD sample but writes no bytes; the header's total
+// wraps in 32 bits.
+TEST(HxFileFormatWriters, MrdCountsWrap) {
   const HxSystemDataVector data;
   HxMrdOutputWriter writer;
   std::ostringstream out;
@@ -104,18 +99,9 @@ TEST(HxMrdOutputWriter, CountsWrapAndTravelWithCopies) {
   const std::string::size_type labelBytes = out.str().size();
   for (int i = 0; i < 65537; ++i) writer.writeDataComponent(FakeComponent(9, {"1", "2"}), out);
   EXPECT_EQ(out.str().size(), labelBytes);
-
-  std::ostringstream patched(header(""));
-  HxMrdOutputWriter(writer).finalize(data, patched);
-  EXPECT_EQ(patched.str(), header("65536\t65536\t65537\t1000"));  // 65536 x 65537 mod 2^32
-
-  HxMrdOutputWriter assigned;
-  assigned = writer;
-  std::ostringstream again;
-  assigned.initialize(data, again);
-  EXPECT_EQ(again.str(), header(""));
-  EXPECT_EQ(assigned.sampleCount(), 0u);
-  EXPECT_EQ(assigned.channelCount(), 65536u);
+  std::ostringstream patched(mrdHeader(""));
+  writer.finalize(data, patched);
+  EXPECT_EQ(patched.str(), mrdHeader("65536\t65536\t65537\t1000"));  // 65536 x 65537 mod 2^32
 }
 
 }  // namespace

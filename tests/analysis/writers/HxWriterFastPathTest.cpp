@@ -18,7 +18,6 @@
 #include "analysis/writers/HxMatlabOutputWriter.h"
 #include "analysis/writers/HxMrdOutputWriter.h"
 #include "analysis/writers/HxTextOutputWriter.h"
-#include "framework/HxNumberText.h"
 #include "tests/analysis/writers/HxWriterTestSupport.h"
 
 namespace {
@@ -136,33 +135,6 @@ INSTANTIATE_TEST_SUITE_P(FourWriters, HxWriterFastPathTest,
                                            std::make_pair("Mathematica", &make<HxMathematicaOutputWriter>)),
                          [](const auto& writer) { return std::string(writer.param.first); });
 
-// The record's text block and reals agree with its strings: element i of the block is string
-// i, string i is the toolkit's text of real i (the index in decimal), the separators are commas,
-// and a setter makes both new.
-TEST(HxSystemDataStorageFastPath, BlockAndRealsAgreeWithTheStrings) {
-  HxSystemDataStorage record = recordOf(specialValues());
-  for (const auto& [time, index] : {std::pair(0.25, 4294967295u), std::pair(-1.5, 3u)}) {
-    record.setTime(time);
-    record.setPathPointIndex(index);
-    std::vector<std::string> strings, block, reals;
-    record.getStringElements(strings);
-    const HxElementText& text = *record.elementText();
-    const HxElementValues& values = *record.elementValues();
-    for (std::size_t i = 0; i < text.count; ++i) {
-      block.push_back(std::string(text.element(i)) + text.chars[text.offsets[i + 1] - 1]);
-      strings[i] += ',';
-    }
-    for (std::size_t i = 0; i < values.count; ++i) {
-      reals.push_back((i == 1 ? HxINT2STRING(static_cast<unsigned int>(values.values[i]), 10)
-                              : HxDOUBLE2STRING(values.values[i])) + ",");
-    }
-    EXPECT_EQ(text.offsets[0], 0u);
-    EXPECT_EQ(block, strings);
-    EXPECT_EQ(reals, strings);
-    EXPECT_EQ(strings[0] + strings[1], HxDOUBLE2STRING(time) + "," + std::to_string(index) + ",");
-  }
-}
-
 // The MRD floats of the special values, pinned (the text path itself gives these bytes): signed
 // zeros and subnormals, ties to even, the overflow threshold, infinities, and every NaN,
 // whatever its sign and payload, as the float of the text "nan".
@@ -177,8 +149,8 @@ TEST(HxMrdOutputWriterFastPath, SpecialValuesNarrowAsTheirTexts) {
   EXPECT_EQ(fast, bytesOf(stringsOf(record)));
   auto at = [&fast](std::size_t value) { return fast.substr(4 * (value + 2), 4); };
   const std::pair<std::size_t, const char*> pinned[] = {
-      {1, "\x80\x00\x00\x00"}, {2, "\x00\x00\x00\x00"}, {3, "\x80\x00\x00\x00"}, {6, "\x00\x00\x00\x01"},
-      {7, "\x00\x00\x00\x00"}, {8, "\x00\x00\x00\x01"}, {12, "\x3F\x80\x00\x00"}, {13, "\x3F\x80\x00\x02"},
+      {1, "\x80\x00\x00\x00"},  {2, "\x00\x00\x00\x00"},  {3, "\x80\x00\x00\x00"},  {6, "\x00\x00\x00\x01"},
+      {7, "\x00\x00\x00\x00"},  {8, "\x00\x00\x00\x01"},  {12, "\x3F\x80\x00\x00"}, {13, "\x3F\x80\x00\x02"},
       {16, "\x7F\x7F\xFF\xFF"}, {17, "\x7F\x80\x00\x00"}, {22, "\xFF\x80\x00\x00"}, {23, "\x7F\xC0\x00\x00"}};
   for (const auto& [k, bytes] : pinned) EXPECT_EQ(at(k), std::string(bytes, 4)) << k;
   for (const std::size_t k : {24u, 25u, 26u}) EXPECT_EQ(at(k), at(23)) << k;

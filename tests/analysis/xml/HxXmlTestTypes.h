@@ -15,38 +15,28 @@
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlReader.h"
+#include "framework/HxXmlSerialisable.h"
 #include "framework/HxXmlWriter.h"
+#include "tests/framework/HxFrameworkTestTypes.h"
 
 namespace HxXmlTest {
 
-/// The object-making members of a test class `Derived` (deriving from `Base`) named `kName`;
-/// equality is Derived's operator== after a dynamic cast.
-template <class Derived, class Base, const char* kName>
-class Serialisable : public Base {
- public:
-  using Base::Base;
-  HxXmlObject* clone() const override { return new Derived(static_cast<const Derived&>(*this)); }
-  HxXmlObject* newObject() const override { return new Derived(); }
-  HxBoolean equality(const HxXmlObject* other) const override {
-    const auto* same = dynamic_cast<const Derived*>(other);
-    return same != nullptr && static_cast<const Derived&>(*this) == *same;
-  }
-  const HxToken& token() const override { return classToken(); }
-  static const HxToken& classToken() {
-    static const HxToken token(kName);
-    return token;
-  }
-  static HxXmlObject* creator() { return new Derived(); }
-};
-
+/// Class tokens of the test classes.
 inline constexpr char kPoint[] = "point";
 inline constexpr char kCircle[] = "circle";
 inline constexpr char kSquare[] = "square";
 inline constexpr char kTriangle[] = "triangle";
 inline constexpr char kShapes[] = "shapes";
 
+using HxFrameworkTest::holdsInOrder;
+using HxFrameworkTest::nameToken;
+using HxFrameworkTest::readFromString;
+using HxFrameworkTest::writeToString;
+
 /// A compound with a few scalar members, the element of the compound vectors under test.
-class Point : public Serialisable<Point, HxXmlCompoundType, kPoint> {
+class Point : public HxXmlCompoundType {
+  HX_XML_SERIALISABLE(Point);
+
  public:
   Point() = default;
   Point(double xValue, unsigned int idValue, const std::string& nameValue) : x(xValue), id(idValue), name(nameValue) {}
@@ -61,10 +51,13 @@ class Point : public Serialisable<Point, HxXmlCompoundType, kPoint> {
   HxXmlBasicType<unsigned int> id;
   HxXmlBasicType<std::string> name;
 };
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((inline), nameToken<kPoint>(), Point)
 
 /// Abstract element class of the polymorphic vector under test.
 class Shape : public HxXmlCompoundType {
  public:
+  Shape() = default;
+  Shape(const std::string& labelValue, double sizeValue) : label(labelValue), size(sizeValue) {}
   void registerComponents() override {
     registerComponent("label", &label);
     registerComponent("size", &size);
@@ -77,29 +70,32 @@ class Shape : public HxXmlCompoundType {
 
 /// The concrete shapes differ only in their class and token.
 template <const char* kName>
-class ShapeOf : public Serialisable<ShapeOf<kName>, Shape, kName> {
+class ShapeOf : public Shape {
+  HX_XML_SERIALISABLE(ShapeOf);
+
  public:
   ShapeOf() = default;
-  ShapeOf(const std::string& labelValue, double sizeValue) {
-    this->label = labelValue;
-    this->size = sizeValue;
-  }
+  using Shape::Shape;
 };
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((template <const char* kName>), nameToken<kName>(), ShapeOf<kName>)
 using Circle = ShapeOf<kCircle>;
 using Square = ShapeOf<kSquare>;
 using Triangle = ShapeOf<kTriangle>;  // the vector has no creator for it; only the factory makes it
 
 /// The polymorphic vector under test: creators for circles and squares, and one registered
 /// under "notAShape" that makes something other than a shape.
-class ShapeVector : public Serialisable<ShapeVector, HxXmlVariableVectorType<Shape>, kShapes> {
+class ShapeVector : public HxXmlVariableVectorType<Shape> {
+  HX_XML_SERIALISABLE(ShapeVector);
+
  public:
-  using Serialisable::Serialisable;
+  ShapeVector() = default;
+  using HxXmlVariableVectorType::HxXmlVariableVectorType;
   void registerComponentCreators() override {
-    registerComponentCreator(Circle::classToken(), &Circle::creator);
-    registerComponentCreator(Square::classToken(), &Square::creator);
+    registerComponentCreatorsOf<Circle, Square>();
     registerComponentCreator("notAShape", []() -> HxXmlObject* { return new HxXmlBasicType<double>(1.0); });
   }
 };
+HX_XML_SERIALISABLE_DEFINITIONS_WITH((inline), nameToken<kShapes>(), ShapeVector)
 
 /// An object factory that makes triangles.
 class TriangleFactory : public HxXmlObjectFactory {
@@ -108,24 +104,6 @@ class TriangleFactory : public HxXmlObjectFactory {
     return token == Triangle::classToken() ? new Triangle() : nullptr;
   }
 };
-
-/// The XML text of `object` written as the root element `token`.
-inline std::string writeToString(const HxXmlObject& object, const HxToken& token) {
-  std::ostringstream out;
-  {
-    HxXmlWriter writer("test", out);
-    writer.writeObject(object, token);
-  }
-  return out.str();
-}
-
-/// Reads `object` from the whole document `text` (reported as "test.xml").
-inline HxBoolean readFromString(HxXmlObject& object, const std::string& text,
-                                const HxXmlObjectFactory* factory = nullptr) {
-  HxXmlReader reader;
-  reader.setObjectFactory(factory);
-  return reader.openMemory(text, "test.xml") && reader.readObject(object);
-}
 
 /// Expects `text` to read back, without a message, into an object equal to `written`.
 template <class T>
@@ -165,16 +143,6 @@ inline std::size_t occurrences(const std::string& text, const std::string& what)
   std::size_t count = 0;
   for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
   return count;
-}
-
-/// True when `text` holds each of `pieces`, in this order.
-inline bool holdsInOrder(const std::string& text, const std::vector<std::string>& pieces) {
-  std::size_t at = 0;
-  for (const std::string& piece : pieces) {
-    if ((at = text.find(piece, at)) == std::string::npos) return false;
-    at += piece.size();
-  }
-  return true;
 }
 
 /// The captured messages as one text, each "type function: text|", where the function is the

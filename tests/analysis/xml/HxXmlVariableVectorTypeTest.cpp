@@ -12,8 +12,8 @@ namespace {
 
 using namespace HxXmlTest;
 
-const std::string kClass = " HxXmlVariableVectorType<T>::";  // in contexts
-const std::string kText = "HxXmlVariableVectorType<ElementType>::";      // in texts
+const std::string kClass = " HxXmlVariableVectorType<T>::";          // in contexts
+const std::string kText = "HxXmlVariableVectorType<ElementType>::";  // in texts
 
 ShapeVector threeShapes() {
   ShapeVector vector;
@@ -112,22 +112,25 @@ TEST(HxXmlVariableVectorType, RoundTripByToken) {
 }
 
 // The count attribute comes before the library list here (the homogeneous vector writes its
-// base first); the list reads back and is checked against the registered libraries.
+// base first); the list (names with blanks and quotes) reads back and is checked against the
+// registered libraries.
 TEST(HxXmlVariableVectorType, LibraryListAndCountOrder) {
-  HxXmlBaseVariableCompoundType::registerLibrary("libHxShapes");
+  HxXmlBaseVariableCompoundType::registerLibrary("lib \"Hx\" Shapes");
   ShapeVector vector = threeShapes();
-  vector.setAddLibraries({"libHxShapes"});
+  vector.setAddLibraries({"lib \"Hx\" Shapes"});
   const std::string text = writeToString(vector, "shapes");
   EXPECT_TRUE(holdsInOrder(text, {" count=\"3\">", "<addLibraries", "<circle>"})) << text;
   expectReadsBack(vector, text);
 
   // A library that is not present is reported by the check, and the list still reads.
   Hx::ScopedPrintCapture capture;
-  EXPECT_TRUE(readFromString(vector, "<shapes count=\"1\"><addLibraries count=\"1\"><group>\"libHxMissing\"</group>"
-                                     "</addLibraries><circle/></shapes>"));
+  EXPECT_TRUE(readFromString(vector,
+                             "<shapes count=\"1\"><addLibraries count=\"1\"><group>\"libHxMissing\"</group>"
+                             "</addLibraries><circle/></shapes>"));
   EXPECT_TRUE(vector.addLibraries() == std::vector<std::string>{"libHxMissing"} && vector.size() == 1u);
-  EXPECT_EQ(messages(capture), "4 HxXmlBaseVariableCompoundType::processLibraries(): "
-                               "HxXmlBaseVariableCompoundType Error: library \"libHxMissing\" is not available.\n|");
+  EXPECT_EQ(messages(capture),
+            "4 HxXmlBaseVariableCompoundType::processLibraries(): "
+            "HxXmlBaseVariableCompoundType Error: library \"libHxMissing\" is not available.\n|");
 }
 
 // A token without a creator (or whose creator makes no shape, or only a factory knows) fails
@@ -140,8 +143,9 @@ TEST(HxXmlVariableVectorType, UnknownTokenFailsTheRead) {
     EXPECT_FALSE(readFromString(read, "<shapes count=\"2\"><circle><label>c</label></circle><" + tag +
                                           "><label>x</label></" + tag + "></shapes>"));
     EXPECT_EQ(labels(read), "c");
-    EXPECT_EQ(messages(capture), "4" + kClass + "readValueFromToken(const HxToken&, HxXmlReader&): "
-                                 "HxXmlVariableVectorType::readValueFromToken() error:\n\t\"" +
+    EXPECT_EQ(messages(capture), "4" + kClass +
+                                     "readValueFromToken(const HxToken&, HxXmlReader&): "
+                                     "HxXmlVariableVectorType::readValueFromToken() error:\n\t\"" +
                                      tag + "\" tag not registered.\n|");
   }
 }
@@ -156,8 +160,8 @@ TEST(HxXmlVariableVectorType, HostileCountAttributes) {
   for (const std::string count : {"-5", "99999999999", "2000000000", "1073741824"}) {
     EXPECT_TRUE(readFromString(read, "<shapes count=\"" + count + "\"><circle/><square/></shapes>"));
     EXPECT_EQ(read.size(), 2u) << count;
-    expected += "4" + kClass + "read(HxXmlReader&): HxXmlVariableVectorType::read() error: count attribute \"" +
-                count + "\" cannot be reserved.\n|";
+    expected += "4" + kClass + "read(HxXmlReader&): HxXmlVariableVectorType::read() error: count attribute \"" + count +
+                "\" cannot be reserved.\n|";
   }
   EXPECT_TRUE(readFromString(read, "<shapes count=\"1073741823\"><circle/></shapes>"));
   EXPECT_LE(read.vectorContainer().capacity() * sizeof(Shape*), HxXmlCountAttribute::maxReservedBytes);

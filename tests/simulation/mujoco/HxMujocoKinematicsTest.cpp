@@ -27,8 +27,8 @@ Answer ask(const HxManipulatorKinematics& kinematics, int query, const HxManipul
   switch (query / 2) {
     case 0:
       if (!kinematics.endEffectorPlacement(e, state, p)) return {};
-      return {p.translation()[0], p.translation()[1], p.translation()[2], p.orientation()[0], p.orientation()[1],
-              p.orientation()[2], p.orientation()[3]};
+      return {p.translation()[0], p.translation()[1], p.translation()[2], p.orientation()[0],
+              p.orientation()[1], p.orientation()[2], p.orientation()[3]};
     case 1:
       if (!kinematics.endEffectorVelocity(e, state, m)) return {};
       break;
