@@ -3,7 +3,7 @@
 #   mujoco   the MuJoCo engine's shared library
 #   dev      headers under include/hxSimulationAnalysis, the unversioned library links, the CMake
 #            package (find_package(hxSimulationAnalysis 3 CONFIG)), pkg-config files, examples/host
-#   tools    hxrecord and hxmrd, with the example models and configurations under share/
+#   tools    hxrecord, hxmrd and hxrepair, with the example models and configurations under share/
 include(CMakePackageConfigHelpers)
 set(HX_CMAKE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/hxSimulationAnalysis)
 set(HX_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -15,6 +15,16 @@ if(HX_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   target_link_options(hx_options INTERFACE -fsanitize=address,undefined)
 endif()
+# Fuzzing: every target gets libFuzzer's coverage instrumentation and the sanitizers; the fuzz
+# targets themselves link libFuzzer (tests/fuzz).
+if(HX_BUILD_FUZZERS)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "HX_BUILD_FUZZERS needs clang++ (CMAKE_CXX_COMPILER=clang++)")
+  endif()
+  target_compile_options(hx_options INTERFACE
+    -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
+  target_link_options(hx_options INTERFACE -fsanitize=address,undefined)
+endif()
 
 # The include root a host sees in the build tree: the public layers only, laid out as under
 # <prefix>/include/hxSimulationAnalysis once installed. Links, not copies, so edits show at once.

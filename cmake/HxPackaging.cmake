@@ -3,7 +3,7 @@
 #   libhxsimulationanalysis3        runtime  the libraries a host loads
 #   libhxsimulationanalysis-dev     dev      headers, CMake package, pkg-config, library links
 #   libhxsimulationmujoco3          mujoco   the MuJoCo engine behind the simulation interface
-#   hxsimulationanalysis-tools      tools    hxrecord, hxmrd, example models and configurations
+#   hxsimulationanalysis-tools      tools    hxrecord, hxmrd, hxrepair, example models and configurations
 # Dependencies on system libraries come from dpkg-shlibdeps; those between the packages are
 # exact versions.
 set(HX_DEB_MAINTAINER "libhxSimulationAnalysis developers <hxsimulationanalysis@example.org>")
@@ -92,7 +92,8 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION
 "recorder of robot-manipulator simulations - command-line tools
 hxrecord records a MuJoCo scene of robot manipulators with one command into
 CSV, XML, MRD, MATLAB and Mathematica files; hxmrd prints the header, labels
-and samples of an MRD file. Example models and capture configurations are
+and samples of an MRD file; hxrepair finishes the files of a recording that
+was cut short. Example models and capture configurations are
 under /usr/share/hxSimulationAnalysis/examples.")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_MUJOCO_DEPENDS runtime)

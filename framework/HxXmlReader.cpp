@@ -1,10 +1,12 @@
 #include "framework/HxXmlReader.h"
 
+#include <libxml/globals.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <libxml/xmlerror.h>
 #include <libxml/xmlreader.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -12,7 +14,9 @@
 #include <string_view>
 #include <vector>
 
+#include "framework/HxLibxmlErrors.h"
 #include "framework/HxPrint.h"
+#include "framework/HxXmlAttributeScan.h"
 #include "framework/HxXmlObject.h"
 
 HxXmlObjectFactory::~HxXmlObjectFactory() = default;
@@ -35,15 +39,6 @@ std::string_view view(const xmlChar* text) {
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
-int readFromFile(void* context, char* buffer, int length) {
-  std::FILE* file = static_cast<std::FILE*>(context);
-  const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(length), file);
-  if (count == 0 && std::ferror(file)) return -1;
-  return static_cast<int>(count);
-}
-
-int closeFile(void* context) { return std::fclose(static_cast<std::FILE*>(context)) == 0 ? 0 : -1; }
-
 }  // namespace
 
 struct HxXmlReader::Impl {
@@ -54,7 +49,9 @@ struct HxXmlReader::Impl {
 
   xmlTextReaderPtr reader = nullptr;
   std::string fileName;
-  std::string memory;  // the document text for openMemory; libxml2 reads it in place
+  std::string memory;         // the document text for openMemory; libxml2 reads it in place
+  std::FILE* file = nullptr;  // the file of openFile, closed by libxml2 through closeFile
+  HxXmlAttributeScan attributeScan;
 
   int kind = EndOfDocument;
   int depth = 0;
@@ -80,6 +77,8 @@ struct HxXmlReader::Impl {
     if (reader) xmlFreeTextReader(reader);
     reader = nullptr;
     memory.clear();
+    file = nullptr;
+    attributeScan = HxXmlAttributeScan();
     kind = EndOfDocument;
     depth = 0;
     line = 0;
@@ -109,7 +108,41 @@ struct HxXmlReader::Impl {
   static void onError(void* context, xmlErrorPtr problem) {
     Impl* self = static_cast<Impl*>(context);
     if (!problem || problem->level < XML_ERR_ERROR) return;  // warnings are not failures
-    self->fail(problem->line, problem->message ? problem->message : "malformed document");
+    // libxml2 says "Extra content at the end of the document" of a document without element.
+    if (self->attributeScan.noElement()) {
+      self->fail(self->parserLine(),
+                 self->attributeScan.blank() ? "the document is empty" : "the document holds no element");
+      return;
+    }
+    // Errors without a parser (of the input's encoding, say) carry no line.
+    self->fail(problem->line > 0 ? problem->line : self->parserLine(), hxLibxmlMessage(problem->message));
+  }
+
+  // Scans bytes on their way to libxml2; false, with the error recorded, when an element has
+  // too many attributes.
+  bool scanBytes(const char* data, std::size_t size) {
+    if (attributeScan.feed(data, size, maxAttributesPerElement)) return true;
+    fail(attributeScan.tagLine(),
+         "an element has more than " + std::to_string(maxAttributesPerElement) + " attributes");
+    return false;
+  }
+
+  static int readFromFile(void* context, char* buffer, int length) {
+    Impl* self = static_cast<Impl*>(context);
+    const std::size_t count = std::fread(buffer, 1, static_cast<std::size_t>(length), self->file);
+    if (count == 0) {
+      if (std::ferror(self->file)) return -1;
+      self->attributeScan.finish();
+      return 0;
+    }
+    return self->scanBytes(buffer, count) ? static_cast<int>(count) : -1;
+  }
+
+  static int closeFile(void* context) {
+    Impl* self = static_cast<Impl*>(context);
+    std::FILE* file = self->file;
+    self->file = nullptr;
+    return file && std::fclose(file) == 0 ? 0 : -1;
   }
 
   bool attach(xmlTextReaderPtr created) {
@@ -160,7 +193,11 @@ struct HxXmlReader::Impl {
     if (started && kind == EndOfDocument) return kind;
     started = true;
     for (;;) {
-      const int status = xmlTextReaderRead(reader);
+      int status;
+      {
+        const HxLibxmlErrorRoute route(this, &Impl::onError);
+        status = xmlTextReaderRead(reader);
+      }
       if (error) return kind = Error;
       if (status < 0) {
         fail(parserLine(), "malformed document");
@@ -268,14 +305,17 @@ HxXmlReader::~HxXmlReader() = default;
 HxBoolean HxXmlReader::openFile(const std::string& path) {
   impl_->close();
   impl_->fileName = path;
-  // The file is opened here rather than by libxml2 so that a missing file is our message.
-  std::FILE* file = std::fopen(path.c_str(), "rb");
-  if (!file) {
+  // The file is opened here rather than by libxml2 so that a missing file is our message; its
+  // bytes are scanned for attributes on their way to libxml2.
+  impl_->file = std::fopen(path.c_str(), "rb");
+  if (!impl_->file) {
     const int code = errno;
     impl_->fail(0, std::string("cannot open file: ") + std::strerror(code));
     return false;
   }
-  if (!impl_->attach(xmlReaderForIO(&readFromFile, &closeFile, file, path.c_str(), nullptr, kParseOptions))) {
+  const HxLibxmlErrorRoute route(impl_.get(), &Impl::onError);
+  if (!impl_->attach(
+          xmlReaderForIO(&Impl::readFromFile, &Impl::closeFile, impl_.get(), path.c_str(), nullptr, kParseOptions))) {
     impl_->fail(0, "cannot create an XML reader");
     return false;
   }
@@ -290,6 +330,9 @@ HxBoolean HxXmlReader::openMemory(const std::string& text, const std::string& na
     impl_->fail(0, "document too large");
     return false;
   }
+  if (!impl_->scanBytes(impl_->memory.data(), impl_->memory.size())) return false;
+  impl_->attributeScan.finish();
+  const HxLibxmlErrorRoute route(impl_.get(), &Impl::onError);
   if (!impl_->attach(xmlReaderForMemory(impl_->memory.data(), static_cast<int>(impl_->memory.size()), nullptr, nullptr,
                                         kParseOptions))) {
     impl_->fail(0, "cannot create an XML reader");

@@ -31,12 +31,20 @@ class HxXmlObjectFactory {
 ///
 /// Safety: the network is never used, external entities are never loaded, entities are never
 /// expanded, libxml2's default size and depth limits are kept, and a document type declaration
-/// or entity reference ends reading with an error. A malformed document makes `next` return -1;
-/// `readObject` then returns false and prints a message naming file and line. Nothing throws.
+/// or entity reference ends reading with an error. An element with more than
+/// `maxAttributesPerElement` attributes is an error too, found by a scan of the bytes before
+/// libxml2 parses them (its check for repeated attribute names takes time quadratic in their
+/// number). A malformed document makes `next` return -1; `readObject` then returns false and
+/// prints a message naming file and line ("file:line: text", libxml2's text or the reader's
+/// own: "the document is empty", "the document holds no element", "an element has more than
+/// 256 attributes"). libxml2 writes nothing to standard error while the reader calls it.
+/// Nothing throws.
 class HxXmlReader {
  public:
   /// Node kinds returned by `next` and `nodeKind`.
   enum NodeKind { Error = -1, EndOfDocument = 0, StartElement = 1, EndElement = 2, EmptyElement = 3, Text = 4 };
+  /// The most attributes (namespace declarations included) one element may have.
+  static constexpr int maxAttributesPerElement = 256;
 
   HxXmlReader();
   ~HxXmlReader();

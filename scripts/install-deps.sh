@@ -9,11 +9,12 @@ set -euo pipefail
 run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev libcli11-dev)
 # The tests read the recordings with the tools users read them with (Python, GNU Octave,
 # xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian,
-# help2man for the manual pages); clang-format checks the layout of the C++ files.
+# help2man for the manual pages); clang-format checks the layout of the C++ files; clang and
+# its runtime libraries (libFuzzer, the sanitizers) build and run the fuzz targets.
 test_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libxml2-utils python3 octave-common octave
-  doxygen dpkg-dev file lintian help2man clang-format)
+  doxygen dpkg-dev file lintian help2man clang-format clang libclang-rt-14-dev)
 
 packages=("${run_packages[@]}")
 case "${1:-all}" in

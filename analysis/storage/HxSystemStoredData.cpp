@@ -1,6 +1,7 @@
 #include "analysis/storage/HxSystemStoredData.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 
 #include "analysis/capture/HxSystemDataCapture.h"
@@ -72,6 +73,8 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
   // A save in progress is abandoned, not finished: its files are closed without trailers.
   for (std::ofstream* stream : outputStreams_) delete stream;
   outputStreams_.clear();
+  fileStates_.clear();
+  firstFailedFile_ = -1;
 
   const HxU32 writers = outputWriterVector_.size();
   if (writers == 0) {
@@ -80,11 +83,15 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
   }
 
   outputStreams_.reserve(writers);
+  fileStates_.resize(writers);
   for (HxU32 i = 0; i < writers; ++i) {
     HxBaseOutputWriter& writer = outputWriterVector_[i];
     std::ofstream* stream = new HxRecordingFileStream();
     outputStreams_.push_back(stream);
+    errno = 0;
     writer.openFile(fileName + writer.fileExtension(), *stream);
+    fileStates_[i].open = stream->is_open();
+    noteStreamState(i);
     writer.initialize(systemDataVector_, *stream);
 
     // The label block, from the configuration copy; then the data block stays open.
@@ -95,6 +102,7 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
     writer.writeComponentOpening(systemDataVector_[1], *stream);
     // The header and the label block reach the file now; the samples follow in large writes.
     stream->flush();
+    noteStreamState(i);
   }
   saving_ = true;
 }
@@ -121,7 +129,30 @@ void HxSystemStoredData::writeSample() {
   // begun) the sample only updates the record.
   const std::size_t count = std::min<std::size_t>(outputWriterVector_.size(), outputStreams_.size());
   for (std::size_t i = 0; i < count; ++i) {
+    errno = 0;
     outputWriterVector_[static_cast<HxU32>(i)].writeDataComponent(storage, *outputStreams_[i]);
+    noteStreamState(i);
+    if (!fileStates_[i].failed) ++fileStates_[i].samples;
+  }
+}
+
+void HxSystemStoredData::noteStreamState(std::size_t index) {
+  if (index >= fileStates_.size() || fileStates_[index].failed || outputStreams_[index]->good()) return;
+  fileStates_[index].failed = true;
+  fileStates_[index].error = errno;
+  if (firstFailedFile_ < 0) firstFailedFile_ = static_cast<int>(index);
+}
+
+HxOutputFileState HxSystemStoredData::outputFileState(HxU32 writer) const {
+  return writer < fileStates_.size() ? fileStates_[writer] : HxOutputFileState();
+}
+
+void HxSystemStoredData::flushOutputFiles() {
+  for (std::size_t i = 0; i < outputStreams_.size(); ++i) {
+    if (!outputStreams_[i]->is_open()) continue;
+    errno = 0;
+    outputStreams_[i]->flush();
+    noteStreamState(i);
   }
 }
 
@@ -131,9 +162,13 @@ void HxSystemStoredData::finishSaveToFile() {
   for (std::size_t i = 0; i < count; ++i) {
     HxBaseOutputWriter& writer = outputWriterVector_[static_cast<HxU32>(i)];
     std::ofstream& stream = *outputStreams_[i];
+    errno = 0;
     writer.writeComponentClosing(systemDataVector_[1], stream);
     writer.finalize(systemDataVector_, stream);
+    noteStreamState(i);
+    errno = 0;
     stream.close();  // sets the failbit itself when closing fails
+    noteStreamState(i);
   }
   saving_ = false;
 }

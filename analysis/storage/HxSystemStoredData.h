@@ -12,6 +12,20 @@
 class HxSystemDataCapture;
 class HxSystemDataStorage;
 
+/// The state of one writer's output file as the recorder last saw it (see
+/// `HxSystemStoredData::outputFileState`).
+struct HxOutputFileState {
+  /// The file was opened by the current (or last) save.
+  bool open = false;
+  /// Opening, a write or the close failed: the stream refuses every later write.
+  bool failed = false;
+  /// The system's error number (errno) seen at the first failure; 0 when none was set.
+  int error = 0;
+  /// Samples handed to the stream while it was still good: all samples of the save when it did
+  /// not fail. A sample is in the file once the stream has been flushed or closed.
+  unsigned long long samples = 0;
+};
+
 /// The recorder: keeps a copy of the capture configuration and one sample record, owns one
 /// output file per writer, and drives the writers over the files' life.
 ///
@@ -73,12 +87,28 @@ class HxSystemStoredData {
   /// sets the stream's failbit). Does nothing when not saving. Leaves the saving state.
   void finishSaveToFile();
 
+  /// Number of output files of the current (or last) save: one per writer once a save began.
+  HxU32 outputFileCount() const { return static_cast<HxU32>(fileStates_.size()); }
+  /// The state of writer `writer`'s file; a default state for an index past the last file.
+  HxOutputFileState outputFileState(HxU32 writer) const;
+  /// Index of the first writer whose file failed, or -1 when none has. Cheap enough to ask after
+  /// every sample.
+  int failedOutputFile() const { return firstFailedFile_; }
+  /// Hands the samples gathered in every stream's buffer to the operating system now, so that a
+  /// recording killed later keeps them; a failure this reveals shows in the file states.
+  void flushOutputFiles();
+
  private:
   HxSystemDataStorage& sampleRecord();
   void writeSample();
+  // Records a failure of stream `index` when its state turned bad since it was last looked at.
+  void noteStreamState(std::size_t index);
 
   HxSystemDataVector systemDataVector_;
   HxOutputWriterVector outputWriterVector_;
   std::vector<std::ofstream*> outputStreams_;
   bool saving_ = false;
+  // What the file-state queries report: one entry per stream, and the first that failed.
+  std::vector<HxOutputFileState> fileStates_;
+  int firstFailedFile_ = -1;
 };

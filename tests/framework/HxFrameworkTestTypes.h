@@ -3,7 +3,6 @@
 // an enum, attributes, a read-only member, a nested compound and a member of a second
 // namespace) and small helpers.
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -141,23 +140,10 @@ inline Sample filledSample() {
   return sample;
 }
 
-/// The document the writer makes of `object` as its own element.
-inline std::string writeToString(const HxXmlObject& object) {
+/// The document the writer makes of `object` as the root element `token` (by default its own).
+inline std::string writeToString(const HxXmlObject& object, const HxToken& token = HxToken()) {
   std::ostringstream out;
-  {
-    HxXmlWriter writer("test", out);
-    writer.writeObject(object);
-  }
-  return out.str();
-}
-
-/// The document the writer makes of `object` as the root element `token`.
-inline std::string writeToString(const HxXmlObject& object, const HxToken& token) {
-  std::ostringstream out;
-  {
-    HxXmlWriter writer("test", out);
-    writer.writeObject(object, token);
-  }
+  HxXmlWriter("test", out).writeObject(object, token == HxToken() ? object.token() : token);
   return out.str();
 }
 
@@ -170,34 +156,23 @@ inline HxBoolean readFromString(HxXmlObject& object, const std::string& text,
   return reader.openMemory(text, "test.xml") && reader.readObject(object);
 }
 
-/// The document the writer makes of `object`, expecting the writer to succeed.
-inline std::string written(const HxXmlObject& object) {
-  std::ostringstream stream;
-  HxXmlWriter writer("test", stream);
-  EXPECT_TRUE(writer.writeObject(object));
-  return stream.str();
-}
-
-/// What reading a document produced: the result, every message, what reached standard error
-/// (libxml2 must print nothing itself) and how long it took.
+/// What reading a document produced: the result, every message and what reached standard
+/// error (libxml2 must print nothing itself).
 struct ReadResult {
   bool result = false;
   std::vector<Hx::PrintRecord> messages;
   std::string standardError;
-  double seconds = 0.0;
 };
 
 inline ReadResult readInto(HxXmlObject& object, const std::string& text, const std::string& name = "sample.xml") {
   ReadResult out;
   Hx::ScopedPrintCapture capture;
   testing::internal::CaptureStderr();
-  const auto start = std::chrono::steady_clock::now();
   {
     HxXmlReader reader;
     reader.openMemory(text, name);
     out.result = reader.readObject(object);
   }
-  out.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
   out.standardError = testing::internal::GetCapturedStderr();
   out.messages = capture.records();
   return out;

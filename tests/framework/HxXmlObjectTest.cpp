@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <memory>
 
 #include "framework/HxXmlObjectVisitor.h"
 #include "tests/framework/HxFrameworkTestTypes.h"
@@ -21,7 +20,7 @@ using namespace HxFrameworkTest;
 // equal; the read-only member is written but not read; writing what was read gives the same.
 TEST(HxXmlCompoundType, RoundTripOfEveryKindOfMember) {
   const Sample original = filledSample();
-  const std::string document = written(original);
+  const std::string document = writeToString(original);
   Sample back;
   const ReadResult read = readInto(back, document);
   EXPECT_TRUE(read.result && read.messages.empty());
@@ -32,38 +31,35 @@ TEST(HxXmlCompoundType, RoundTripOfEveryKindOfMember) {
                  "<ns1:time>", "<ns1:mode>stopped</ns1:mode>", "<ns1:inner>", "<ns1:version>v1</ns1:version>"}))
       << document;
   back.version = std::string("v1");
-  EXPECT_EQ(written(back), document);
+  EXPECT_EQ(writeToString(back), document);
 }
 
-// Zeros keep their sign, infinities and NaN survive, as element and as attribute; a bool
-// reads "1" and an enum a decimal value.
+// Special values survive as element and as attribute (NaN equal to NaN, the sign of zero kept;
+// their texts are the number text tests' concern); a bool reads "1" and an enum a decimal value.
 TEST(HxXmlCompoundType, SpecialDoublesAndLenientFormsRoundTrip) {
-  for (const double value : {0.0, -0.0, 5e-324, 1.7976931348623157e308, -1.0 / 0.0, 1.0 / 0.0, 0.0 / 0.0}) {
-    SCOPED_TRACE(value);
-    Sample sample;
-    sample.time = value;
-    sample.scale = value;
-    Sample back;
-    EXPECT_TRUE(readInto(back, written(sample)).result && back.time == sample.time && back.scale == sample.scale);
-    EXPECT_TRUE(std::isnan(value) || std::signbit(back.time.value()) == std::signbit(value));  // NaN: no sign kept
-  }
-  Sample back;
+  Sample sample, back;
+  sample.time = -0.0;
+  sample.scale = 0.0 / 0.0;
+  sample.inner.gain = -1.0 / 0.0;
+  EXPECT_TRUE(readInto(back, writeToString(sample)).result && back == sample && std::signbit(back.time.value()));
   EXPECT_TRUE(readInto(back, kOpen + "<t:enabled> 1 </t:enabled><t:mode>1</t:mode></t:sample>").result);
   EXPECT_TRUE(back.enabled.value() && back.mode.value() == Sample::Running);
 }
 
-// Children come in any order, comments and empty elements are fine, the read-only member is
-// skipped (also when empty), and an empty root reads as specified.
+// Children come in any order, comments, processing instructions and empty elements are fine
+// (text is joined around them), the read-only member is skipped (also when empty), and an empty
+// root reads as specified.
 TEST(HxXmlCompoundType, ChildrenAreReadInAnyOrderAndEmptyFormsWork) {
   Sample back;
-  const ReadResult read = readInto(back, kOpen +
-                                             "<!-- reversed --><t:inner><t:label>x</t:label><t:gain>2</t:gain>"
-                                             "</t:inner><t:version/><t:count>3</t:count><t:name></t:name>"
-                                             "<t:time>0.5</t:time><t:version>ignored</t:version></t:sample>\n");
+  const ReadResult read =
+      readInto(back, "<?xml version=\"1.0\"?>\n<!-- c -->" + kOpen +
+                         "<!-- reversed --><t:inner><t:label> x <!--c--> y </t:label><?pi data?>"
+                         "<t:gain>2</t:gain></t:inner><t:version/><t:count>3</t:count><t:name>"
+                         "</t:name><t:time>0.5</t:time><t:version>ignored</t:version></t:sample>\n");
   EXPECT_TRUE(read.result && read.messages.empty());
   Sample expected;
   expected.inner.gain = 2.0;
-  expected.inner.label = std::string("x");
+  expected.inner.label = std::string(" x  y ");
   expected.count = 3u;
   expected.time = 0.5;
   EXPECT_TRUE(back == expected && back.version.value().empty());
@@ -176,7 +172,7 @@ TEST(HxXmlSchema, WriterOutputValidatesAgainstTheSchema) {
   sample.inner.gain = 0.0 / 0.0;
   sample.mode = 5u;  // no name: written as decimal
   ASSERT_TRUE(sample.createSchema(schemaPath, sample.token()));
-  const std::string instance = written(sample);
+  const std::string instance = writeToString(sample);
   const std::string validate = "--schema '" + schemaPath + "'";
   EXPECT_TRUE(xmllintAccepts(instance, validate)) << instance;
 

@@ -1,5 +1,6 @@
-// The reader: node kinds, files, and hostile documents that must end in a
-// false return and one message naming file and line, never a crash, a hang or a leak.
+// The reader: files, and hostile documents that must end in a false return and one message
+// naming file and line, never a crash, a hang or a leak. (Node kinds, comments and processing
+// instructions are met by the compound tests.)
 #include "framework/HxXmlReader.h"
 
 #include <gtest/gtest.h>
@@ -18,35 +19,6 @@ using HxFrameworkTest::ReadResult;
 using HxFrameworkTest::repeat;
 using HxFrameworkTest::Sample;
 
-// Kinds, names as full tokens, depths, lines and attributes (namespace declarations are not
-// attributes); comments, processing instructions and blank text are skipped, also by readText.
-TEST(HxXmlReader, NodeKindsNamesAttributesAndLines) {
-  HxXmlReader reader;
-  ASSERT_TRUE(
-      reader.openMemory("<?xml version=\"1.0\"?>\n<!-- c -->\n<root xmlns:p=\"urn:x#\" a=\"1\" p:b=\"two\">\n"
-                        "  <p:empty/>\n  <text>hi<!-- inside --></text>\n  <?pi data?>\n</root>\n",
-                        "kinds.xml"));
-  std::string walk;  // "kind name-or-text depth@line attributes" per node (no line for ends)
-  for (int kind; (kind = reader.next()) > 0;) {
-    walk += std::to_string(kind) + " " + (kind == HxXmlReader::Text ? reader.text() : reader.name().token()) + " " +
-            std::to_string(reader.depth());
-    if (kind != HxXmlReader::EndElement) walk += "@" + std::to_string(reader.lineNumber());
-    for (int i = 0; i < reader.attributeCount(); ++i) {
-      walk += " " + reader.attributeName(i).token() + "=" + reader.attributeValue(i);
-    }
-    walk += "\n";
-  }
-  EXPECT_EQ(walk, "1 root 0@3 a=1 urn:x#b=two\n3 urn:x#empty 1@4\n1 text 1@5\n4 hi 2@5\n2 text 1\n2 root 0\n");
-  EXPECT_TRUE(reader.next() == HxXmlReader::EndOfDocument && !reader.hasError());
-  EXPECT_STREQ(reader.fileName(), "kinds.xml");
-  EXPECT_STREQ(reader.attributeValue(2), "");
-
-  // readText joins the text around comments.
-  std::string text;
-  ASSERT_TRUE(reader.openMemory("<a> x <!--c--> y </a>") && reader.next() == HxXmlReader::StartElement);
-  EXPECT_TRUE(reader.readText(text) && text == " x  y ") << text;
-}
-
 // A file is read like memory; a missing one is one message with the system's reason.
 TEST(HxXmlReader, FileInputAndMissingFile) {
   const HxScopedTempDir dir("reader");
@@ -55,6 +27,7 @@ TEST(HxXmlReader, FileInputAndMissingFile) {
   HxXmlReader reader;
   Sample sample;
   EXPECT_TRUE(reader.openFile(path) && reader.readObject(sample) && sample.count.value() == 7u);
+  EXPECT_STREQ(reader.attributeValue(0), "");  // out of range: empty, never null
   std::filesystem::remove(path);
   HxXmlReader missing;
   EXPECT_FALSE(missing.openFile(path) || missing.readObject(sample));
@@ -64,7 +37,7 @@ TEST(HxXmlReader, FileInputAndMissingFile) {
 }
 
 // Every hostile document: false, one error message "hostile.xml:<line>: ..." (the deep nesting
-// reports the unknown child first), nothing printed by libxml2 itself, quickly. No entity is
+// reports the unknown child first), nothing printed by libxml2 itself. No entity is
 // expanded and no external entity loaded: an entity's text (a local file's content) reaches no
 // value and no message.
 TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
@@ -92,7 +65,6 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
       {"external entity", doctype + "[<!ENTITY x SYSTEM \"" + secret + "\">]>\n" + useEntity},
       {"external DTD", doctype + "SYSTEM \"" + secret + "\">\n" + kOpen + "<t:name>x</t:name></t:sample>"},
       {"parameter entity", doctype + "[<!ENTITY % p SYSTEM \"" + secret + "\"> %p;]>\n" + kOpen + "</t:sample>"},
-      {"/etc/passwd", doctype + "[<!ENTITY x SYSTEM \"/etc/passwd\">]>\n" + useEntity},
       {"document type", "<?xml version=\"1.0\"?>\n<!DOCTYPE r>\n<r/>", ": document type declarations are not accepted"},
       {"undeclared entity", kOpen + "<t:name>&nope;</t:name></t:sample>"},
       {"undeclared prefix", "<q:sample/>"},
@@ -115,8 +87,8 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
     EXPECT_TRUE(std::regex_search(last.text, std::regex("^hostile\\.xml:[0-9]+: ")) &&
                 last.text.find(row.fragment) != std::string::npos)
         << last.text;
-    EXPECT_TRUE(last.text.find(marker) == std::string::npos && last.text.find("root:") == std::string::npos);
-    EXPECT_TRUE(outcome.standardError.empty() && outcome.seconds < 5.0 && sample.name.value().empty());
+    EXPECT_EQ(last.text.find(marker), std::string::npos);
+    EXPECT_TRUE(outcome.standardError.empty() && sample.name.value().empty());
   }
 }
 

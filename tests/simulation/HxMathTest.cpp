@@ -1,5 +1,5 @@
 // The simulation's small value types: component orders the captured columns rely on, the
-// angle between orientations (range, sign, precision), rotation and composition of frames.
+// angle between orientations (range, sign, precision).
 #include "simulation/HxMath.h"
 
 #include <gtest/gtest.h>
@@ -18,23 +18,16 @@ void expectNear(const HxVector& actual, const HxVector& expected, double toleran
   for (HxU32 i = 0; i < 3; ++i) EXPECT_NEAR(actual[i], expected[i], tolerance) << "component " << i;
 }
 
-// Quaternions are (w, x, y, z); motions and forces linear (force) then angular (moment);
-// distances are Euclidean.
+// Quaternions are (w, x, y, z), a zero axis or a zero quaternion normalised giving the identity;
+// motions and forces linear (force) then angular (moment); distances are Euclidean. (Rotation and
+// composition are pinned by the angles below and by the default resolution of held placements.)
 TEST(HxMath, ComponentOrdersAndDistance) {
-  const HxOrientation aboutZ = about(0, 0, 2, 0.6);  // the axis need not be of unit length
-  EXPECT_NEAR(aboutZ[0], std::cos(0.3), 1e-15);
-  EXPECT_NEAR(aboutZ[3], std::sin(0.3), 1e-15);
-  EXPECT_EQ(aboutZ[1], 0.0);
-  EXPECT_EQ(HxOrientation(), HxOrientation(1, 0, 0, 0));
-  EXPECT_EQ(about(0, 0, 0, 1.0), HxOrientation());  // zero axis: identity
+  EXPECT_EQ(about(0, 0, 2, 0.6), HxOrientation(std::cos(0.3), 0, 0, std::sin(0.3)));  // axis of any length
+  EXPECT_TRUE(about(0, 0, 0, 1.0) == HxOrientation() && HxOrientation(0, 0, 0, 0).normalized() == HxOrientation());
   const HxGeneralMotion motion(HxVector(1, 2, 3), HxVector(4, 5, 6));
   const HxGeneralForce force(7, 8, 9, 10, 11, 12);
-  for (HxU32 i = 0; i < 6; ++i) {
-    EXPECT_EQ(motion[i], 1.0 + i);
-    EXPECT_EQ(force[i], 7.0 + i);
-  }
-  EXPECT_EQ(motion.angular(), HxVector(4, 5, 6));
-  EXPECT_EQ(force.moment(), HxVector(10, 11, 12));
+  for (HxU32 i = 0; i < 6; ++i) EXPECT_TRUE(motion[i] == 1.0 + i && force[i] == 7.0 + i) << i;
+  EXPECT_TRUE(motion.angular() == HxVector(4, 5, 6) && force.moment() == HxVector(10, 11, 12));
   EXPECT_DOUBLE_EQ(HxVector(1, 2, 3).distanceTo(HxVector(4, 6, 3)), 5.0);
 }
 
@@ -73,38 +66,6 @@ TEST(HxOrientation, AngleAxisBetween) {
     EXPECT_NEAR(angle, row.angle, row.tolerance);
     expectNear(axis, row.axis, row.angle > 0.0 && row.angle < 0.01 ? 1e-6 : 1e-12);
   }
-  // Every turn, however far round, comes out in [0, pi].
-  for (int i = 0; i <= 40; ++i) {
-    const double turned = -2.0 * kPi + i * 0.1 * kPi;
-    double angle = 0.0;
-    HxVector axis;
-    HxOrientation().angleAxisBetween(about(1, -2, 0.5, turned), angle, axis);
-    EXPECT_NEAR(angle, std::abs(std::remainder(turned, 2.0 * kPi)), 1e-9) << turned;
-    EXPECT_TRUE(angle >= 0.0 && angle <= kPi + 1e-12) << turned;
-  }
-}
-
-// The product applies the right factor first; frames compose as world_T_inner = base * inner.
-TEST(HxOrientation, RotateComposeAndTransform) {
-  const HxOrientation quarterZ = about(0, 0, 1, kPi / 2);
-  expectNear(quarterZ.rotate(HxVector(1, 0, 0)), HxVector(0, 1, 0));
-  expectNear((quarterZ * about(1, 0, 0, kPi / 2)).rotate(HxVector(0, 1, 0)), quarterZ.rotate(HxVector(0, 0, 1)));
-  expectNear((quarterZ * quarterZ.conjugate()).rotate(HxVector(1, 2, 3)), HxVector(1, 2, 3));
-  const HxOrientation n = HxOrientation(2.0, 0.0, 0.0, 2.0).normalized();
-  EXPECT_NEAR(n[0], std::sqrt(0.5), 1e-15);
-  EXPECT_NEAR(n[3], std::sqrt(0.5), 1e-15);
-  EXPECT_EQ(HxOrientation(0, 0, 0, 0).normalized(), HxOrientation());
-
-  const HxCoordSystemXform base(HxVector(1, 0, 0), quarterZ);
-  const HxCoordSystemXform tool(HxVector(1, 0, 0.5), about(1, 0, 0, 0.2));
-  const HxCoordSystemXform world = base * tool;
-  expectNear(world.translation(), HxVector(1, 1, 0.5));
-  expectNear(world.transformPoint(HxVector(0, 0, 1)), HxVector(1, 1, 0.5) + world.orientation().rotate({0, 0, 1}));
-  double angle = 1.0;
-  HxVector axis;
-  (quarterZ * tool.orientation()).angleAxisBetween(world.orientation(), angle, axis);
-  EXPECT_NEAR(angle, 0.0, 1e-12);
-  EXPECT_EQ(HxCoordSystemXform() * tool, tool);
 }
 
 }  // namespace

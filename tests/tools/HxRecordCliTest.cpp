@@ -68,7 +68,7 @@ struct FailureCase {
   std::string message;
 };
 
-// Names the case in test listings.
+// Names the case in test listings and failures.
 void PrintTo(const FailureCase& failure, std::ostream* os) { *os << failure.name; }
 
 const std::string kSm = "xmlns:sm=\"http://www.hxtoolkit.org/namespace/sm#\"";
@@ -158,8 +158,9 @@ const std::vector<FailureCase> kFailures = {
     {"TruncatedCapture", "-c truncated.xml", 4, "invalid capture configuration: truncated.xml:"},
     {"BadValue", "-c bad_value.xml", 4, "invalid capture configuration: bad_value.xml:5: "},
     {"UnregisteredType", "-c unregistered.xml", 4,
-     "invalid capture configuration: unregistered.xml:7: HxXmlVariableVectorType::readValueFromToken() error: "
-     "\"http://www.hxtoolkit.org/namespace/sm#controlInputDataCaptureType\" tag not registered.\n"},
+     "invalid capture configuration: unregistered.xml:7: quantity 'controlInputDataCaptureType' cannot be read "
+     "from a configuration file. Known quantities: baseAccelerationDataCaptureType, basePositionDataCaptureType, "
+     "baseVelocityDataCaptureType, centerOfMassDataCaptureType, manipulatorPowerDataCaptureType\n"},
     {"WrongRoot", "-c " + kWritersExample, 4,
      "invalid capture configuration: " + kWritersExample +
          ":7: the root element is 'outputWriterVector', expected 'generalCapture'\n"},
@@ -187,8 +188,8 @@ INSTANTIATE_TEST_SUITE_P(EveryFailure, HxRecordFailureTest, ::testing::ValuesIn(
 
 // With no argument the built-in scene is recorded into ./hxrecord-out/ in all five formats, the
 // summary naming every file with its size; the example files give the very same bytes; the
-// path-point index runs through the scene's four path points; --help prints the usage and
-// records nothing.
+// path-point index column (the least of the arms') runs through the scene's four path points;
+// --help prints the usage and records nothing.
 TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
   const HxScopedTempDir directory("hxrecord");
   const RunResult run = hxrecord({}, directory);

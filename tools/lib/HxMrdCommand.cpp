@@ -2,8 +2,12 @@
 
 #include "tools/lib/HxMrdCommand.h"
 
+#include <sys/stat.h>
+
 #include <charconv>
+#include <exception>
 #include <fstream>
+#include <new>
 #include <ostream>
 
 #include "framework/HxNumberText.h"
@@ -12,12 +16,6 @@
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
-
-void writeFloat(std::ostream& out, float value) {
-  char buffer[32];
-  const std::to_chars_result result = std::to_chars(buffer, buffer + sizeof buffer, value);
-  out.write(buffer, result.ptr - buffer);
-}
 }  // namespace
 
 const std::string& hxMrdUsage() {
@@ -26,7 +24,10 @@ const std::string& hxMrdUsage() {
       "\n"
       "Prints an MRD recording: its header fields as '#' comment lines, then its samples as CSV\n"
       "(the label row, then one row per sample). Each value is printed as the shortest text that\n"
-      "reads back to exactly the 32-bit float stored in the file.\n"
+      "reads back to exactly the 32-bit float stored in the file. The samples are read as they\n"
+      "are printed, never held, so a file of any size can be read; --header reads only the\n"
+      "header and the labels unless the values per sample must be found from the samples.\n"
+      "FILE must be a regular file (not a directory, device, FIFO or socket).\n"
       "\n"
       "Options:\n"
       "  --channels N   take N values per sample, whatever the header says\n"
@@ -42,15 +43,20 @@ const std::string& hxMrdUsage() {
       "     disabled columns the header counts one channel per label, more than each sample\n"
       "     holds; the labels without a column are the last ones;\n"
       "  4. a blank header (a recording never finished) or one that contradicts the data: the\n"
-      "     number of labels less the empty labels at the end (disabled columns); if that does\n"
-      "     not fit, the one count from 2 to the number of labels that divides the data and\n"
-      "     gives every sample a non-decreasing time and a whole path-point index first. The\n"
-      "     sample count is then the file's size divided by it.\n"
+      "     number of labels less the empty labels at the end (disabled columns), if every\n"
+      "     whole sample then starts with a non-decreasing time and a whole path-point index;\n"
+      "     if not, the one count from 2 to the number of labels that divides the data and\n"
+      "     gives every sample such a time and index;\n"
+      "  5. when no count of 4 fits and divides the data (a file cut short, e.g. a recording\n"
+      "     killed while it ran): the header's channel count, else the one count that gives\n"
+      "     whole samples such a time and index.\n"
+      "Every whole sample is printed; the bytes of a partial last sample are dropped.\n"
       "Every such recovery is reported on standard error as a warning.\n"
       "\n"
-      "Exit status: 0 on success (warnings included); 1 when the file cannot be read or nothing\n"
-      "can be recovered (a header neither blank nor four numbers, a truncated or malformed label\n"
-      "line, a size that fits no layout or several); 2 on a usage error.\n";
+      "Exit status: 0 on success (warnings and a dropped partial sample included); 1 when the\n"
+      "file cannot be read (not a regular file, say) or nothing can be recovered (a header\n"
+      "neither blank nor four numbers, a truncated or malformed label line, data that fits no\n"
+      "layout or several), or the output cannot be written; 2 on a usage error.\n";
   return usage;
 }
 
@@ -79,45 +85,67 @@ HxBoolean hxParseMrdOptions(const std::vector<std::string>& arguments, HxMrdComm
   return true;
 }
 
-void hxWriteMrdHeader(std::ostream& out, const std::string& path, const HxMrdFile& file, bool allLabels) {
+void hxWriteMrdHeader(std::ostream& out, const std::string& path, const HxMrdReader& reader, bool allLabels) {
+  const HxMrdHeader& header = reader.header();
+  const std::vector<std::string>& labels = reader.labels();
   out << "# file: " << path << "\n";
-  if (file.header.blank) {
+  if (header.blank) {
     out << "# header: blank\n";
   } else {
-    out << "# total values: " << file.header.totalValues << "\n";
-    out << "# channels: " << file.header.channels << "\n";
-    out << "# samples: " << file.header.samples << "\n";
-    out << "# fourth value: " << HxDOUBLE2STRING(file.header.fourthValue) << "\n";
+    out << "# total values: " << header.totalValues << "\n";
+    out << "# channels: " << header.channels << "\n";
+    out << "# samples: " << header.samples << "\n";
+    out << "# fourth value: " << HxDOUBLE2STRING(header.fourthValue) << "\n";
   }
-  out << "# labels: " << file.labels.size() << "\n";
-  out << "# values per sample: " << file.valuesPerSample << "\n";
-  out << "# samples in file: " << file.sampleCount << "\n";
+  out << "# labels: " << labels.size() << "\n";
+  out << "# values per sample: " << reader.valuesPerSample() << "\n";
+  out << "# samples in file: " << reader.sampleCount() << "\n";
   if (allLabels) {
-    for (std::size_t i = 0; i < file.labels.size(); ++i) out << "# label " << i << ": " << file.labels[i] << "\n";
+    for (std::size_t i = 0; i < labels.size(); ++i) out << "# label " << i << ": " << labels[i] << "\n";
   } else {
-    for (std::size_t i = file.valuesPerSample; i < file.labels.size(); ++i) {
-      out << "# label without a column: " << i << ": " << file.labels[i] << "\n";
+    for (std::size_t i = reader.valuesPerSample(); i < labels.size(); ++i) {
+      out << "# label without a column: " << i << ": " << labels[i] << "\n";
     }
   }
 }
 
-void hxWriteMrdCsv(std::ostream& out, const HxMrdFile& file) {
+HxBoolean hxWriteMrdCsv(std::ostream& out, HxMrdReader& reader, std::string& error) {
   // One label per column; columns beyond the labels get empty names.
-  for (std::size_t c = 0; c < file.valuesPerSample; ++c) {
+  const std::vector<std::string>& labels = reader.labels();
+  const HxU32 valuesPerSample = reader.valuesPerSample();
+  for (std::size_t c = 0; c < valuesPerSample; ++c) {
     if (c != 0) out << ',';
-    if (c < file.labels.size()) out << file.labels[c];
+    if (c < labels.size()) out << labels[c];
   }
   out << '\n';
-  for (std::size_t s = 0; s < file.sampleCount; ++s) {
-    for (std::size_t c = 0; c < file.valuesPerSample; ++c) {
-      if (c != 0) out << ',';
-      writeFloat(out, file.value(s, c));
+  // The rows are made in a block of text written whenever it fills.
+  constexpr std::size_t kBlock = 1 << 16, kNumber = 32;
+  std::vector<float> values(4096);
+  std::vector<char> text(kBlock + kNumber + 1);
+  char* const begin = text.data();
+  char* end = begin;
+  HxU32 column = 0;
+  for (;;) {
+    const std::size_t count = reader.read(values.data(), values.size(), error);
+    if (count == 0) break;
+    for (std::size_t i = 0; i < count; ++i) {
+      end = std::to_chars(end, end + kNumber, values[i]).ptr;
+      column = column + 1 == valuesPerSample ? 0 : column + 1;
+      *end++ = column == 0 ? '\n' : ',';
+      if (end - begin >= static_cast<std::ptrdiff_t>(kBlock)) {
+        out.write(begin, end - begin);
+        end = begin;
+        if (!out) return true;
+      }
     }
-    out << '\n';
   }
+  out.write(begin, end - begin);
+  return error.empty();
 }
 
-int hxMrdMain(const std::vector<std::string>& arguments, std::ostream& standardOut, std::ostream& err) {
+namespace {
+int runMrd(const std::vector<std::string>& arguments, std::ostream& standardOut, std::ostream& err,
+           std::string& input) {
   HxMrdCommandOptions options;
   std::string error;
   if (!hxParseMrdOptions(arguments, options, error)) {
@@ -129,12 +157,23 @@ int hxMrdMain(const std::vector<std::string>& arguments, std::ostream& standardO
     return 0;
   }
 
-  HxMrdFile file;
-  if (!hxLoadMrdFile(options.input, options.load, file, error)) {
+  input = options.input;
+  if (!options.output.empty()) {
+    // The samples are read while the output is written: it must not be the file being read.
+    struct stat inputStatus {};
+    struct stat outputStatus {};
+    if (::stat(options.input.c_str(), &inputStatus) == 0 && ::stat(options.output.c_str(), &outputStatus) == 0 &&
+        inputStatus.st_dev == outputStatus.st_dev && inputStatus.st_ino == outputStatus.st_ino) {
+      err << "hxmrd: error: " << options.output << ": is the file being read\n";
+      return 1;
+    }
+  }
+  HxMrdReader reader;
+  if (!reader.open(options.input, options.load, error)) {
     err << "hxmrd: error: " << options.input << ": " << error << "\n";
     return 1;
   }
-  for (const std::string& warning : file.warnings)
+  for (const std::string& warning : reader.warnings())
     err << "hxmrd: warning: " << options.input << ": " << warning << "\n";
 
   std::ofstream fileOut;
@@ -147,13 +186,35 @@ int hxMrdMain(const std::vector<std::string>& arguments, std::ostream& standardO
   }
   std::ostream& out = options.output.empty() ? standardOut : fileOut;
   if (options.content != HxMrdCommandOptions::Content::CsvOnly) {
-    hxWriteMrdHeader(out, options.input, file, options.content == HxMrdCommandOptions::Content::HeaderOnly);
+    hxWriteMrdHeader(out, options.input, reader, options.content == HxMrdCommandOptions::Content::HeaderOnly);
   }
-  if (options.content != HxMrdCommandOptions::Content::HeaderOnly) hxWriteMrdCsv(out, file);
+  if (options.content != HxMrdCommandOptions::Content::HeaderOnly && !hxWriteMrdCsv(out, reader, error)) {
+    out.flush();
+    err << "hxmrd: error: " << options.input << ": " << error << "\n";
+    return 1;
+  }
   out.flush();
   if (!out) {
     err << "hxmrd: error: writing the output failed\n";
     return 1;
   }
   return 0;
+}
+}  // namespace
+
+int hxMrdMain(const std::vector<std::string>& arguments, std::ostream& standardOut, std::ostream& err) {
+  std::string input;
+  auto fail = [&err, &input](const std::string& what) {
+    err << "hxmrd: error: " << (input.empty() ? std::string() : input + ": ") << what << "\n";
+    return 1;
+  };
+  try {
+    return runMrd(arguments, standardOut, err, input);
+  } catch (const std::bad_alloc&) {
+    return fail("not enough memory");
+  } catch (const std::exception& exception) {
+    return fail(std::string("unexpected failure: ") + exception.what());
+  } catch (...) {
+    return fail("unexpected failure");
+  }
 }

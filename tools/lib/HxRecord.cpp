@@ -2,9 +2,12 @@
 
 #include "tools/lib/HxRecord.h"
 
+#include <cerrno>
+#include <cstring>
 #include <ostream>
 
 #include "tools/lib/HxRecordProgress.h"
+#include "tools/lib/HxRecordSignals.h"
 
 namespace {
 // Version of this source unit, built at load time.
@@ -44,10 +47,28 @@ int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, s
   if (progressBar && !options.quiet) {
     progress = [&bar](double simulated, double total) { bar.update(simulated, total); };
   }
-  const HxRecordStatus recorded = session.record({}, progress);
-  bar.clear();
-  warnFrom(warningsShown);
-  reportErrors(recorded);
-  if (!options.quiet) hxWriteRecordSummary(session.summary(), out);
+  HxRecordStatus recorded;
+  {
+    // Ctrl-C, SIGTERM and SIGHUP stop the recording at its next sample; the files are finished.
+    HxStopSignals signals;
+    session.setStopFlag(HxStopSignals::flag());
+    recorded = session.record({}, progress);
+    bar.clear();
+    warnFrom(warningsShown);
+    reportErrors(recorded);
+    for (const std::string& notice : session.notices()) err << "hxrecord: " << notice << "\n";
+    if (!options.quiet) {
+      // A summary that does not reach its reader is a failure of its own.
+      errno = 0;
+      hxWriteRecordSummary(session.summary(), out);
+      out.flush();
+      if (!out) {
+        const int reason = errno;
+        err << "hxrecord: error: cannot print the summary: "
+            << (reason != 0 ? std::strerror(reason) : "the output failed") << " (the files are written)\n";
+        if (recorded == HxRecordStatus::Success) recorded = HxRecordStatus::OutputError;
+      }
+    }
+  }
   return static_cast<int>(recorded);
 }

@@ -70,9 +70,9 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
 }
 
 HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers,
-                                std::string& error) {
+                                const std::vector<std::string>& inputs, std::string& error) {
   const fs::path base(outputBase);
-  if (!base.has_filename()) {
+  if (!base.has_filename() || base.filename() == "." || base.filename() == "..") {
     error = "output base name '" + outputBase +
             "' names a directory; add a file name without extension, for example '" + (base / "recording").string() +
             "'";
@@ -103,6 +103,13 @@ HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWri
     if (fs::is_directory(path, code)) {
       error = "cannot write '" + path + "': it is a directory";
       return false;
+    }
+    for (const std::string& input : inputs) {
+      if (fs::exists(path, code) && fs::equivalent(path, input, code)) {
+        error = "output file '" + path + "' is the input file '" + input +
+                "'; recording would overwrite it: choose another output base name with --output";
+        return false;
+      }
     }
     const bool existed = fs::exists(path, code);
     errno = 0;

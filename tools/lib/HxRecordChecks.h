@@ -19,5 +19,8 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
 
 /// Makes sure every file `outputBase` + extension of `writers` can be written: creates the
 /// output directory when it is missing and opens each file for appending (removing those that
-/// did not exist before). Returns false with a message in `error` otherwise.
-HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers, std::string& error);
+/// did not exist before). Refuses a base that names a directory ("dir/", ".", "..") and files
+/// that are one of `inputs` (the same file, also through another name or link). Returns false
+/// with a message in `error` otherwise.
+HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers,
+                                const std::vector<std::string>& inputs, std::string& error);

@@ -6,74 +6,107 @@
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
 #include "tools/lib/HxRecordText.h"
+#include "tools/lib/HxRecordValidation.h"
 
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
-// The local name of a module token ("...sm#generalCapture" -> "generalCapture"); a token of
-// another namespace is shown whole.
-std::string displayToken(const HxToken& token) {
-  const std::string& text = token.token();
+bool startsWith(const std::string& text, const std::string& start) { return text.compare(0, start.size(), start) == 0; }
+
+// A library message in the user's words: on one line, without the name of the class or
+// function that printed it, the file and line it names (the message is placed anew) or the
+// namespace of module tokens.
+std::string libraryMessage(const std::string& message) {
+  std::string text = hxOneLine(message);
+  if (startsWith(text, "Hx")) {
+    // "HxXmlCompoundType Error: ...", "HxXmlVariableVectorType::read() error: ..."
+    const std::size_t colon = text.find(": ");
+    const std::size_t blank = text.find(' ');
+    if (colon != std::string::npos &&
+        (blank == colon || text.compare(blank, 8, " Error: ") == 0 || text.compare(blank, 8, " error: ") == 0)) {
+      text.erase(0, colon + 2);
+    }
+  }
+  for (const char* place : {" File: ", " Filename: "}) {
+    const std::size_t at = text.find(place);
+    if (at != std::string::npos) text.erase(at);
+  }
   const std::string& ns = HxSimAnalysis::ns.token();
-  if (text.compare(0, ns.size(), ns) == 0) return text.substr(ns.size());
+  for (std::size_t at = text.find(ns); at != std::string::npos; at = text.find(ns, at)) text.erase(at, ns.size());
   return text;
+}
+
+bool open(HxXmlReader& reader, const std::string& name, const std::string* text) {
+  return text != nullptr ? reader.openMemory(*text, name) : reader.openFile(name);
+}
+
+// Moves the reader to the root element's start; false at a parse error or the document's end.
+bool findRoot(HxXmlReader& reader) {
+  for (;;) {
+    const int kind = reader.next();
+    if (kind == HxXmlReader::StartElement || kind == HxXmlReader::EmptyElement) return true;
+    if (kind == HxXmlReader::Error || kind == HxXmlReader::EndOfDocument) return false;
+  }
+}
+
+// The first pass: the document is well-formed, its root is `rootToken` and it holds what
+// `root` reads, as hxValidateConfiguration checks it.
+void checkDocument(const std::string& name, const std::string* text, const HxToken& rootToken, HxXmlObject& root,
+                   HxRecordMessages& messages) {
+  // The reader's own report of a parse error is taken from errorMessage().
+  const Hx::ScopedPrintCapture quiet([](Hx::Print::PrintType, const std::string&, const std::string&) {});
+  HxXmlReader reader;
+  if (!open(reader, name, text) || !findRoot(reader)) {
+    if (reader.hasError()) {
+      messages.addLast(HxRecordMessages::Syntax, reader.errorMessage());
+    } else {
+      messages.add(HxRecordMessages::Syntax, reader.lineNumber(), [] { return "the document holds no element"; });
+    }
+    return;
+  }
+  if (reader.name() != rootToken) {
+    messages.add(HxRecordMessages::Syntax, reader.lineNumber(), [&] {
+      return "the root element is '" + hxDisplayToken(reader.name()) + "', expected '" + hxDisplayToken(rootToken) +
+             "'";
+    });
+    return;
+  }
+  hxValidateConfiguration(reader, root, messages);
+  // The rest of the document must be well-formed too.
+  while (!reader.hasError() && reader.next() != HxXmlReader::EndOfDocument) {
+  }
+  if (reader.hasError()) messages.addLast(HxRecordMessages::Syntax, reader.errorMessage());
+}
+
+// The second pass: the library reads the document into `root`; whatever it prints about it is
+// an error.
+void readDocument(const std::string& name, const std::string* text, HxXmlObject& root, HxRecordMessages& messages) {
+  HxXmlReader reader;
+  const Hx::ScopedPrintCapture capture([&](Hx::Print::PrintType type, const std::string&, const std::string& message) {
+    if (type < Hx::Print::Warning) return;
+    // The reader's own report of a parse error is taken from errorMessage() below.
+    if (reader.hasError() && startsWith(message, reader.errorMessage())) return;
+    messages.add(HxRecordMessages::Library, reader.lineNumber(), [&] { return libraryMessage(message); });
+  });
+  const HxBoolean read = open(reader, name, text) && reader.readObject(root);
+  if (reader.hasError()) {
+    messages.addLast(HxRecordMessages::Syntax, reader.errorMessage());
+  } else if (!read && messages.empty()) {
+    messages.add(HxRecordMessages::Library, reader.lineNumber(), [] { return "invalid content"; });
+  }
 }
 
 }  // namespace
 
 HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, const HxToken& rootToken,
-                              HxXmlObject& root, std::vector<std::string>& errors, std::vector<std::string>& warnings) {
-  HxXmlReader reader;
-  const std::size_t errorsBefore = errors.size();
-  // Library messages are placed at the reader's line when they arrive; the reader's own
-  // messages already begin with "file:line:".
-  auto place = [&](const std::string& message) {
-    const std::string line = hxOneLine(message);
-    const std::string prefix = name + ":";
-    if (line.compare(0, prefix.size(), prefix) == 0) return line;
-    return name + ":" + std::to_string(reader.lineNumber()) + ": " + line;
-  };
-  // Warnings are kept only when the document reads: after an error they are its echoes.
-  std::vector<std::string> documentWarnings;
-  Hx::ScopedPrintCapture capture([&](Hx::Print::PrintType type, const std::string&, const std::string& message) {
-    if (type >= Hx::Print::Error) {
-      errors.push_back(place(message));
-    } else if (type == Hx::Print::Warning) {
-      documentWarnings.push_back(place(message));
-    }
-  });
-
-  const HxBoolean opened = text != nullptr ? reader.openMemory(*text, name) : reader.openFile(name);
-  if (!opened) {
-    if (errors.size() == errorsBefore) errors.push_back(reader.errorMessage());
-    return false;
-  }
-  // The root element must be the expected one before the object is asked to read it.
-  int kind = reader.next();
-  while (kind != HxXmlReader::StartElement && kind != HxXmlReader::EmptyElement && kind != HxXmlReader::Error &&
-         kind != HxXmlReader::EndOfDocument) {
-    kind = reader.next();
-  }
-  if (kind == HxXmlReader::Error) {
-    if (errors.size() == errorsBefore) errors.push_back(reader.errorMessage());
-    return false;
-  }
-  if (kind == HxXmlReader::EndOfDocument) {
-    errors.push_back(name + ":" + std::to_string(reader.lineNumber()) + ": the document holds no element");
-    return false;
-  }
-  if (reader.name() != rootToken) {
-    errors.push_back(name + ":" + std::to_string(reader.lineNumber()) + ": the root element is '" +
-                     displayToken(reader.name()) + "', expected '" + displayToken(rootToken) + "'");
-    return false;
-  }
-  const HxBoolean read = reader.readObject(root);
-  if (!read && errors.size() == errorsBefore) {
-    errors.push_back(reader.hasError() ? reader.errorMessage()
-                                       : name + ":" + std::to_string(reader.lineNumber()) + ": invalid content");
-  }
-  if (!read || errors.size() != errorsBefore) return false;
-  warnings.insert(warnings.end(), documentWarnings.begin(), documentWarnings.end());
-  return true;
+                              HxXmlObject& root, std::vector<std::string>& errors,
+                              [[maybe_unused]] std::vector<std::string>& warnings) {
+  HxRecordMessages messages(name);
+  checkDocument(name, text, rootToken, root, messages);
+  if (messages.empty()) readDocument(name, text, root, messages);
+  if (messages.empty()) return true;
+  const std::vector<std::string> lines = messages.lines();
+  errors.insert(errors.end(), lines.begin(), lines.end());
+  return false;
 }

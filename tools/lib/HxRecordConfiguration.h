@@ -9,8 +9,17 @@
 
 /// Reads one configuration document (a capture configuration, a writer list) into `root`.
 /// `text` null reads the file `name`; otherwise `text` is read and `name` names it in messages.
-/// The root element must be `rootToken`. Every problem becomes one message naming the file and
-/// line ("file:line: text") in `errors`, and the result is false; the library's warnings about
-/// a document that reads go to `warnings` without failing.
+/// The root element must be `rootToken`.
+///
+/// The document is first checked against the form of `root` (hxValidateConfiguration), more
+/// strictly than the library reads it: an unknown element or attribute, an element given twice,
+/// a quantity listed twice or at another level, a "count" that differs from what the element
+/// holds, a value that is not of its type and a tolerance that is not a finite number >= 0 are
+/// errors. Only a document without such faults is read by the library, and anything the library
+/// prints while reading it (its warnings included) is an error too.
+///
+/// Every problem becomes one message "file:line: text" in `errors` (at most 20 of each kind,
+/// then one line saying how many more there were), and the result is false. Nothing is added to
+/// `warnings`.
 HxBoolean hxReadConfiguration(const std::string& name, const std::string* text, const HxToken& rootToken,
                               HxXmlObject& root, std::vector<std::string>& errors, std::vector<std::string>& warnings);

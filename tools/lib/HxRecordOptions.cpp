@@ -62,10 +62,26 @@ const std::string& hxRecordUsage() {
       "The path-point index of a sample is the smallest index of the manipulators that follow\n"
       "a path.\n"
       "\n"
+      "The configuration files are read strictly: an unknown element or attribute (the message\n"
+      "names the closest known one), an element given twice, a quantity listed twice or at the\n"
+      "wrong level, a 'count' that differs from what the element holds, a value not of its type\n"
+      "and a reach-target tolerance that is not a finite number >= 0 are errors (status 4), each\n"
+      "named at its file and line; after 20 messages of one kind the rest are counted. So is a\n"
+      "label or link identifier that would corrupt an output file (a comma, a quote, a control\n"
+      "character or \"  -  \" in the text, MATLAB or MRD files; a double quote or backslash in\n"
+      "the notebook).\n"
+      "\n"
+      "Interrupting hxrecord (Ctrl-C, SIGTERM or SIGHUP) stops it at the next sample and\n"
+      "finishes every file; the files are flushed at least once a second, so that after a\n"
+      "crash or SIGKILL 'hxrepair BASE' gives readable files that lack at most that second.\n"
+      "\n"
       "Exit status: 0 success; 1 the simulation became unstable (the files are finished up to\n"
       "that point); 2 bad option or option value; 3 model missing or invalid; 4 capture or\n"
-      "writer configuration missing or invalid; 5 the capture configuration names a\n"
-      "manipulator, link or end effector that the model lacks; 6 output cannot be written.\n";
+      "writer configuration missing or invalid, or a label that would corrupt a file; 5 the\n"
+      "capture configuration names a manipulator, link or end effector that the model lacks;\n"
+      "6 output cannot be written (an output would overwrite an input, or writing failed while\n"
+      "recording: the other files are finished) or the summary cannot be printed;\n"
+      "7 interrupted by a signal (the files are finished up to that point).\n";
   return usage;
 }
 

@@ -15,7 +15,8 @@ enum class HxRecordStatus : int {
   ModelError = 3,             ///< model file missing, unreadable, invalid or without manipulator
   ConfigurationError = 4,     ///< capture or writer configuration missing or invalid
   ConfigurationMismatch = 5,  ///< the capture names a manipulator, link or end effector the model lacks
-  OutputError = 6,            ///< the output directory or a file in it cannot be written
+  OutputError = 6,            ///< an output file cannot be written, or writing it failed while recording
+  Interrupted = 7,            ///< SIGINT, SIGTERM or SIGHUP stopped the recording (its files are finished)
 };
 
 /// What one hxrecord run does. An empty file name selects the built-in default scene's file

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <cstring>
 #include <filesystem>
 #include <limits>
 #include <system_error>
@@ -12,12 +13,15 @@
 
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/storage/HxSystemStoredData.h"
+#include "analysis/writers/HxLabelCheck.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxPrint.h"
 #include "tools/lib/HxRecordChecks.h"
 #include "tools/lib/HxRecordConfiguration.h"
 #include "tools/lib/HxRecordDefaultScene.h"
+#include "tools/lib/HxRecordSignals.h"
 #include "tools/lib/HxRecordText.h"
+#include "tools/lib/HxRepair.h"
 
 namespace {
 // Version of this source unit, built at load time.
@@ -61,9 +65,17 @@ HxRecordStatus HxRecordSession::prepare() {
     errors_.insert(errors_.end(), problems.begin(), problems.end());
     return HxRecordStatus::ConfigurationMismatch;
   }
+  status = checkLabels();
+  if (status != HxRecordStatus::Success) return status;
   // The library itself stays silent about files it cannot write: check them first.
+  std::vector<std::string> inputs;
+  for (const std::string* input : {&options_.modelFile, &options_.captureFile, &options_.writersFile}) {
+    if (!input->empty()) inputs.push_back(*input);
+  }
   std::string error;
-  if (!hxCheckOutputWritable(options_.outputBase, writers_, error)) return fail(HxRecordStatus::OutputError, error);
+  if (!hxCheckOutputWritable(options_.outputBase, writers_, inputs, error)) {
+    return fail(HxRecordStatus::OutputError, error);
+  }
   prepared_ = true;
   return HxRecordStatus::Success;
 }
@@ -149,6 +161,10 @@ HxRecordStatus HxRecordSession::loadConfigurations() {
 
 HxRecordStatus HxRecordSession::checkTiming() {
   const double timestep = simulation_->timestep();
+  if (!std::isfinite(timestep) || timestep <= 0.0) {
+    return fail(HxRecordStatus::ModelError, "model '" + modelName_ + "' has a timestep of " + hxSecondsText(timestep) +
+                                                " s; expected a positive, finite number of seconds");
+  }
   const double steps = std::round(options_.duration / timestep);
   if (steps < 1.0) {
     return fail(HxRecordStatus::BadOption, "duration " + hxSecondsText(options_.duration) +
@@ -176,6 +192,55 @@ HxRecordStatus HxRecordSession::checkTiming() {
   return HxRecordStatus::Success;
 }
 
+HxRecordStatus HxRecordSession::checkLabels() {
+  const std::vector<HxUnsafeLabel> unsafe = hxFindUnsafeLabels(capture_, writers_);
+  if (unsafe.empty()) return HxRecordStatus::Success;
+  const std::string captureText =
+      options_.captureFile.empty() ? hxRecordDefaultCapture().text : hxReadTextFile(options_.captureFile);
+  // One message per text, naming every reason and every file it would break.
+  for (std::size_t first = 0; first < unsafe.size();) {
+    const HxUnsafeLabel& label = unsafe[first];
+    std::size_t last = first;
+    std::vector<std::string> reasons, files;
+    auto addOnce = [](std::vector<std::string>& list, const std::string& item) {
+      if (std::find(list.begin(), list.end(), item) == list.end()) list.push_back(item);
+    };
+    for (; last < unsafe.size() && unsafe[last].source == label.source && unsafe[last].text == label.text &&
+           unsafe[last].capture == label.capture && unsafe[last].level == label.level &&
+           unsafe[last].linkIdentifier == label.linkIdentifier &&
+           unsafe[last].endEffectorIndex == label.endEffectorIndex && unsafe[last].column == label.column &&
+           unsafe[last].quantity == label.quantity;
+         ++last) {
+      addOnce(reasons, unsafe[last].reason);
+      addOnce(files, options_.outputBase + unsafe[last].extension);
+    }
+    const HxU32 line = hxLineOfXmlText(captureText, label.text);
+    std::string where = captureName_ + (line != 0 ? ":" + std::to_string(line) : std::string()) + ": ";
+    std::string what;
+    const std::string manipulator = "manipulator " + std::to_string(label.manipulatorIndex);
+    switch (label.source) {
+      case HxUnsafeLabel::Source::SystemLabel:
+        what = "the configuration's label";
+        break;
+      case HxUnsafeLabel::Source::LinkIdentifier:
+        what = "the link identifier of " + manipulator + " (the model's body of that name)";
+        break;
+      case HxUnsafeLabel::Source::DataLabel:
+        what = "column label " + std::to_string(label.column) + " of '" + label.quantity + "' (" + manipulator +
+               (label.level == HxDataCaptureLevel::Link ? ", link '" + label.linkIdentifier + "'"
+                : label.level == HxDataCaptureLevel::EndEffector
+                    ? ", end effector " + std::to_string(label.endEffectorIndex)
+                    : std::string()) +
+               ")";
+        break;
+    }
+    errors_.push_back(where + what + " " + hxQuotedForMessage(label.text) + " holds " + hxJoinedList(reasons) +
+                      ", which would corrupt " + hxJoinedList(files) + "; change the label");
+    first = last;
+  }
+  return HxRecordStatus::ConfigurationError;
+}
+
 HxU32 HxRecordSession::systemPathPointIndex() const {
   HxU32 index = std::numeric_limits<HxU32>::max();
   for (HxU32 m = 0; m < simulation_->numberOfManipulators(); ++m) {
@@ -186,6 +251,7 @@ HxU32 HxRecordSession::systemPathPointIndex() const {
 
 HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, const ProgressObserver& progressObserver) {
   if (!prepared_) return fail(HxRecordStatus::SimulationFailed, "nothing to record: the session is not prepared");
+  using Clock = std::chrono::steady_clock;
   HxMujocoSimulation& simulation = *simulation_;
   Hx::ScopedPrintCapture messages;
   HxSystemStoredData recorder;
@@ -202,12 +268,16 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
     ++samples;
     if (progressObserver) progressObserver(simulation.time(), total);
   };
+  // Whatever stops the recording, it stops after a whole sample, so that every file ends with it.
+  auto stopRequested = [&]() { return recorder.failedOutputFile() >= 0 || (stopFlag_ != nullptr && *stopFlag_ != 0); };
 
-  // A sample at the start, then one every stepsPerSample_ steps.
+  // A sample at the start, then one every stepsPerSample_ steps; the files reach the disk at
+  // least once a second, so that a recording killed outright loses no more than that.
   HxRecordStatus status = HxRecordStatus::Success;
-  const auto start = std::chrono::steady_clock::now();
+  const auto start = Clock::now();
+  auto lastFlush = start;
   takeSample();
-  for (HxU32 step = 1; step <= totalSteps_; ++step) {
+  for (HxU32 step = 1; step <= totalSteps_ && !stopRequested(); ++step) {
     if (!simulation.step()) {
       status = fail(HxRecordStatus::SimulationFailed,
                     "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
@@ -215,12 +285,49 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
                         "; the files hold the samples before it");
       break;
     }
-    if (step % stepsPerSample_ == 0) takeSample();
+    if (step % stepsPerSample_ != 0) continue;
+    takeSample();
+    const auto now = Clock::now();
+    if (now - lastFlush >= std::chrono::seconds(1)) {
+      recorder.flushOutputFiles();
+      lastFlush = now;
+    }
   }
+  const bool interrupted = stopFlag_ != nullptr && *stopFlag_ != 0 && recorder.failedOutputFile() < 0;
   recorder.finishSaveToFile();
-  const auto end = std::chrono::steady_clock::now();
+  const auto end = Clock::now();
   keepWarnings(messages, warnings_);
+  if (recorder.failedOutputFile() >= 0) {
+    reportWriteFailure(recorder, samples);
+    status = HxRecordStatus::OutputError;
+  } else if (interrupted && status == HxRecordStatus::Success) {
+    notices_.push_back("interrupted by " + std::string(hxSignalName(*stopFlag_)) +
+                       " at t = " + hxSecondsText(simulation.time()) + " s: the files are finished and hold " +
+                       std::to_string(samples) + " samples");
+    status = HxRecordStatus::Interrupted;
+  }
   return summarize(status, samples, std::chrono::duration<double>(end - start).count());
+}
+
+void HxRecordSession::reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples) {
+  const HxU32 failed = static_cast<HxU32>(recorder.failedOutputFile());
+  const HxOutputFileState state = recorder.outputFileState(failed);
+  const std::string path = options_.outputBase + writers_[failed].fileExtension();
+  errors_.push_back("cannot write '" + path +
+                    "': " + (state.error != 0 ? std::strerror(state.error) : std::string("the write failed")) +
+                    "; recording stopped at t = " + hxSecondsText(simulation_->time()) + " s after " +
+                    std::to_string(samples) + " samples");
+  // What each file really holds: a file cut short holds fewer whole samples than were handed to it.
+  bool cut = false;
+  for (const HxFileRepair& file : hxRepairRecording(options_.outputBase, true)) {
+    if (file.outcome == HxFileRepair::Outcome::Missing) continue;
+    const bool whole = file.outcome == HxFileRepair::Outcome::Finished;
+    cut = cut || !whole;
+    errors_.push_back("'" + file.path + "' holds " + std::to_string(file.samples) + " samples" +
+                      (whole ? " and is finished" : ", cut short: " + file.action));
+  }
+  if (cut)
+    errors_.push_back("once there is room again, 'hxrepair " + options_.outputBase + "' repairs the files cut short");
 }
 
 HxRecordStatus HxRecordSession::summarize(HxRecordStatus status, HxU32 samples, double wallTime) {

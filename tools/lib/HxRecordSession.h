@@ -1,12 +1,14 @@
 #pragma once
 // HxRecordSession: one hxrecord recording, from loading the scene to the finished files.
 
+#include <csignal>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "analysis/capture/HxSystemDataCapture.h"
+#include "analysis/storage/HxSystemStoredData.h"
 #include "analysis/writers/HxOutputWriterVector.h"
 #include "framework/HxTypes.h"
 #include "simulation/mujoco/HxMujocoSimulation.h"
@@ -41,8 +43,16 @@ class HxRecordSession {
   /// errors().
   HxRecordStatus prepare();
   /// Records the scene into the output files. Requires a successful prepare(). On an unstable
-  /// simulation stops, finishes the files and returns SimulationFailed.
+  /// simulation stops, finishes the files and returns SimulationFailed. When a file fails to be
+  /// written, stops stepping, finishes the other files and returns OutputError, with the file,
+  /// the reason and the samples each file holds in errors(). When the stop flag (see
+  /// `setStopFlag`) is raised, stops at the next sample, finishes every file and returns
+  /// Interrupted, saying where in notices(). The files are flushed at least once a second of
+  /// wall time.
   HxRecordStatus record(const SampleObserver& sampleObserver = {}, const ProgressObserver& progressObserver = {});
+
+  /// A signal number that, once not 0, stops a recording at its next sample (see HxStopSignals).
+  void setStopFlag(const volatile std::sig_atomic_t* flag) { stopFlag_ = flag; }
 
   const HxRecordOptions& options() const { return options_; }
   /// The simulation; after prepare() a test may still change it (path points, tolerances).
@@ -62,6 +72,9 @@ class HxRecordSession {
   const std::vector<std::string>& errors() const { return errors_; }
   /// Messages of problems that did not stop the run.
   const std::vector<std::string>& warnings() const { return warnings_; }
+  /// What the user should know that is neither an error nor a warning (where an interrupted
+  /// recording stopped), one line each.
+  const std::vector<std::string>& notices() const { return notices_; }
   const HxRecordSummary& summary() const { return summary_; }
 
  private:
@@ -69,6 +82,9 @@ class HxRecordSession {
   HxRecordStatus loadModel();
   HxRecordStatus loadConfigurations();
   HxRecordStatus checkTiming();
+  HxRecordStatus checkLabels();
+  // Errors that say, after a write failure, which file failed and what every file holds.
+  void reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples);
   HxU32 systemPathPointIndex() const;
   // Fills summary_ after a recording of `samples` samples; returns `status`, or OutputError when
   // a file is missing after all.
@@ -84,5 +100,7 @@ class HxRecordSession {
   bool prepared_ = false;
   std::vector<std::string> errors_;
   std::vector<std::string> warnings_;
+  std::vector<std::string> notices_;
   HxRecordSummary summary_;
+  const volatile std::sig_atomic_t* stopFlag_ = nullptr;
 };

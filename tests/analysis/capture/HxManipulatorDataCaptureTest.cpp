@@ -12,55 +12,44 @@
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
-#include "tests/analysis/capture/HxCaptureTestSupport.h"
+#include "tests/analysis/types/HxTypesTestSupport.h"
 
 namespace {
 
 using namespace HxSimAnalysis;
-using HxCaptureTest::flags;
+using HxTypesTest::flags;
 
 // A token already present is accepted again without a copy; a sub-capture is kept only once its
 // first type was accepted (the level checks themselves are pinned through the system capture);
-// adding to all of zero end effectors succeeds and changes nothing.
-TEST(HxManipulatorDataCapture, AddsKeepOneTypePerTokenAndNoEmptySubCapture) {
+// adding to all of zero end effectors succeeds and changes nothing. Adding to all links skips
+// absent link positions and adds to an existing link capture in place. An end-effector type
+// added by object replaces the one of its token (flags and all); added by token, the existing
+// one stays.
+TEST(HxManipulatorDataCapture, AddRules) {
   HxManipulatorDataCapture capture;
   EXPECT_TRUE(capture.addDataCaptureType(HxBasePositionDataCaptureTypeToken));
   const HxManipulatorDataCapture once = capture;
   EXPECT_TRUE(capture.addDataCaptureType(HxBasePositionDataCaptureTypeToken));
   EXPECT_FALSE(capture.addLinkDataCaptureType("elbow", HxControlInputDataCaptureTypeToken));  // no creator
   EXPECT_FALSE(capture.addEndEffectorDataCaptureType(HxJointPositionDataCaptureType(), 2u));
-  EXPECT_TRUE(capture.addEndEffectorDataCaptureType(HxEndEffectorVelocityDataCaptureTypeToken, 0u));
-  EXPECT_EQ(capture, once);
-
+  EXPECT_TRUE(capture.addEndEffectorDataCaptureType(HxEndEffectorVelocityDataCaptureTypeToken, 0u) && capture == once);
   EXPECT_TRUE(capture.addEndEffectorDataCaptureType(HxEndEffectorVelocityDataCaptureTypeToken, 2u));
   ASSERT_EQ(capture.endEffectorDataCaptureVector().size(), 2u);
   EXPECT_EQ(capture.endEffectorDataCaptureVector()[1].endEffectorIndex(), 1u);
-}
 
-// Adding to all links skips absent link positions and adds to an existing link capture in place.
-TEST(HxManipulatorDataCapture, AddToAllLinksSkipsAbsentLinkPositionsAndReusesExistingCaptures) {
   HxIndividualManipulator manipulator;
   manipulator.addLink(HxLink("base", 0));
   manipulator.addAbsentLink();
   manipulator.addLink(HxLink("tip", 2));
-
-  HxManipulatorDataCapture capture;
   ASSERT_TRUE(capture.addLinkDataCaptureType("tip", HxJointTorqueDataCaptureTypeToken));
-  EXPECT_FALSE(capture.addLinkDataCaptureType(HxEndEffectorPlacementDataCaptureTypeToken, manipulator));
-  EXPECT_FALSE(capture.addLinkDataCaptureType(HxToken("noSuchType"), manipulator));
+  EXPECT_FALSE(capture.addLinkDataCaptureType(HxEndEffectorPlacementDataCaptureTypeToken, manipulator) ||
+               capture.addLinkDataCaptureType(HxToken("noSuchType"), manipulator));
   EXPECT_EQ(capture.linkDataCaptureVector().size(), 1u);
-
   EXPECT_TRUE(capture.addLinkDataCaptureType(HxJointPositionDataCaptureTypeToken, manipulator));
   ASSERT_EQ(capture.linkDataCaptureVector().size(), 2u);
   EXPECT_EQ(capture.linkDataCaptureVector()[1].linkIdentifier(), "base");
-  EXPECT_EQ(capture.numDataCaptureTypes("tip"), 2u);
-  EXPECT_EQ(capture.numDataCaptureTypes("base"), 1u);
-}
+  EXPECT_TRUE(capture.numDataCaptureTypes("tip") == 2u && capture.numDataCaptureTypes("base") == 1u);
 
-// An end-effector type added by object replaces the one of its token (flags and all); added by
-// token, the existing one stays.
-TEST(HxManipulatorDataCapture, EndEffectorAddByObjectReplacesWhileAddByTokenKeeps) {
-  HxManipulatorDataCapture capture;
   HxReachTargetDataCaptureType target;
   target.setTranslationTolerance(0.05);
   target.setDisableFlags(flags({true}));
@@ -69,15 +58,14 @@ TEST(HxManipulatorDataCapture, EndEffectorAddByObjectReplacesWhileAddByTokenKeep
     return dynamic_cast<const HxReachTargetDataCaptureType&>(
         *capture.endEffectorDataCapture(0u)->dataCaptureType(HxReachTargetDataCaptureTypeToken));
   };
-  EXPECT_TRUE(capture.addEndEffectorDataCaptureType(0u, HxReachTargetDataCaptureTypeToken));
-  EXPECT_EQ(held(), target);
-
+  EXPECT_TRUE(capture.addEndEffectorDataCaptureType(0u, HxReachTargetDataCaptureTypeToken) && held() == target);
   EXPECT_TRUE(capture.addEndEffectorDataCaptureType(HxReachTargetDataCaptureType(), 1u));
-  EXPECT_EQ(capture.numDataCaptureTypes(0u), 1u);
-  EXPECT_EQ(held(), HxReachTargetDataCaptureType());
+  EXPECT_TRUE(capture.numDataCaptureTypes(0u) == 2u && held() == HxReachTargetDataCaptureType());
 }
 
-TEST(HxManipulatorDataCapture, RemovalsPruneEmptySubCapturesOnly) {
+// Removals prune the link and end-effector captures they leave empty, never the manipulator
+// level. Link and end-effector lookups take the first of two sub-captures with the same key.
+TEST(HxManipulatorDataCapture, RemovalsPruneEmptySubCapturesAndLookupsTakeTheFirstDuplicate) {
   HxManipulatorDataCapture capture;
   ASSERT_TRUE(capture.addDataCaptureType(HxCenterOfMassDataCaptureTypeToken));
   ASSERT_TRUE(capture.addLinkDataCaptureType("a", HxJointPositionDataCaptureTypeToken));
@@ -113,11 +101,7 @@ TEST(HxManipulatorDataCapture, RemovalsPruneEmptySubCapturesOnly) {
   capture.addLinkDataCaptureType("c", HxJointPositionDataCaptureTypeToken);
   capture.removeAllDataCaptureTypes();
   EXPECT_EQ(capture, HxManipulatorDataCapture());
-}
 
-// Link and end-effector lookups take the first of two sub-captures with the same key.
-TEST(HxManipulatorDataCapture, LookupsTakeTheFirstOfDuplicateSubCaptures) {
-  HxManipulatorDataCapture capture;
   HxLinkDataCapture link;
   link.setLinkIdentifier("elbow");
   link.addDataCaptureType(HxJointPositionDataCaptureTypeToken);
@@ -126,10 +110,8 @@ TEST(HxManipulatorDataCapture, LookupsTakeTheFirstOfDuplicateSubCaptures) {
   capture.addLinkDataCapture(link);
 
   unsigned int position = 99;
-  EXPECT_TRUE(capture.findIndex("elbow", position));
-  EXPECT_EQ(position, 0u);
-  EXPECT_EQ(capture.numDataCaptureTypes("elbow"), 1u);
-  EXPECT_TRUE(capture.removeLinkDataCapture("elbow"));
+  EXPECT_TRUE(capture.findIndex("elbow", position) && position == 0u);
+  EXPECT_TRUE(capture.numDataCaptureTypes("elbow") == 1u && capture.removeLinkDataCapture("elbow"));
   EXPECT_EQ(capture.numDataCaptureTypes("elbow"), 2u);
 
   HxEndEffectorDataCapture endEffector;
@@ -137,15 +119,15 @@ TEST(HxManipulatorDataCapture, LookupsTakeTheFirstOfDuplicateSubCaptures) {
   capture.addEndEffectorDataCapture(endEffector);
   endEffector.addDataCaptureType(HxEndEffectorVelocityDataCaptureTypeToken);
   capture.addEndEffectorDataCapture(endEffector);
-  EXPECT_EQ(capture.numDataCaptureTypes(4u), 0u);
-  EXPECT_TRUE(capture.removeEndEffectorDataCapture(4u));
+  EXPECT_TRUE(capture.numDataCaptureTypes(4u) == 0u && capture.removeEndEffectorDataCapture(4u));
   EXPECT_EQ(capture.numDataCaptureTypes(4u), 1u);
 }
 
 // A link capture ANDs its types' results; an unknown link or manipulator fails and leaves the
 // types' data as it was. An end-effector capture reports its last type's result only. The
-// manipulator capture makes every capture even after a failure and ANDs the results.
-TEST(HxManipulatorDataCapture, CaptureResultsOfEachLevel) {
+// manipulator capture makes every capture even after a failure and ANDs the results. Each level's
+// available types are the creatable types of its level, in token order, built once.
+TEST(HxManipulatorDataCapture, CaptureResultsOfEachLevelAndAvailableTypes) {
   HxScriptedSimulation simulation(2, std::vector<std::string>{"shoulder", "elbow"}, 1);  // no dynamics
   simulation.setJointPositions(1, {0.5, 0.75});
   HxLinkDataCapture link;
@@ -158,8 +140,7 @@ TEST(HxManipulatorDataCapture, CaptureResultsOfEachLevel) {
   simulation.setJointPositions(1, {0.25, 0.0});
   EXPECT_FALSE(link.captureData(simulation, 2));
   link.setLinkIdentifier("wrist");
-  EXPECT_FALSE(link.captureData(simulation, 1));
-  EXPECT_EQ(joint[0].value(), 0.75);
+  EXPECT_TRUE(!link.captureData(simulation, 1) && joint[0].value() == 0.75);
 
   // Without dynamics the placement is captured and the acceleration fails.
   HxEndEffectorDataCapture lastSucceeds, lastFails;
@@ -167,8 +148,7 @@ TEST(HxManipulatorDataCapture, CaptureResultsOfEachLevel) {
   lastSucceeds.addDataCaptureType(HxEndEffectorPlacementDataCaptureTypeToken);
   lastFails.addDataCaptureType(HxEndEffectorPlacementDataCaptureTypeToken);
   lastFails.addDataCaptureType(HxEndEffectorAccelerationDataCaptureTypeToken);
-  EXPECT_TRUE(lastSucceeds.captureData(simulation, 0));
-  EXPECT_FALSE(lastFails.captureData(simulation, 0));
+  EXPECT_TRUE(lastSucceeds.captureData(simulation, 0) && !lastFails.captureData(simulation, 0));
 
   HxManipulatorDataCapture manipulator;
   manipulator.setManipulatorIndex(1);
@@ -181,10 +161,7 @@ TEST(HxManipulatorDataCapture, CaptureResultsOfEachLevel) {
   EXPECT_TRUE(manipulator.captureData(simulation));
   manipulator.addEndEffectorDataCapture(lastFails);
   EXPECT_FALSE(manipulator.captureData(simulation));
-}
 
-// Each level's available types are the creatable types of its level, in token order, built once.
-TEST(HxManipulatorDataCapture, AvailableTypesPartitionTheCreatableTypesByLevel) {
   const HxDataCaptureTypeVector* lists[] = {&HxManipulatorDataCapture::allAvailableDataCaptureTypes(),
                                             &HxLinkDataCapture::allAvailableDataCaptureTypes(),
                                             &HxEndEffectorDataCapture::allAvailableDataCaptureTypes()};

@@ -5,11 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <initializer_list>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -27,15 +27,14 @@
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
-#include "tests/analysis/capture/HxCaptureTestSupport.h"
+#include "tests/analysis/types/HxTypesTestSupport.h"
 #include "tests/support/HxAllocationCounter.h"
 #include "tests/support/HxScopedTempDir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
-using HxCaptureTest::flags;
+using HxTypesTest::flags;
 
 /// The whole content of a file ("" when it cannot be read).
 std::string slurp(const std::string& path) {
@@ -150,45 +149,19 @@ class HxSystemStoredDataTest : public ::testing::Test {
     recorder.beginSaveToFile(file(name));
   }
 
-  // The files `name` + each extension, joined.
-  std::string files(const std::string& name, std::initializer_list<const char*> extensions) const {
-    std::string all;
-    for (const char* extension : extensions) all += slurp(file(name + extension)) + "|";
-    return all;
-  }
-
-  // The second field of each data line of a .csv file: the path-point index.
-  Lines indexColumn(const std::string& name) const {
-    static const std::regex secondField("\n[^,\n]*,([^,\n]*)");
-    const std::string text = slurp(file(name));
-    Lines indices;
-    for (std::sregex_iterator at(text.begin(), text.end(), secondField), end; at != end; ++at) {
-      indices.push_back((*at)[1]);
-    }
-    return indices;
-  }
-
   const HxScopedTempDir temp_{"recorder"};
   const fs::path& dir = temp_.path();
   TwoArmScene scene;
   HxSystemStoredData recorder;
 };
 
-// Without writers, saving makes no file; finishing twice is harmless.
-TEST_F(HxSystemStoredDataTest, WithoutWritersMakesNoFile) {
-  begin(HxOutputWriterVector());
-  scene.recordAll(recorder);
-  recorder.finishSaveToFile();
-  recorder.finishSaveToFile();
-  EXPECT_TRUE(fs::is_empty(dir));
-}
-
 // Beginning again abandons the first files unfinished (MRD header blank, XML unclosed, notebook
-// without trailer) with the sample they had, and starts a complete new set.
+// without trailer) with the sample they had, and starts a complete new set. A recorder starts at
+// path-point index 0 for the form without an index.
 TEST_F(HxSystemStoredDataTest, BeginningTwiceLeavesFirstFilesUnfinished) {
   begin(writers(), "first");
   scene.captureSample(0);
-  recorder.saveCapturedData(TwoArmScene::time(0), 0, scene.capture);
+  recorder.saveCapturedData(TwoArmScene::time(0), scene.capture);
   recorder.beginSaveToFile(file("second"));
   scene.captureSample(1);
   recorder.saveCapturedData(TwoArmScene::time(1), 1, scene.capture);
@@ -204,26 +177,22 @@ TEST_F(HxSystemStoredDataTest, BeginningTwiceLeavesFirstFilesUnfinished) {
   const std::string trailer = "End of Mathematica Notebook file.";
   EXPECT_EQ(slurp(file("first.nb")).find(trailer), std::string::npos);
   EXPECT_NE(slurp(file("second.nb")).find(trailer), std::string::npos);
-  EXPECT_EQ(indexColumn("first.csv"), Lines{"0"});
-  EXPECT_EQ(indexColumn("second.csv"), Lines{"1"});
+  const std::string firstCsv = slurp(file("first.csv")), secondCsv = slurp(file("second.csv"));
+  EXPECT_TRUE(firstCsv.find("\n0,0,") != std::string::npos && secondCsv.find("\n0.25,1,") != std::string::npos);
+  EXPECT_TRUE(std::count(firstCsv.begin(), firstCsv.end(), '\n') == 2 &&
+              std::count(secondCsv.begin(), secondCsv.end(), '\n') == 2);
 }
 
-// The form without an index keeps the last index given; the record starts at index 0.
-TEST_F(HxSystemStoredDataTest, FormWithoutIndexRepeatsTheLastOne) {
-  begin(writers(false));
-  scene.captureSample(0);
-  const int indices[] = {-1, 7, -1, -1, 2, -1};
-  for (int i = 0; i < 6; ++i) {
-    if (indices[i] < 0) recorder.saveCapturedData(0.1 * i, scene.capture);
-    if (indices[i] >= 0) recorder.saveCapturedData(0.1 * i, static_cast<unsigned int>(indices[i]), scene.capture);
-  }
+// Without writers, saving makes no file; finishing twice is harmless. A second allocateStorage
+// takes a changed configuration in place: the record is reshaped and the label block follows the
+// new configuration. The form without an index keeps the last index given, also across saves.
+TEST_F(HxSystemStoredDataTest, WithoutWritersNoFileAndReallocatingFollowsAChangedConfiguration) {
+  begin(HxOutputWriterVector());
+  scene.recordAll(recorder);
   recorder.finishSaveToFile();
-  EXPECT_EQ(indexColumn("run.csv"), (Lines{"0", "7", "7", "7", "2", "2"}));
-}
+  recorder.finishSaveToFile();
+  EXPECT_TRUE(fs::is_empty(dir));
 
-// A second allocateStorage takes a changed configuration in place: the record is reshaped and
-// the label block follows the new configuration.
-TEST_F(HxSystemStoredDataTest, ReallocatingFollowsAChangedConfiguration) {
   HxSystemDataCapture smaller;
   ASSERT_TRUE(smaller.addManipulatorDataCaptureType(1, HxSimAnalysis::HxCenterOfMassDataCaptureTypeToken));
   begin(writers(false));
@@ -231,11 +200,13 @@ TEST_F(HxSystemStoredDataTest, ReallocatingFollowsAChangedConfiguration) {
   recorder.beginSaveToFile(file("run"));
   scene.simulation.setCenterOfMass(1, HxVector(0.5, 1.5, -2));
   ASSERT_TRUE(smaller.captureData(scene.simulation));
-  recorder.saveCapturedData(1.5, 3, smaller);
+  recorder.saveCapturedData(1.5, smaller);
+  recorder.saveCapturedData(2, 7, smaller);
+  recorder.saveCapturedData(2.5, smaller);
   recorder.finishSaveToFile();
   EXPECT_EQ(slurp(file("run.csv")),
             "Time,Point Path Index,Manip[1]:Center of Mass:X,Manip[1]:Center of Mass:Y,Manip[1]:Center of Mass:Z\n"
-            "1.5,3,0.5,1.5,-2\n");
+            "1.5,2,0.5,1.5,-2\n2,7,0.5,1.5,-2\n2.5,7,0.5,1.5,-2\n");
 }
 
 // Once the first sample has been written, capturing a sample and saving it through all five
@@ -314,7 +285,9 @@ TEST_F(HxSystemStoredDataEndToEnd, UnopenableFileLeavesOthersIntact) {
   recorder.finishSaveToFile();
   EXPECT_TRUE(messages.records().empty()) << messages.text();
   EXPECT_TRUE(fs::is_empty(dir / "again.xml"));
-  EXPECT_EQ(files("again", {".csv", ".mrd", ".m", ".nb"}), files("run", {".csv", ".mrd", ".m", ".nb"}));
+  for (const std::string extension : {".csv", ".mrd", ".m", ".nb"}) {
+    EXPECT_EQ(slurp(file("again" + extension)), slurp(file("run" + extension))) << extension;
+  }
 }
 
 // Every writer's file equals, byte for byte, its golden file tests/data/recording_two_arms.*:
@@ -361,3 +334,28 @@ assert [[f32(x) for x in r] for r in rows[1:]] == [[float(x) for x in r] for r i
 }
 
 }  // namespace
+
+// The file-state queries: a file that fails (here a disk that is always full) is named with the
+// system's reason and the samples it took before; the other files are unaffected; a flush puts
+// the gathered samples into the files before the save is finished.
+TEST_F(HxSystemStoredDataTest, FileStatesNameTheFailedFile) {
+  fs::create_symlink("/dev/full", file("run.mrd"));
+  begin(writers());
+  EXPECT_EQ(recorder.outputFileCount(), 5u);
+  EXPECT_EQ(recorder.failedOutputFile(), 2);
+  scene.captureSample(0);
+  recorder.saveCapturedData(0.0, 0, scene.capture);
+  const std::uintmax_t before = fs::file_size(file("run.csv"));
+  recorder.flushOutputFiles();
+  EXPECT_GT(fs::file_size(file("run.csv")), before);
+  scene.recordAll(recorder);
+  recorder.finishSaveToFile();
+  for (HxU32 i = 0; i < 5; ++i) {
+    const HxOutputFileState state = recorder.outputFileState(i);
+    EXPECT_TRUE(state.open);
+    EXPECT_EQ(state.failed, i == 2) << i;
+    EXPECT_EQ(state.error, i == 2 ? ENOSPC : 0) << i;
+    EXPECT_EQ(state.samples, i == 2 ? 0u : TwoArmScene::kSamples + 1) << i;
+  }
+  EXPECT_FALSE(recorder.outputFileState(5).open);
+}

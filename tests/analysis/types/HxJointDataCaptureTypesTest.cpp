@@ -29,41 +29,6 @@ void setSources(HxScriptedSimulation& sim) {
   sim.torque(1).setValues({0, 0, 8.5});
 }
 
-// Each simple joint type reads its own source: the dynamics' with dynamics, the control
-// output's without (0: refused, since every source is non-zero); a joint or manipulator past
-// the end of the type's own source gives false and a zero on both paths, also after a filled
-// buffer.
-TEST(HxJointDataCaptureTypes, ReadTheirSourceOnEachPathAndRefuseIndicesPastIt) {
-  HxScriptedSimulation sim(2, 5, 1);
-  setSources(sim);
-  const struct {
-    std::shared_ptr<const HxDataCaptureType> type;
-    double dynamic, kinematic;
-  } rows[] = {{std::make_shared<HxJointPositionDataCaptureType>(), 1.5, 2.5},
-              {std::make_shared<HxJointVelocityDataCaptureType>(), 3.5, 4.5},
-              {std::make_shared<HxJointAccelerationDataCaptureType>(), 5.5, 0},
-              {std::make_shared<HxJointTorqueDataCaptureType>(), 6.5, 0},
-              {std::make_shared<HxControlInputDataCaptureType>(), 7.5, 0},
-              {std::make_shared<HxControlTorqueDataCaptureType>(), 8.5, 0},
-              {std::make_shared<HxControlOutputJointPositionDataCaptureType>(), 2.5, 2.5},
-              {std::make_shared<HxControlOutputJointVelocityDataCaptureType>(), 4.5, 4.5}};
-  for (const auto& row : rows) {
-    for (bool dynamics : {true, false}) {
-      SCOPED_TRACE(row.type->description() + (dynamics ? " dynamic" : " kinematic"));
-      sim.setDynamicsEnabled(dynamics);
-      const double expected = dynamics ? row.dynamic : row.kinematic;
-      EXPECT_EQ(capture(*row.type, sim, 1, 2), Result(expected != 0.0, {expected}));
-      EXPECT_EQ(capture(*row.type, sim, 1, 3), refused(1));
-    }
-  }
-  sim.setDynamicsEnabled(true);
-  sim.mutableManipulatorControlInputs().resize(1);
-  EXPECT_FALSE(rows[4].type->captureData(sim, 1, 2)) << "control input";
-  sim.mutableIndividualSimulators().resize(1);
-  EXPECT_FALSE(rows[2].type->captureData(sim, 1, 2)) << "acceleration";
-  EXPECT_FALSE(rows[3].type->captureData(sim, 1, 2)) << "torque";
-}
-
 // One sample of a finite-difference velocity on a 1-manipulator, 2-joint simulation whose
 // control output gives joint 1 the velocity 7: the control-output time and position of joint
 // 1, the indices asked for, and what the type returns and holds.
@@ -91,10 +56,16 @@ void expectSamples(const HxDataCaptureType& type, const std::vector<Sample>& sam
   }
 }
 
-// Without dynamics the joint velocity is the control output's velocity when the time has not
-// advanced (first sample, repeated time) and the difference quotient of the position when it
-// has; a refused sample does not move the history on; the dynamic path leaves it alone.
-TEST(HxJointDataCaptureTypes, JointVelocityDifferentiatesTheControlOutput) {
+// Each simple joint type reads its own source: the dynamics' with dynamics, the control output's
+// without (0: refused, since every source is non-zero); a joint past the end of the type's own
+// source gives false and a zero on both paths, also after a filled buffer. Without dynamics the
+// joint velocity is the control output's velocity when the time has not advanced (first sample,
+// repeated time) and the difference quotient of the position when it has; a refused sample does not
+// move the history on; the dynamic path leaves it alone. The actual joint velocity always reports
+// false, while its buffer holds the difference quotient (from time 0 and position 0 at the first
+// sample); without a time step it only remembers the position, and a bad index ends the call only
+// on a time step.
+TEST(HxJointDataCaptureTypes, SourcesOnEachPathAndFiniteDifferenceVelocities) {
   expectSamples(HxJointVelocityDataCaptureType(),
                 {{"first sample: the control output's velocity", 0.5, 0.5, 0, 1, true, 7},
                  {"a refused joint keeps time and position", 0.6, 0.9, 0, 2, false, 0},
@@ -104,15 +75,10 @@ TEST(HxJointDataCaptureTypes, JointVelocityDifferentiatesTheControlOutput) {
                  {"the same time: the control output's velocity", 0.6, 0.8, 0, 1, true, 7},
                  {"the next step starts from there: (1.0 - 0.8) / 0.5", 1.1, 1.0, 0, 1, true, 0.4}});
   // Without a control-output velocity for the joint the sample is refused.
-  HxScriptedSimulation sim(1, 2, 0);
-  sim.controlOutputVelocityState(0).setJointVelocities({0.0});
-  EXPECT_FALSE(HxJointVelocityDataCaptureType().captureData(sim, 0, 1));
-}
+  HxScriptedSimulation noVelocity(1, 2, 0);
+  noVelocity.controlOutputVelocityState(0).setJointVelocities({0.0});
+  EXPECT_FALSE(HxJointVelocityDataCaptureType().captureData(noVelocity, 0, 1));
 
-// The actual joint velocity always reports false, while its buffer holds the difference
-// quotient (from time 0 and position 0 at the first sample); without a time step it only
-// remembers the position, and a bad index ends the call only on a time step.
-TEST(HxJointDataCaptureTypes, ActualJointVelocityAlwaysReportsFalse) {
   expectSamples(HxControlOutputActualJointVelocityDataCaptureType(),
                 {{"first sample at 2.0: 1.0 / 2.0", 2.0, 1.0, 0, 1, false, 0.5},
                  {"a step of 0.5: (1.25 - 1.0) / 0.5", 2.5, 1.25, 0, 1, false, 0.5},
@@ -124,6 +90,29 @@ TEST(HxJointDataCaptureTypes, ActualJointVelocityAlwaysReportsFalse) {
                 {{"a step with a bad manipulator returns before taking the time", 1.0, 3.0, 1, 1, false, 0},
                  {"a step with a bad joint too", 1.0, 3.0, 0, 2, false, 0},
                  {"so the step is still from time 0: 3.0 / 1.0", 1.0, 3.0, 0, 1, false, 3}});
+
+  HxScriptedSimulation sim(2, 5, 1);
+  setSources(sim);
+  const struct {
+    std::shared_ptr<const HxDataCaptureType> type;
+    double dynamic, kinematic;
+  } rows[] = {{std::make_shared<HxJointPositionDataCaptureType>(), 1.5, 2.5},
+              {std::make_shared<HxJointVelocityDataCaptureType>(), 3.5, 4.5},
+              {std::make_shared<HxJointAccelerationDataCaptureType>(), 5.5, 0},
+              {std::make_shared<HxJointTorqueDataCaptureType>(), 6.5, 0},
+              {std::make_shared<HxControlInputDataCaptureType>(), 7.5, 0},
+              {std::make_shared<HxControlTorqueDataCaptureType>(), 8.5, 0},
+              {std::make_shared<HxControlOutputJointPositionDataCaptureType>(), 2.5, 2.5},
+              {std::make_shared<HxControlOutputJointVelocityDataCaptureType>(), 4.5, 4.5}};
+  for (const auto& row : rows) {
+    for (bool dynamics : {true, false}) {
+      SCOPED_TRACE(row.type->description() + (dynamics ? " dynamic" : " kinematic"));
+      sim.setDynamicsEnabled(dynamics);
+      const double expected = dynamics ? row.dynamic : row.kinematic;
+      EXPECT_EQ(capture(*row.type, sim, 1, 2), Result(expected != 0.0, {expected}));
+      EXPECT_EQ(capture(*row.type, sim, 1, 3), refused(1));
+    }
+  }
 }
 
 }  // namespace

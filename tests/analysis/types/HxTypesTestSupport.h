@@ -1,5 +1,6 @@
 #pragma once
-// The table of the 21 captured quantities and helpers shared by their tests.
+// The table of the 21 captured quantities and helpers shared by their tests (and, for flag
+// vectors, by the capture and recorder tests).
 
 #include <ostream>
 #include <string>
@@ -17,12 +18,18 @@ inline const Labels kMotionLabels = {"Linear X", "Linear Y", "Linear Z", "Angula
 inline const Labels kPlacementLabels = {"Translation X", "Translation Y", "Translation Z", "Quaternion 0",
                                         "Quaternion 1",  "Quaternion 2",  "Quaternion 3"};
 inline const Labels kForceLabels = {"Force X", "Force Y", "Force Z", "Moment X", "Moment Y", "Moment Z"};
+// clang-format off
+inline const Labels kReachLabels = {
+    "Target Reached", "Translation Error", "Orientation Error", "Desired X", "Desired Y", "Desired Z",
+    "Desired Quaternion 0", "Desired Quaternion 1", "Desired Quaternion 2", "Desired Quaternion 3", "Actual X",
+    "Actual Y", "Actual Z", "Actual Quaternion 0", "Actual Quaternion 1", "Actual Quaternion 2", "Actual Quaternion 3",
+    "Hit Joint Limit", "Hit Singularity", "Collision Occurred"};
+// clang-format on
 
 /// When captureData reports success on a simulation that holds everything it reads.
 enum Succeeds { OnBothPaths, OnlyWithDynamics, Never };
 
-/// One row per class: how to make it, what it must say about itself, and its place among the
-/// creators of HxDataCaptureTypeVector (-1: left out on purpose).
+/// One row per class: how to make it and what it must say about itself.
 struct TypeRow {
   std::string name;  // the token's local name without "DataCaptureType"
   HxXmlObject* (*create)();
@@ -31,15 +38,14 @@ struct TypeRow {
   HxU32 level;
   Labels labels;
   Succeeds succeeds;
-  int creatorOrder;
 };
 
 inline void PrintTo(const TypeRow& type, std::ostream* os) { *os << type.name; }
 
 template <class T>
-TypeRow row(std::string name, const char* description, HxU32 level, Labels labels, Succeeds succeeds, int order) {
+TypeRow row(std::string name, const char* description, HxU32 level, Labels labels, Succeeds succeeds) {
   name[0] = static_cast<char>(name[0] - 'A' + 'a');
-  return TypeRow{name, &T::creator, &T::classToken, description, level, std::move(labels), succeeds, order};
+  return TypeRow{name, &T::creator, &T::classToken, description, level, std::move(labels), succeeds};
 }
 // A row of class Hx<Name>DataCaptureType, whose token's local name is <name>DataCaptureType.
 #define HX_TYPE_ROW(Name, ...) row<Hx##Name##DataCaptureType>(#Name, __VA_ARGS__)
@@ -47,50 +53,28 @@ TypeRow row(std::string name, const char* description, HxU32 level, Labels label
 /// The 21 classes.
 inline std::vector<TypeRow> allTypes() {
   return {
-      HX_TYPE_ROW(BaseAcceleration, "Base Accelerations", 0, kMotionLabels, OnlyWithDynamics, 0),
-      HX_TYPE_ROW(BasePosition, "Base Positions", 0, kPlacementLabels, OnBothPaths, 1),
-      HX_TYPE_ROW(BaseVelocity, "Base Velocities", 0, kMotionLabels, OnBothPaths, 2),
-      HX_TYPE_ROW(CenterOfMass, "Center of Mass", 0, {"X", "Y", "Z"}, OnBothPaths, 3),
-      HX_TYPE_ROW(ManipulatorPower, "Manipulator Power", 0, {"Manipulator Power"}, OnlyWithDynamics, 17),
-      HX_TYPE_ROW(ControlInput, "Control Input", 1, {"Control Input"}, OnlyWithDynamics, -1),
+      HX_TYPE_ROW(BaseAcceleration, "Base Accelerations", 0, kMotionLabels, OnlyWithDynamics),
+      HX_TYPE_ROW(BasePosition, "Base Positions", 0, kPlacementLabels, OnBothPaths),
+      HX_TYPE_ROW(BaseVelocity, "Base Velocities", 0, kMotionLabels, OnBothPaths),
+      HX_TYPE_ROW(CenterOfMass, "Center of Mass", 0, {"X", "Y", "Z"}, OnBothPaths),
+      HX_TYPE_ROW(ManipulatorPower, "Manipulator Power", 0, {"Manipulator Power"}, OnlyWithDynamics),
+      HX_TYPE_ROW(ControlInput, "Control Input", 1, {"Control Input"}, OnlyWithDynamics),
       HX_TYPE_ROW(ControlOutputActualJointVelocity, "Control Output Actual Joint Velocities", 1, {"Joint Velocity"},
-                  Never, -1),
-      HX_TYPE_ROW(ControlOutputJointVelocity, "Control Output Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths,
-                  16),
-      HX_TYPE_ROW(ControlOutputJointPosition, "Control Output Joint Positions", 1, {"Joint Position"}, OnBothPaths, -1),
-      HX_TYPE_ROW(ControlTorque, "Control Torques", 1, {"Control Torque"}, OnlyWithDynamics, 4),
-      HX_TYPE_ROW(ExternalForce, "External Forces", 1, kForceLabels, OnlyWithDynamics, 8),
-      HX_TYPE_ROW(JointAcceleration, "Joint Accelerations", 1, {"Joint Acceleration"}, OnlyWithDynamics, 9),
-      HX_TYPE_ROW(JointPosition, "Joint Positions", 1, {"Joint Position"}, OnBothPaths, 10),
-      HX_TYPE_ROW(JointTorque, "Joint Torques", 1, {"Joint Torque"}, OnlyWithDynamics, 12),
-      HX_TYPE_ROW(JointVelocity, "Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths, 11),
-      HX_TYPE_ROW(MotorPower, "Motor Power", 1, {"Motor Power"}, OnlyWithDynamics, 13),
-      HX_TYPE_ROW(StructuralForce, "Structural Forces", 1, kForceLabels, OnlyWithDynamics, 15),
-      HX_TYPE_ROW(EndEffectorAcceleration, "End Effector Accelerations", 2, kMotionLabels, OnlyWithDynamics, 5),
-      HX_TYPE_ROW(EndEffectorPlacement, "End Effector Placements", 2, kPlacementLabels, OnBothPaths, 6),
-      HX_TYPE_ROW(EndEffectorVelocity, "End Effector Velocities", 2, kMotionLabels, OnBothPaths, 7),
-      HX_TYPE_ROW(ReachTarget, "Reach Target", 2,
-                  {"Target Reached",
-                   "Translation Error",
-                   "Orientation Error",
-                   "Desired X",
-                   "Desired Y",
-                   "Desired Z",
-                   "Desired Quaternion 0",
-                   "Desired Quaternion 1",
-                   "Desired Quaternion 2",
-                   "Desired Quaternion 3",
-                   "Actual X",
-                   "Actual Y",
-                   "Actual Z",
-                   "Actual Quaternion 0",
-                   "Actual Quaternion 1",
-                   "Actual Quaternion 2",
-                   "Actual Quaternion 3",
-                   "Hit Joint Limit",
-                   "Hit Singularity",
-                   "Collision Occurred"},
-                  OnBothPaths, 14),
+                  Never),
+      HX_TYPE_ROW(ControlOutputJointVelocity, "Control Output Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths),
+      HX_TYPE_ROW(ControlOutputJointPosition, "Control Output Joint Positions", 1, {"Joint Position"}, OnBothPaths),
+      HX_TYPE_ROW(ControlTorque, "Control Torques", 1, {"Control Torque"}, OnlyWithDynamics),
+      HX_TYPE_ROW(ExternalForce, "External Forces", 1, kForceLabels, OnlyWithDynamics),
+      HX_TYPE_ROW(JointAcceleration, "Joint Accelerations", 1, {"Joint Acceleration"}, OnlyWithDynamics),
+      HX_TYPE_ROW(JointPosition, "Joint Positions", 1, {"Joint Position"}, OnBothPaths),
+      HX_TYPE_ROW(JointTorque, "Joint Torques", 1, {"Joint Torque"}, OnlyWithDynamics),
+      HX_TYPE_ROW(JointVelocity, "Joint Velocities", 1, {"Joint Velocity"}, OnBothPaths),
+      HX_TYPE_ROW(MotorPower, "Motor Power", 1, {"Motor Power"}, OnlyWithDynamics),
+      HX_TYPE_ROW(StructuralForce, "Structural Forces", 1, kForceLabels, OnlyWithDynamics),
+      HX_TYPE_ROW(EndEffectorAcceleration, "End Effector Accelerations", 2, kMotionLabels, OnlyWithDynamics),
+      HX_TYPE_ROW(EndEffectorPlacement, "End Effector Placements", 2, kPlacementLabels, OnBothPaths),
+      HX_TYPE_ROW(EndEffectorVelocity, "End Effector Velocities", 2, kMotionLabels, OnBothPaths),
+      HX_TYPE_ROW(ReachTarget, "Reach Target", 2, kReachLabels, OnBothPaths),
   };
 }
 
@@ -101,9 +85,6 @@ inline std::vector<double> values(const HxDataCaptureType& type) {
   return result;
 }
 
-/// The buffer of a refused capture with `n` columns.
-inline std::vector<double> zeros(HxU32 n) { return std::vector<double>(n, 0.0); }
-
 /// What captureData returned and what the buffer then holds, compared in one assertion.
 using Result = std::pair<bool, std::vector<double>>;
 inline Result capture(const HxDataCaptureType& type, const HxSystemSimulation& sim, HxU32 m, HxU32 element) {
@@ -111,7 +92,7 @@ inline Result capture(const HxDataCaptureType& type, const HxSystemSimulation& s
   return {ok, values(type)};
 }
 inline Result captured(std::vector<double> buffer) { return {true, std::move(buffer)}; }
-inline Result refused(HxU32 columns) { return {false, zeros(columns)}; }
+inline Result refused(HxU32 columns) { return {false, std::vector<double>(columns)}; }
 
 /// A disable-flag vector holding `values`.
 inline HxDataCaptureType::FlagVector flags(const std::vector<bool>& values) {

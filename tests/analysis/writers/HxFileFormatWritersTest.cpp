@@ -1,10 +1,14 @@
-// The file formats where the recorder's golden files (tests/data/recording_two_arms.*) do not
-// reach: labels with commas and quotes, single-string rows, recordings without samples,
-// unfinished saves, components of another kind, and the MRD total's 32-bit wrap.
+// What every writer shares (format descriptor, comparison by class, file opening) and the writer
+// vector's lookup; and the file formats where the recorder's golden files
+// (tests/data/recording_two_arms.*) do not reach: labels with commas and quotes, single-string
+// rows, recordings without samples, unfinished saves, components of another kind, and the MRD
+// total's 32-bit wrap. (Element names, extensions and the vector's XML form are pinned by the
+// golden files and the example configuration's round trip.)
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -13,94 +17,103 @@
 #include "analysis/writers/HxMathematicaOutputWriter.h"
 #include "analysis/writers/HxMatlabOutputWriter.h"
 #include "analysis/writers/HxMrdOutputWriter.h"
+#include "analysis/writers/HxOutputWriterVector.h"
 #include "analysis/writers/HxTextOutputWriter.h"
+#include "analysis/writers/HxXmlOutputWriter.h"
+#include "analysis/xml/HxSimAnalysisTokens.h"
 #include "tests/analysis/writers/HxWriterTestSupport.h"
+#include "tests/support/HxScopedTempDir.h"
 
 namespace {
+
+std::string slurp(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+// Each writer names its format, and compares equal to the writers of its class only; the vector
+// finds a writer by token (an empty one none). openFile replaces an existing file; on a stream
+// already open it changes nothing, not even for another name. (A file that cannot be opened is
+// pinned by the recorder's test.)
+TEST(HxBaseOutputWriter, DescriptorComparisonAndFileOpening) {
+  HxOutputWriterVector writers;
+  writers.pushBack(HxTextOutputWriter());
+  writers.pushBack(HxXmlOutputWriter());
+  writers.pushBack(HxMrdOutputWriter());
+  writers.pushBack(HxMatlabOutputWriter());
+  writers.pushBack(HxMathematicaOutputWriter());
+  const char* const descriptors[] = {"Comma-Delimited Text", "XML", "MRD", "MATLAB", "Mathematica"};
+  for (HxU32 i = 0; i < 5; ++i) {
+    EXPECT_EQ(writers[i].formatDescriptor(), descriptors[i]);
+    const std::unique_ptr<HxXmlObject> fresh(writers[i].newObject());
+    EXPECT_TRUE(writers[i].equality(fresh.get()) && !writers[i].equality(&writers[(i + 1) % 5])) << i;
+  }
+  EXPECT_TRUE(writers.isWriterIncluded(HxMathematicaOutputWriter::classToken()));
+  EXPECT_FALSE(HxOutputWriterVector().isWriterIncluded(HxTextOutputWriter::classToken()) ||
+               writers.isWriterIncluded(HxSimAnalysis::HxOutputWriterVectorToken));
+
+  const HxScopedTempDir dir("writer-open");
+  dir.write("run.mrd", "old content that must go");
+  HxMrdOutputWriter mrd;
+  HxTextOutputWriter text;
+  std::ofstream stream;
+  mrd.openFile(dir.file("run.mrd"), stream);
+  ASSERT_TRUE(stream.is_open() && stream.good());
+  stream << "a\nb";
+  stream.setstate(std::ios::eofbit);  // a state flag that a second open must not clear
+  text.openFile(dir.file("second.csv"), stream);
+  EXPECT_TRUE(stream.eof() && !std::filesystem::exists(dir.file("second.csv")));
+  stream.clear();
+  stream.close();
+  EXPECT_EQ(slurp(dir.file("run.mrd")), "a\nb");
+}
 
 using namespace HxWriterTest;
 
 std::string mrdHeader(const std::string& fields) { return fields + std::string(80 - fields.size(), ' ') + "\n"; }
 
-// Whole recordings in the recorder's calling order, byte for byte.
+// Whole recordings in the recorder's calling order, byte for byte: CSV does not quote a comma
+// inside a label; MATLAB writes one string per row without doubling a quote (here unfinished);
+// no samples in MATLAB, MRD and Mathematica.
 TEST(HxFileFormatWriters, EdgeCasesByteForByte) {
-  const struct {
-    const char* what;
-    std::function<std::unique_ptr<HxBaseOutputWriter>()> make;
-    std::vector<std::string> labels;
-    std::vector<std::vector<std::string>> samples;
-    bool finish;
-    std::string expected;
-  } rows[] = {
-      {"CSV: a comma inside a label is not quoted",
-       [] { return std::make_unique<HxTextOutputWriter>(); },
-       {"a,b", "c"},
-       {{"7"}},
-       true,
-       "a,b,c\n7\n"},
-      {"MATLAB: one string per row, a quote not doubled, unfinished",
-       [] { return std::make_unique<HxMatlabOutputWriter>(); },
-       {"it's"},
-       {{"1"}},
-       false,
-       "Description=[\n'it's'\n];\nData=[\n1;\n"},
-      {"MATLAB: no samples",
-       [] { return std::make_unique<HxMatlabOutputWriter>(); },
-       {"Time", "x"},
-       {},
-       true,
-       "Description=[\n'Time'\t'x'\n];\nData=[\n];\n"},
-      {"MRD: no samples",
-       [] { return std::make_unique<HxMrdOutputWriter>(); },
-       {"Time", "x"},
-       {},
-       true,
-       mrdHeader("0\t2\t0\t1000") + "Time  -  x  -\n\n\n"},
-      {"Mathematica: no samples",
-       [] { return std::make_unique<HxMathematicaOutputWriter>(); },
-       {"Time", "Point Path Index"},
-       {},
-       true,
-       HxMathematicaOutputWriter::headerText() + "{\"Time\" ,\"Point Path Index\"}\n" +
-           HxMathematicaOutputWriter::trailerText()},
-  };
-  for (const auto& row : rows) {
-    const std::unique_ptr<HxBaseOutputWriter> writer = row.make();
-    EXPECT_EQ(recorded(*writer, row.labels, row.samples, row.finish), row.expected) << row.what;
-  }
+  HxTextOutputWriter text;
+  HxMatlabOutputWriter matlab, emptyMatlab;
+  HxMrdOutputWriter mrd;
+  HxMathematicaOutputWriter notebook;
+  const FakeComponent seven = sample({"7"}), one = sample({"1"});
+  EXPECT_EQ(recorded(text, labels({"a,b", "c"}), {&seven}), "a,b,c\n7\n");
+  EXPECT_EQ(recorded(matlab, labels({"it's"}), {&one}, false), "Description=[\n'it's'\n];\nData=[\n1;\n");
+  EXPECT_EQ(recorded(emptyMatlab, labels({"Time", "x"}), {}), "Description=[\n'Time'\t'x'\n];\nData=[\n];\n");
+  EXPECT_EQ(recorded(mrd, labels({"Time", "x"}), {}), mrdHeader("0\t2\t0\t1000") + "Time  -  x  -\n\n\n");
+  EXPECT_EQ(recorded(notebook, labels({"Time", "Point Path Index"}), {}), HxMathematicaOutputWriter::headerText() +
+                                                                              "{\"Time\" ,\"Point Path Index\"}\n" +
+                                                                              HxMathematicaOutputWriter::trailerText());
 }
 
 // Mathematica closes an empty row or one of another kind with "}"; MATLAB writes nothing for
-// another kind but its closing "];".
-TEST(HxFileFormatWriters, ComponentsOfAnotherKind) {
+// another kind but its closing "];". Any kind other than labels counts as an MRD sample but
+// writes no bytes; the MRD header's total wraps in 32 bits.
+TEST(HxFileFormatWriters, ComponentsOfAnotherKindAndTheMrdCountsWrap) {
   HxMathematicaOutputWriter notebook;
-  std::ostringstream rows;
+  std::ostringstream rows, matlabRows, mrdRows;
   for (const FakeComponent& c : {labels({}), FakeComponent(7, {"a", "b"}), sample({"9"})}) {
     notebook.writeDataComponent(c, rows);
   }
   EXPECT_EQ(rows.str(), "}\n}\n,{9}\n");
-
   HxMatlabOutputWriter matlab;
-  std::ostringstream out;
   const FakeComponent other(5, {"a", "b"});
-  matlab.writeComponentOpening(other, out);
-  matlab.writeDataComponent(other, out);
-  matlab.writeComponentClosing(other, out);
-  EXPECT_EQ(out.str(), "];\n");
-}
+  matlab.writeComponentOpening(other, matlabRows);
+  matlab.writeDataComponent(other, matlabRows);
+  matlab.writeComponentClosing(other, matlabRows);
+  EXPECT_EQ(matlabRows.str(), "];\n");
 
-// Any kind other than labels counts as an MRD sample but writes no bytes; the header's total
-// wraps in 32 bits.
-TEST(HxFileFormatWriters, MrdCountsWrap) {
-  const HxSystemDataVector data;
-  HxMrdOutputWriter writer;
-  std::ostringstream out;
-  writer.writeDataComponent(labels(std::vector<std::string>(65536)), out);
-  const std::string::size_type labelBytes = out.str().size();
-  for (int i = 0; i < 65537; ++i) writer.writeDataComponent(FakeComponent(9, {"1", "2"}), out);
-  EXPECT_EQ(out.str().size(), labelBytes);
+  HxMrdOutputWriter mrd;
+  mrd.writeDataComponent(labels(std::vector<std::string>(65536)), mrdRows);
+  const std::string::size_type labelBytes = mrdRows.str().size();
+  for (int i = 0; i < 65537; ++i) mrd.writeDataComponent(FakeComponent(9, {"1", "2"}), mrdRows);
+  EXPECT_EQ(mrdRows.str().size(), labelBytes);
   std::ostringstream patched(mrdHeader(""));
-  writer.finalize(data, patched);
+  mrd.finalize(HxSystemDataVector(), patched);
   EXPECT_EQ(patched.str(), mrdHeader("65536\t65536\t65537\t1000"));  // 65536 x 65537 mod 2^32
 }
 

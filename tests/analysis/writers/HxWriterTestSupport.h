@@ -1,6 +1,6 @@
 #pragma once
-// Helpers shared by the writer tests: a component with chosen strings (optionally also as a text
-// block), and the recorder's calling order replayed on a stream.
+// Helpers shared by the writer tests: a component with chosen strings, and the recorder's calling
+// order replayed on a stream.
 
 #include <ostream>
 #include <sstream>
@@ -14,25 +14,13 @@
 
 namespace HxWriterTest {
 
-/// A system data component of a chosen kind whose string elements are given; with `block` it
-/// also offers them as a text block, laid out as `HxElementText` describes.
-class FakeComponent : public HxBaseSystemDataComponent, public HxElementSource {
+/// A system data component of a chosen kind whose string elements are given (no text block).
+class FakeComponent : public HxBaseSystemDataComponent {
  public:
-  FakeComponent(unsigned int kind, std::vector<std::string> strings, bool block = false)
-      : kind_(kind), block_(block), strings_(std::move(strings)) {}
+  FakeComponent(unsigned int kind, std::vector<std::string> strings) : kind_(kind), strings_(std::move(strings)) {}
 
   unsigned int type() const override { return kind_; }
   void getStringElements(std::vector<std::string>& elements) const override { elements = strings_; }
-  const HxElementText* elementText() const override {
-    if (!block_) return nullptr;
-    chars_.clear();
-    offsets_.assign(1, 0);
-    for (const std::string& s : strings_) offsets_.push_back(static_cast<HxU32>((chars_ += s + ",").size()));
-    text_ = {chars_.data(), offsets_.data(), strings_.size()};
-    return &text_;
-  }
-  const HxElementValues* elementValues() const override { return nullptr; }
-
   HxXmlObject* clone() const override { return new FakeComponent(*this); }
   HxXmlObject* newObject() const override { return new FakeComponent(kind_, {}); }
   HxBoolean equality(const HxXmlObject* other) const override { return other == this; }
@@ -43,11 +31,7 @@ class FakeComponent : public HxBaseSystemDataComponent, public HxElementSource {
 
  private:
   unsigned int kind_;
-  bool block_;
   std::vector<std::string> strings_;
-  mutable std::string chars_;
-  mutable std::vector<HxU32> offsets_;
-  mutable HxElementText text_;
 };
 
 /// Labels (kind 0) and samples (kind 1).
@@ -72,16 +56,6 @@ inline std::string recorded(HxBaseOutputWriter& writer, const HxBaseSystemDataCo
     writer.finalize(data, stream);
   }
   return stream.str();
-}
-
-/// The same for label and sample texts.
-inline std::string recorded(HxBaseOutputWriter& writer, std::vector<std::string> labelTexts,
-                            const std::vector<std::vector<std::string>>& samples, bool finish = true) {
-  std::vector<FakeComponent> components;
-  for (const std::vector<std::string>& values : samples) components.push_back(sample(values));
-  std::vector<const HxBaseSystemDataComponent*> pointers;
-  for (const FakeComponent& c : components) pointers.push_back(&c);
-  return recorded(writer, labels(std::move(labelTexts)), pointers, finish);
 }
 
 }  // namespace HxWriterTest

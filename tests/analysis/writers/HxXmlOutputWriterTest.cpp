@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <memory>
 #include <sstream>
 #include <string>
 
@@ -19,11 +18,13 @@
 
 namespace {
 
-// A configuration of centre of mass (manipulator 0) and power (manipulator 1), and its record.
+// A configuration of centre of mass (manipulator 0) and power (manipulator 1), or with
+// `powerFirst` the other way round, and its record.
 struct Recording {
-  Recording() {
-    EXPECT_TRUE(capture.addManipulatorDataCaptureType(0, HxSimAnalysis::HxCenterOfMassDataCaptureTypeToken));
-    EXPECT_TRUE(capture.addManipulatorDataCaptureType(1, HxSimAnalysis::HxManipulatorPowerDataCaptureTypeToken));
+  explicit Recording(bool powerFirst = false) {
+    const HxToken* tokens[] = {&HxSimAnalysis::HxCenterOfMassDataCaptureTypeToken,
+                               &HxSimAnalysis::HxManipulatorPowerDataCaptureTypeToken};
+    for (HxU32 m = 0; m < 2; ++m) EXPECT_TRUE(capture.addManipulatorDataCaptureType(m, *tokens[(m + powerFirst) % 2]));
     capture.allocateStorage(storage);
   }
   HxSystemDataCapture capture;
@@ -32,9 +33,10 @@ struct Recording {
 
 // Samples after the first of a shape are written from a template; the document is byte for
 // byte what the framework writes element by element (root count deliberately 0), across value
-// changes (long, short, negative, inf and nan texts), a change of shape and another kind.
+// changes (long, short, negative, inf and nan texts), changes of shape (also to one of as many
+// values and quantities in other sizes) and another kind.
 TEST(HxXmlOutputWriter, TemplateWritesWhatTheFrameworkWrites) {
-  Recording r, other;
+  Recording r, swapped(true), other;
   ASSERT_TRUE(other.capture.addLinkDataCaptureType(2, "wrist", HxSimAnalysis::HxExternalForceDataCaptureTypeToken));
   ASSERT_TRUE(other.capture.addManipulatorDataCaptureType(0, HxSimAnalysis::HxBasePositionDataCaptureTypeToken));
   other.capture.allocateStorage(other.storage);
@@ -66,6 +68,7 @@ TEST(HxXmlOutputWriter, TemplateWritesWhatTheFrameworkWrites) {
     other.storage.setTime(i);
     other.storage.setSpecificLinkLevelData(2, 0, 0, 5, 1.0 / (i + 7));
     both(other.storage);
+    both(swapped.storage);
   }
   both(r.capture);
   both(r.storage);

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <regex>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,7 +15,6 @@
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlReader.h"
 #include "framework/HxXmlSerialisable.h"
-#include "framework/HxXmlWriter.h"
 #include "tests/framework/HxFrameworkTestTypes.h"
 
 namespace HxXmlTest {
@@ -28,10 +26,7 @@ inline constexpr char kSquare[] = "square";
 inline constexpr char kTriangle[] = "triangle";
 inline constexpr char kShapes[] = "shapes";
 
-using HxFrameworkTest::holdsInOrder;
-using HxFrameworkTest::nameToken;
-using HxFrameworkTest::readFromString;
-using HxFrameworkTest::writeToString;
+using namespace HxFrameworkTest;  // documents to and from strings, class tokens
 
 /// A compound with a few scalar members, the element of the compound vectors under test.
 class Point : public HxXmlCompoundType {
@@ -112,37 +107,6 @@ void expectReadsBack(const T& written, const std::string& text, const HxXmlObjec
   T read;
   EXPECT_TRUE(readFromString(read, text, factory) && read == written) << text;
   EXPECT_EQ(capture.text(), "");
-}
-
-/// The document that the streaming interface writes for `vector` with `appended` appended after
-/// its body; "" when a step fails.
-template <class Vector, class Element>
-std::string streamed(const Vector& vector, const Element& appended) {
-  std::ostringstream stream;
-  HxXmlWriter* writer = nullptr;
-  const bool written = vector.writeHeaderToStream(stream, writer, "recording", "samples") &&
-                       vector.writeBodyToStream(writer) && vector.appendElementToStream(writer, appended) &&
-                       vector.writeFooterToStream(writer);
-  return written && writer == nullptr ? stream.str() : std::string();
-}
-
-/// Expects a failed stream (`state`) to create no writer and every streaming step to refuse a
-/// null writer.
-template <class Vector, class Element>
-void expectStreamingRefusals(const Vector& vector, const Element& element, std::ios::iostate state) {
-  std::ostringstream failed;
-  failed.setstate(state);
-  HxXmlWriter* writer = nullptr;
-  EXPECT_FALSE(vector.writeHeaderToStream(failed, writer, "x", "x") || writer != nullptr ||
-               vector.writeBodyToStream(nullptr) || vector.appendElementToStream(nullptr, element) ||
-               vector.writeFooterToStream(writer));
-}
-
-/// How often `what` occurs in `text`.
-inline std::size_t occurrences(const std::string& text, const std::string& what) {
-  std::size_t count = 0;
-  for (std::size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) ++count;
-  return count;
 }
 
 /// The captured messages as one text, each "type function: text|", where the function is the

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -46,7 +45,6 @@ TEST(HxXmlVariableVectorType, EditingMessagesAndAsymmetries) {
   EXPECT_EQ(messages(capture), "4" + kClass + "exchange(HxU32, const ElementType&): " + kText +
                                    "exchange: bad index, 5\n|4" + kClass + "erase(HxU32): " + kText +
                                    "erase: bad index, 3\n|" + range + "1/1\n|" + range + "0/4\n|");
-  EXPECT_NE(capture.records()[0].context.find("ElementType = HxXmlTest::Shape"), std::string::npos);
   EXPECT_EQ(labels(vector), "csd");
 
   // operator[] reports a null slot or an index past the end and still returns slot 0; the
@@ -77,9 +75,12 @@ TEST(HxXmlVariableVectorType, EditingMessagesAndAsymmetries) {
   EXPECT_EQ(messages(capture), "");
 }
 
-// Copies are deep; comparison goes element by element through equality(), so another class
-// with the same members, a null slot or a foreign object compares unequal.
-TEST(HxXmlVariableVectorType, CopyAndComparison) {
+// Copies are deep; comparison goes element by element through equality(), so another class with the
+// same members, a null slot or a foreign object compares unequal. Elements are written under their
+// own tokens and read back by token (creator first, then the reader's factory) without a message; a
+// null slot counts but is not written. (The streaming interface is pinned by the XML writer's
+// golden file; here only its refusal of a null writer.)
+TEST(HxXmlVariableVectorType, CopiesComparisonAndRoundTripByToken) {
   const ShapeVector source = threeShapes();
   ShapeVector copy(source);
   EXPECT_TRUE(copy == source && &copy[0] != &source[0]);
@@ -91,30 +92,27 @@ TEST(HxXmlVariableVectorType, CopyAndComparison) {
   const HxXmlBasicType<double> foreign;
   EXPECT_FALSE(assigned == source || ShapeVector(1) == ShapeVector(1) || source.equality(nullptr) ||
                source.equality(&foreign));
-}
 
-// Elements are written under their own tokens and read back by token (creator first, then the
-// reader's factory) without a message; a null slot counts but is not written.
-TEST(HxXmlVariableVectorType, RoundTripByToken) {
   ShapeVector vector(1);
   vector.pushBack(Circle("c", 1.5));
   vector.pushBack(Square("s", 2));
   const std::string text = writeToString(vector, "shapes");
-  EXPECT_TRUE(text.find(" count=\"3\">") != std::string::npos &&
-              occurrences(text, "<circle>") + occurrences(text, "<square>") == 2u)
-      << text;
+  EXPECT_NE(text.find(" count=\"3\">"), std::string::npos) << text;
   vector.erase(0);
   expectReadsBack(vector, text);
 
   const TriangleFactory factory;
   vector.pushBack(Triangle("t", 3));
   expectReadsBack(vector, writeToString(vector, "shapes"), &factory);
+  EXPECT_FALSE(vector.writeBodyToStream(nullptr) || vector.appendElementToStream(nullptr, Circle()));
 }
 
-// The count attribute comes before the library list here (the homogeneous vector writes its
-// base first); the list (names with blanks and quotes) reads back and is checked against the
-// registered libraries.
-TEST(HxXmlVariableVectorType, LibraryListAndCountOrder) {
+// The count attribute comes before the library list here (the homogeneous vector writes its base
+// first); the list (names with blanks and quotes) reads back and is checked against the registered
+// libraries. Counts that cannot be reserved are reported (type 4) and reading goes on; a large
+// count that can be reserved reserves only a bounded amount ahead; the count is never checked
+// against the elements read; a truncated document fails.
+TEST(HxXmlVariableVectorType, CountLibrariesAndHostileCounts) {
   HxXmlBaseVariableCompoundType::registerLibrary("lib \"Hx\" Shapes");
   ShapeVector vector = threeShapes();
   vector.setAddLibraries({"lib \"Hx\" Shapes"});
@@ -131,6 +129,21 @@ TEST(HxXmlVariableVectorType, LibraryListAndCountOrder) {
   EXPECT_EQ(messages(capture),
             "4 HxXmlBaseVariableCompoundType::processLibraries(): "
             "HxXmlBaseVariableCompoundType Error: library \"libHxMissing\" is not available.\n|");
+
+  capture.clear();
+  ShapeVector read;
+  std::string expected;
+  for (const std::string count : {"-5", "99999999999", "2000000000", "1073741824"}) {
+    EXPECT_TRUE(readFromString(read, "<shapes count=\"" + count + "\"><circle/><square/></shapes>"));
+    EXPECT_EQ(read.size(), 2u) << count;
+    expected += "4" + kClass + "read(HxXmlReader&): HxXmlVariableVectorType::read() error: count attribute \"" + count +
+                "\" cannot be reserved.\n|";
+  }
+  EXPECT_TRUE(readFromString(read, "<shapes count=\"1073741823\"><circle/></shapes>"));
+  EXPECT_LE(read.vectorContainer().capacity() * sizeof(Shape*), HxXmlCountAttribute::maxReservedBytes);
+  EXPECT_TRUE(readFromString(read, "<shapes count=\"7\"/>") && read.size() == 0u);
+  EXPECT_EQ(messages(capture), expected);
+  EXPECT_FALSE(readFromString(read, "<shapes count=\"2\"><circle><label>c</label>"));
 }
 
 // A token without a creator (or whose creator makes no shape, or only a factory knows) fails
@@ -148,38 +161,6 @@ TEST(HxXmlVariableVectorType, UnknownTokenFailsTheRead) {
                                      "HxXmlVariableVectorType::readValueFromToken() error:\n\t\"" +
                                      tag + "\" tag not registered.\n|");
   }
-}
-
-// Counts that cannot be reserved are reported (type 4) and reading goes on; a large count that
-// can be reserved reserves only a bounded amount ahead; the count is never checked against the
-// elements read; broken documents fail.
-TEST(HxXmlVariableVectorType, HostileCountAttributes) {
-  Hx::ScopedPrintCapture capture;
-  ShapeVector read;
-  std::string expected;
-  for (const std::string count : {"-5", "99999999999", "2000000000", "1073741824"}) {
-    EXPECT_TRUE(readFromString(read, "<shapes count=\"" + count + "\"><circle/><square/></shapes>"));
-    EXPECT_EQ(read.size(), 2u) << count;
-    expected += "4" + kClass + "read(HxXmlReader&): HxXmlVariableVectorType::read() error: count attribute \"" + count +
-                "\" cannot be reserved.\n|";
-  }
-  EXPECT_TRUE(readFromString(read, "<shapes count=\"1073741823\"><circle/></shapes>"));
-  EXPECT_LE(read.vectorContainer().capacity() * sizeof(Shape*), HxXmlCountAttribute::maxReservedBytes);
-  EXPECT_TRUE(readFromString(read, "<shapes count=\"7\"/>") && read.size() == 0u);
-  EXPECT_EQ(messages(capture), expected);
-  EXPECT_FALSE(readFromString(read, "<shapes count=\"2\"><circle><label>c</label>") ||
-               readFromString(read, "<shapes><circle></square></shapes>"));
-}
-
-// The streaming interface writes each element under its own token with the header-time count
-// and reads back without a message; a failed stream or a null writer is refused.
-TEST(HxXmlVariableVectorType, Streaming) {
-  ShapeVector vector = threeShapes();
-  const std::string text = streamed(vector, Square("e", 5));
-  EXPECT_NE(text.find(" count=\"3\">"), std::string::npos) << text;
-  vector.pushBack(Square("e", 5));
-  expectReadsBack(vector, text);
-  expectStreamingRefusals(vector, Circle(), std::ios::badbit);
 }
 
 }  // namespace

@@ -15,7 +15,8 @@ namespace {
 using namespace hxmujocotest;
 
 // Query q of the kinematics: placement, velocity, acceleration of end effector q % 2 for q / 2
-// = 0, 1, 2; centre of mass for q = 6. The numbers it answers, none when it fails.
+// = 0, 1, 2; centre of mass for q = 6. All numbers written (those of the other queries stay
+// neutral), none when it fails.
 constexpr int kQueries = 7;
 using Answer = std::vector<double>;
 
@@ -24,22 +25,14 @@ Answer ask(const HxManipulatorKinematics& kinematics, int query, const HxManipul
   HxEndEffectorPlacement p;
   HxGeneralMotion m;
   HxVector c;
-  switch (query / 2) {
-    case 0:
-      if (!kinematics.endEffectorPlacement(e, state, p)) return {};
-      return {p.translation()[0], p.translation()[1], p.translation()[2], p.orientation()[0],
-              p.orientation()[1], p.orientation()[2], p.orientation()[3]};
-    case 1:
-      if (!kinematics.endEffectorVelocity(e, state, m)) return {};
-      break;
-    case 2:
-      if (!kinematics.endEffectorAcceleration(e, state, m)) return {};
-      break;
-    default:
-      if (!kinematics.centerOfMass(state, c)) return {};
-      return {c[0], c[1], c[2]};
-  }
-  return {m[0], m[1], m[2], m[3], m[4], m[5]};
+  const bool answered = query < 2   ? kinematics.endEffectorPlacement(e, state, p)
+                        : query < 4 ? kinematics.endEffectorVelocity(e, state, m)
+                        : query < 6 ? kinematics.endEffectorAcceleration(e, state, m)
+                                    : kinematics.centerOfMass(state, c);
+  if (!answered) return {};
+  const HxVector& t = p.translation();
+  const HxOrientation& o = p.orientation();
+  return {t[0], t[1], t[2], o[0], o[1], o[2], o[3], m[0], m[1], m[2], m[3], m[4], m[5], c[0], c[1], c[2]};
 }
 
 // The state of `n` joints with inputs `x`, in order: joint positions, base translation and

@@ -14,18 +14,14 @@ namespace {
 
 using namespace hxmujocotest;
 
-// Load failures are results with a message, never crashes; the simulation is then empty.
+// Load failures are results with a message, never crashes; the simulation is then empty. (A
+// file the engine refuses is in hxrecord's failure table.)
 TEST_F(MujocoTest, LoadFailuresReportAClearMessage) {
   HxMujocoSimulation sim;
   Hx::ScopedPrintCapture capture;
   double energy = -1.0;
-  EXPECT_FALSE(sim.mechanicalEnergy(energy));
+  EXPECT_FALSE(sim.mechanicalEnergy(energy) || sim.step() || sim.isLoaded());
   EXPECT_EQ(energy, 0.0);
-  EXPECT_FALSE(sim.loadFile("/nonexistent/model.xml"));
-  EXPECT_EQ(sim.lastError().rfind("cannot load model '/nonexistent/model.xml': ", 0), 0u) << sim.lastError();
-  EXPECT_FALSE(sim.isLoaded());
-  EXPECT_FALSE(sim.step());
-
   EXPECT_FALSE(sim.loadString("<mujoco><worldbody><body></mujoco>"));
   EXPECT_EQ(sim.lastError().rfind("cannot load model text: ", 0), 0u) << sim.lastError();
 
@@ -35,55 +31,50 @@ TEST_F(MujocoTest, LoadFailuresReportAClearMessage) {
   EXPECT_EQ(sim.lastError(),
             "cannot load model text: body \"b\" carries 2 joint(s) of which not all are hinge or slide; "
             "a link carries exactly one hinge or slide joint");
-  EXPECT_EQ(sim.numberOfManipulators(), 0u);
-  ASSERT_EQ(capture.records().size(), 3u);
-  EXPECT_EQ(capture.records()[2].type, Hx::Print::Error);
+  EXPECT_FALSE(sim.numberOfManipulators() != 0u || sim.step());
+  ASSERT_EQ(capture.records().size(), 2u);
+  EXPECT_EQ(capture.records()[1].type, Hx::Print::Error);
 }
 
-// Manipulators, end effectors, drives and path points follow the model conventions.
+// Drives follow the model conventions: the actuator's gear, and a DC motor where the actuator
+// gives an efficiency. (Names are in hxrecord's failure messages, path points in the reaching
+// test below.)
 TEST_F(MujocoTest, DefaultSceneFollowsTheModelConventions) {
   HxMujocoSimulation sim;
   ASSERT_TRUE(sim.loadFile(kDefaultScene)) << sim.lastError();
   ASSERT_EQ(sim.numberOfManipulators(), 2u);
-  const char* sides[] = {"left", "right"};
   const double gears[] = {100, 150, 100, 50, 50, 30};
   for (HxU32 m = 0; m < 2; ++m) {
-    const std::string side = sides[m];
-    EXPECT_EQ(sim.manipulatorName(m), side + "_base");
-    const HxIndividualManipulator& manipulator = sim.manipulators()[m];
-    ASSERT_EQ(manipulator.jointCount(), 6u);
+    ASSERT_EQ(sim.manipulators()[m].jointCount(), 6u);
     for (HxU32 j = 0; j < 6; ++j) {
-      EXPECT_EQ(manipulator.jointDrive(j).scaleFactor(), gears[j]);
-      const auto* motor = dynamic_cast<const HxDcElectricMotor*>(manipulator.jointDrive(j).powerConverter());
+      const HxJointDrive& drive = sim.manipulators()[m].jointDrive(j);
+      const auto* motor = dynamic_cast<const HxDcElectricMotor*>(drive.powerConverter());
       ASSERT_NE(motor, nullptr);
+      EXPECT_EQ(drive.scaleFactor(), gears[j]);
       EXPECT_DOUBLE_EQ(motor->divisor(), gears[j] * 0.85);
     }
-    EXPECT_EQ(sim.endEffectorName(m, 0), side + "_tool");
-    EXPECT_EQ(sim.endEffectorName(m, 1), side + "_probe");
-    EXPECT_EQ(sim.pathPoints(m).size(), 4u);
   }
-  EXPECT_EQ(sim.manipulatorName(2), "");
-  EXPECT_EQ(sim.endEffectorName(1, 2), "");
+  EXPECT_TRUE(sim.manipulatorName(2).empty() && sim.endEffectorName(1, 2).empty());
   double energy = -1.0;
   EXPECT_FALSE(sim.mechanicalEnergy(energy));  // the scene does not enable the engine's energy
   EXPECT_EQ(energy, 0.0);
 
-  // A joint without actuator has a plain drive; an actuator without efficiency is no motor.
+  // An actuator without an efficiency gives a plain drive of its gear, no motor.
   ASSERT_TRUE(sim.loadString(kPlanarArm));
   EXPECT_NE(dynamic_cast<const HxDcElectricMotor*>(sim.manipulators()[0].jointDrive(0).powerConverter()), nullptr);
   EXPECT_EQ(sim.manipulators()[0].jointDrive(1).powerConverter(), nullptr);
   EXPECT_EQ(sim.manipulators()[0].jointDrive(1).scaleFactor(), 20.0);
 }
 
-// Joint velocities are the derivatives of joint positions, end-effector accelerations those of
-// the end-effector velocities.
+// Joint velocities are the derivatives of joint positions, joint accelerations those of the
+// joint velocities.
 TEST_P(MujocoModeTest, MotionsAgreeWithFiniteDifferences) {
   HxMujocoSimulation sim;
   ASSERT_TRUE(sim.loadFile(kDefaultScene, GetParam()));
   const double dt = sim.timestep();
   for (int step = 0; step < 200; ++step) ASSERT_TRUE(sim.step());  // moving fast by now
   std::vector<HxManipulatorActiveState> states;
-  for (int step = 0; step < 3; ++step) {
+  for (int step = 0; step < 2; ++step) {
     states.push_back(sim.activeStates()[0]);
     ASSERT_TRUE(sim.step());
   }
@@ -104,19 +95,9 @@ TEST_P(MujocoModeTest, MotionsAgreeWithFiniteDifferences) {
   }
   EXPECT_GT(fastest, 0.05);
 
-  // End-effector acceleration (dynamic path only): difference of velocities. A fixed base does
-  // not accelerate (gravity is not an acceleration).
-  if (GetParam() == Mode::Dynamic) {
-    const HxIndividualManipulator& manipulator = sim.manipulators()[0];
-    HxGeneralMotion v1, v2, acceleration;
-    ASSERT_TRUE(manipulator.endEffector(0).velocity(manipulator, states[1], v1));
-    ASSERT_TRUE(manipulator.endEffector(0).velocity(manipulator, states[2], v2));
-    ASSERT_TRUE(manipulator.endEffector(0).acceleration(manipulator, states[1], acceleration));
-    for (HxU32 i = 0; i < 6; ++i) {
-      EXPECT_NEAR(acceleration[i], (v2[i] - v1[i]) / dt, 0.05 + 0.02 * std::fabs(acceleration[i]));
-    }
-    EXPECT_EQ(sim.individualSimulators()[0].baseAcceleration(), HxGeneralMotion());
-  }
+  // A fixed base does not accelerate (gravity is not an acceleration). (End-effector
+  // accelerations are compared with the engine's on a free base.)
+  EXPECT_EQ(sim.individualSimulators()[0].baseAcceleration(), HxGeneralMotion());
 }
 
 // The energy is MuJoCo's for the state the simulation reports (gravity, the spring, the
@@ -172,18 +153,13 @@ TEST_P(MujocoModeTest, DefaultSceneReachesEveryPathPointAndResets) {
     EXPECT_EQ(visited[k], (std::vector<HxU32>{0, 1, 2, 3}));
     for (HxU32 e = 0; e < 2; ++e) {
       const HxEndEffectorPlacement actual = sim.manipulators()[k].endEffectorPlacement(e, sim.activeStates()[k]);
-      const HxEndEffectorPlacement now = held(sim.endEffectorPlacements(), sim, k, e);
       const HxEndEffectorPlacement wanted = held(sim.desiredEndEffectorPlacements(), sim, k, e);
-      EXPECT_LT(now.translation().distanceTo(actual.translation()), 1e-12);
-      EXPECT_LT(angleBetween(now.orientation(), actual.orientation()), 1e-7);
       EXPECT_LE(actual.translation().distanceTo(wanted.translation()), 1.5e-3);
       EXPECT_LE(wanted.translation().distanceTo(sim.pathPoints(k).back().translation()), e == 0 ? 1e-12 : 0.2);
     }
   }
   sim.reset();
-  EXPECT_EQ(sim.time(), 0.0);
-  EXPECT_EQ(sim.pathPointIndex(0), 0u);
-  EXPECT_FALSE(sim.pathCompleted(0));
+  EXPECT_TRUE(sim.time() == 0.0 && sim.pathPointIndex(0) == 0u && !sim.pathCompleted(0));
   EXPECT_EQ(sim.activeStates()[0].positionState(), initial.positionState());
   EXPECT_EQ(sim.controlOutputPositionStates()[0].jointPositions(), initial.positionState().jointPositions());
 }
@@ -216,11 +192,9 @@ TEST_F(MujocoTest, ForcesAtRestCarryTheArmsWeight) {
   }
   EXPECT_GT(std::fabs(sim.individualSimulators()[0].jointTorques()[1]), 1.0);
 
-  ASSERT_TRUE(sim.setMode(Mode::Kinematic));
-  ASSERT_TRUE(sim.step());
-  EXPECT_FALSE(sim.dynamicsEnabled());
-  EXPECT_FALSE(sim.powerDataAvailable());
-  EXPECT_FALSE(sim.individualSimulators()[0].linkForceStates()[0].isValid());
+  ASSERT_TRUE(sim.setMode(Mode::Kinematic) && sim.step());
+  EXPECT_FALSE(sim.dynamicsEnabled() || sim.powerDataAvailable() ||
+               sim.individualSimulators()[0].linkForceStates()[0].isValid());
 }
 
 // Driving an arm into the table raises the collision flag, with an external force on the link
@@ -237,8 +211,7 @@ TEST_F(MujocoTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
     collided = collided || sim.propagationResults()[0].collisionOccurred();
     for (const auto& force : sim.manipulatorExternalForces()[0].forces()) pushed = pushed || force[2] > 0.0;
   }
-  EXPECT_TRUE(collided);
-  EXPECT_TRUE(pushed);
+  EXPECT_TRUE(collided && pushed);
   EXPECT_FALSE(sim.propagationResults()[1].collisionOccurred());
 }
 
@@ -246,8 +219,7 @@ TEST_F(MujocoTest, DrivingIntoTheTableRaisesTheCollisionFlag) {
 TEST_F(MujocoTest, JointLimitAndSingularityFlags) {
   HxMujocoSimulation sim;
   ASSERT_TRUE(sim.loadString(kPlanarArm, Mode::Kinematic));
-  EXPECT_FALSE(sim.propagationResults()[0].hitJointLimit());
-  EXPECT_FALSE(sim.propagationResults()[0].hitSingularity());
+  EXPECT_FALSE(sim.propagationResults()[0].hitJointLimit() || sim.propagationResults()[0].hitSingularity());
   // Close to the shoulder: the elbow would have to fold beyond its range of 2.5 rad.
   sim.setPathPoints(0, {HxEndEffectorPlacement(HxVector(0.05, 0.0, 1.0), HxOrientation())});
   for (int step = 0; step < 5000 && !sim.propagationResults()[0].hitJointLimit(); ++step) ASSERT_TRUE(sim.step());
@@ -302,6 +274,7 @@ TEST_F(MujocoTest, SettersDoNotAdvancePathProgress) {
   EXPECT_TRUE(sim.pathCompleted(0));
 }
 
-INSTANTIATE_TEST_SUITE_P(BothModes, MujocoModeTest, ::testing::Values(Mode::Dynamic, Mode::Kinematic), modeName);
+INSTANTIATE_TEST_SUITE_P(BothModes, MujocoModeTest, ::testing::Values(Mode::Dynamic, Mode::Kinematic),
+                         [](const auto& mode) { return mode.param == Mode::Dynamic ? "Dynamic" : "Kinematic"; });
 
 }  // namespace

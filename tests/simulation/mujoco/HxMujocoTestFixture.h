@@ -107,26 +107,18 @@ inline HxEndEffectorPlacement held(const std::vector<HxManipulatorEndEffectorPla
 
 inline HxVector vec(const double* v) { return HxVector(v[0], v[1], v[2]); }
 
-inline double angleBetween(const HxOrientation& a, const HxOrientation& b) {
-  double angle = 0.0;
-  HxVector axis;
-  a.angleAxisBetween(b, angle, axis);
-  return angle;
-}
-
 inline void expectPlacement(const HxEndEffectorPlacement& placement, const double* pos, const double* quat) {
+  double angle = 1.0;
+  HxVector axis;
+  placement.orientation().angleAxisBetween(HxOrientation(quat[0], quat[1], quat[2], quat[3]), angle, axis);
   EXPECT_LT(placement.translation().distanceTo(vec(pos)), 1e-12);
-  EXPECT_LT(angleBetween(placement.orientation(), HxOrientation(quat[0], quat[1], quat[2], quat[3])), 1e-7);
+  EXPECT_LT(angle, 1e-7);
 }
 
 inline void expectMotion(const HxGeneralMotion& motion, const HxVector& linear, const HxVector& angular,
                          double tolerance) {
   EXPECT_LT(motion.linear().distanceTo(linear), tolerance) << "linear";
   EXPECT_LT(motion.angular().distanceTo(angular), tolerance) << "angular";
-}
-
-inline std::string modeName(const ::testing::TestParamInfo<Mode>& info) {
-  return info.param == Mode::Dynamic ? "Dynamic" : "Kinematic";
 }
 
 }  // namespace hxmujocotest

@@ -1,0 +1,16 @@
+// hxrepair: finishes the files of a recording that was cut short.
+
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "tools/lib/HxRepairCommand.h"
+
+namespace {
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+}  // namespace
+
+int main(int argc, char** argv) {
+  return hxRepairMain(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
+}
