@@ -3,9 +3,10 @@
 // an enum, attributes, a read-only member, a nested compound and a member of a second
 // namespace) and small helpers.
 
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,6 +17,7 @@
 #include "framework/HxXmlBasicType.h"
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlEnumType.h"
+#include "framework/HxXmlObjectVisitor.h"
 #include "framework/HxXmlReader.h"
 #include "framework/HxXmlSerialisable.h"
 #include "framework/HxXmlWriter.h"
@@ -37,6 +39,12 @@ inline std::string repeat(const std::string& piece, int times) {
   return out;
 }
 
+/// The whole content of a file ("" when it cannot be read).
+inline std::string slurp(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
 /// True when `text` holds each of `pieces`, in this order.
 inline bool holdsInOrder(const std::string& text, const std::vector<std::string>& pieces) {
   std::size_t at = 0;
@@ -46,6 +54,25 @@ inline bool holdsInOrder(const std::string& text, const std::vector<std::string>
   }
   return true;
 }
+
+/// Writes down a walk: "depth:token " for each object entered (the token after its last '#'), the
+/// descriptions of the first object entered, and the exits. It enters the children of an object
+/// unless `descend` refuses.
+class WalkRecorder : public HxXmlObjectVisitor {
+ public:
+  HxBoolean enter(const HxXmlObject* object) override {
+    if (entered.empty())
+      for (const std::string& description : descriptions()) first += description + " | ";
+    const std::string& token = currentToken().token();
+    entered += std::to_string(depth()) + ":" + token.substr(token.rfind('#') + 1) + " ";
+    return !descend || descend(object);
+  }
+  void exit(const HxXmlObject*) override { ++exits; }
+
+  std::string first, entered;
+  int exits = 0;
+  std::function<bool(const HxXmlObject*)> descend;
+};
 
 /// The token `kName`, made on first use: the class token of a test class.
 template <const char* kName>
@@ -99,12 +126,7 @@ class Sample : public HxXmlCompoundType {
     unit.setEnumString(0, "metre");
     unit.setEnumString(1, "millimetre");
   }
-  /// Compares everything that is read back (the read-only version is not).
-  bool operator==(const Sample& other) const {
-    return name == other.name && time == other.time && count == other.count && enabled == other.enabled &&
-           mode == other.mode && inner == other.inner && id == other.id && scale == other.scale && unit == other.unit &&
-           foreign == other.foreign;
-  }
+  bool operator==(const Sample& other) const { return componentsEqual(other); }
   void registerComponents() override {
     registerAttributeComponent(HxToken("id"), &id);
     registerAttributeComponent(testToken("scale"), &scale);

@@ -31,8 +31,7 @@ TEST(HxXmlReader, FileInputAndMissingFile) {
   std::filesystem::remove(path);
   HxXmlReader missing;
   EXPECT_FALSE(missing.openFile(path) || missing.readObject(sample));
-  ASSERT_EQ(capture.records().size(), 1u);
-  EXPECT_EQ(capture.records()[0].type, Hx::Print::Error);
+  ASSERT_TRUE(capture.records().size() == 1u && capture.records()[0].type == Hx::Print::Error);
   EXPECT_EQ(capture.records()[0].text, path + ":0: cannot open file: No such file or directory\n");
 }
 
@@ -41,11 +40,9 @@ TEST(HxXmlReader, FileInputAndMissingFile) {
 // expanded and no external entity loaded: an entity's text (a local file's content) reaches no
 // value and no message.
 TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
-  std::string laughs = "<?xml version=\"1.0\"?>\n<!DOCTYPE lolz [\n <!ENTITY lol \"lol\">\n";
-  for (int i = 1; i <= 9; ++i) {
-    laughs += " <!ENTITY lol" + std::to_string(i) + " \"" +
-              repeat("&lol" + (i > 1 ? std::to_string(i - 1) : std::string()) + ";", 10) + "\">\n";
-  }
+  std::string laughs = "<?xml version=\"1.0\"?>\n<!DOCTYPE lolz [\n <!ENTITY lol0 \"lol\">\n";
+  for (int i = 1; i <= 9; ++i)
+    laughs += " <!ENTITY lol" + std::to_string(i) + " \"" + repeat("&lol" + std::to_string(i - 1) + ";", 10) + "\">\n";
   laughs += "]>\n" + kOpen + "<t:name>&lol9;</t:name><t:inner t:x=\"&lol9;\"/></t:sample>\n";
   const HxScopedTempDir dir("reader");
   const std::string marker = "TOP-SECRET-MARKER-4711";
@@ -82,8 +79,9 @@ TEST(HxXmlReader, HostileDocumentsFailWithOneMessage) {
     const ReadResult outcome = readInto(sample, row.text, "hostile.xml");
     ASSERT_EQ(outcome.messages.size(), std::string(row.what) == "10,000-deep nesting" ? 2u : 1u);
     const Hx::PrintRecord& last = outcome.messages.back();
-    EXPECT_TRUE(!outcome.result && last.type == Hx::Print::Error);
-    EXPECT_NE(last.context.find("HxXmlReader"), std::string::npos);
+    EXPECT_TRUE(!outcome.result && last.type == Hx::Print::Error &&
+                last.context.find("HxXmlReader") != std::string::npos)
+        << last.context;
     EXPECT_TRUE(std::regex_search(last.text, std::regex("^hostile\\.xml:[0-9]+: ")) &&
                 last.text.find(row.fragment) != std::string::npos)
         << last.text;

@@ -1,5 +1,5 @@
 // hxrecord on hostile input: entity bombs, external entities and XInclude, deep or huge documents,
-// absurd counts, broken encodings, a model with a timestep of NaN, a label that would inject code.
+// absurd counts, broken encodings, a label that would inject code.
 // Each row is one input given to the built program as --capture, --writers or --model (the files
 // in hostile/, or made here when too big or binary to keep); hxrecord must refuse it with the
 // row's exit status within 5 s, with a short message whose every line is its own and names no
@@ -23,12 +23,10 @@ namespace {
 namespace fs = std::filesystem;
 using HxToolsTest::readFile;
 
-const std::string kCapture =
-    "<?xml version=\"1.0\"?>\n<sm:generalCapture xmlns:sm=\"http://www.hxtoolkit.org/namespace/sm#\"";
+const std::string kCapture = "<?xml version=\"1.0\"?>\n<sm:generalCapture " + HxToolsTest::kSm;
 
 std::string repeated(const std::string& text, std::size_t times) {
   std::string result;
-  result.reserve(text.size() * times);
   while (times-- > 0) result += text;
   return result;
 }
@@ -42,15 +40,12 @@ std::string manyAttributes() {
   for (int i = 0; i < 40000; ++i) text += " a" + std::to_string(i) + "=\"1\"";
   return text + "/>";
 }
-std::string empty() { return std::string(); }
 std::string nuls() { return std::string(4096, '\0'); }
 std::string invalidUtf8() {
   return kCapture + "><sm:systemDataCaptureLabel>\xff\xfe\xc3\x28</sm:systemDataCaptureLabel></sm:generalCapture>";
 }
-std::string nanTimestep() {
-  const std::string model = readFile(HX_SOURCE_DIR "/examples/models/two_arms_table.xml");
-  return std::regex_replace(model, std::regex("timestep=\"0\\.002\""), "timestep=\"nan\"");
-}
+// Bytes that are no EUC-JP: the conversion fails inside the XML parser.
+std::string brokenEucJp() { return "<?xml version=\"1.0\" encoding=\"EUC-JP\"?>\n<a>\xff\xff\xff</a>\n"; }
 
 struct Hostile {
   const char* name;
@@ -79,12 +74,10 @@ const Hostile kHostile[] = {
     {"DeepNesting", "--capture", 4, nullptr, deepNesting},
     {"UnknownElements", "--capture", 4, nullptr, unknownElements},
     {"ManyAttributes", "--capture", 4, nullptr, manyAttributes},
-    {"EmptyCapture", "--capture", 4, nullptr, empty},
-    {"EmptyWriters", "--writers", 4, nullptr, empty},
     {"Nuls", "--capture", 4, nullptr, nuls},
     {"ModelNuls", "--model", 3, nullptr, nuls},
     {"InvalidUtf8", "--capture", 4, nullptr, invalidUtf8},
-    {"NanTimestep", "--model", 3, nullptr, nanTimestep},
+    {"BrokenEucJp", "--capture", 4, nullptr, brokenEucJp},
 };
 
 void PrintTo(const Hostile& row, std::ostream* out) { *out << row.name; }
@@ -100,10 +93,10 @@ TEST_P(HxHostileInputTest, RefusedBrieflyAndCleanly) {
   } else {
     directory.write("input.xml", row.make());
   }
-  // A short duration bounds a run that wrongly records; `timeout` one that hangs.
+  // A short duration bounds a run that wrongly records; an alarm one that hangs.
   const auto start = std::chrono::steady_clock::now();
   const HxToolsTest::RunResult result = HxToolsTest::run(
-      "timeout", {"20", HX_RECORD_BINARY, row.option, input, "--duration", "0.02", "-q"}, directory.path().string());
+      HX_RECORD_BINARY, {row.option, input, "--duration", "0.02", "-q"}, directory.path().string(), 20);
   const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 
   EXPECT_EQ(result.exitCode, row.status) << result.err;

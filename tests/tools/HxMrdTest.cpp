@@ -1,11 +1,15 @@
 // hxmrd: the loader (unfinished files, disabled columns, the unrecoverable ones) and the command
-// (output, warnings on standard error, exit status).
+// (output, warnings on standard error, exit status, what is not a regular file, large files).
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
-#include <sstream>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -15,14 +19,8 @@
 
 namespace {
 
+using HxToolsTest::readFile;
 using HxToolsTest::RunResult;
-
-std::string bigEndian(float value) {
-  std::uint32_t bits = 0;
-  std::memcpy(&bits, &value, 4);
-  return std::string{static_cast<char>(bits >> 24), static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
-                     static_cast<char>(bits)};
-}
 
 float fromBits(std::uint32_t bits) {
   float value = 0.0f;
@@ -35,7 +33,11 @@ std::string mrd(const std::string& header, const std::vector<std::string>& label
   std::string bytes = header + std::string(80 - header.size(), ' ') + "\n";
   for (std::size_t i = 0; i < labels.size(); ++i) bytes += (i ? "  " : "") + labels[i] + "  -";
   bytes += "\n\n\n";
-  for (const float v : values) bytes += bigEndian(v);
+  for (const float value : values) {
+    std::uint32_t bits = 0;
+    std::memcpy(&bits, &value, 4);
+    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(bits >> shift);
+  }
   return bytes;
 }
 
@@ -80,17 +82,16 @@ TEST(HxMrdFile, RecoversCountsAndSaysHow) {
 
 // What cannot be recovered is refused with one clear sentence.
 TEST(HxMrdFile, RefusesWhatCannotBeRecovered) {
-  struct Case {
-    std::string bytes;
-    HxU32 option;
-    std::string error;
-  };
   const std::string blank(80, ' ');
   const std::string malformed = "malformed label line: expected labels joined by \"  -  \" and ending in \"  -\"";
   const std::string noLayout =
       " fits no layout of 2 to 4 values per sample starting with time and path-point index; "
       "give --channels N";
-  const std::vector<Case> cases = {
+  const struct {
+    std::string bytes;
+    HxU32 option;
+    std::string error;
+  } cases[] = {
       {"short", 0, "file too short for an MRD header (5 bytes, at least 81 needed)"},
       {std::string(81, ' '), 0, "no line end at offset 80: not an MRD header"},
       {mrd("hello", {"Time"}, {}), 0, "header is neither blank nor four tab-separated numbers: \"hello\""},
@@ -105,7 +106,7 @@ TEST(HxMrdFile, RefusesWhatCannotBeRecovered) {
       {mrd("", {"Time", "Point_Path_Index", "a", "b", "c"}, {5, 0, 5, 5, 5, 0, 5, 0, 5, 5, 5, 0}), 0,
        "the data (12 values) fits several layouts (2, 3, 4 values per sample); give --channels N"},
   };
-  for (const Case& c : cases) {
+  for (const auto& c : cases) {
     HxMrdFile file;
     std::string error;
     EXPECT_FALSE(hxParseMrd(c.bytes, HxMrdLoadOptions{c.option}, file, error)) << c.error;
@@ -113,30 +114,39 @@ TEST(HxMrdFile, RefusesWhatCannotBeRecovered) {
   }
 }
 
-// Runs hxmrd in `directory` with `arguments` (separated by blanks).
-RunResult hxmrd(const HxScopedTempDir& directory, const std::string& arguments) {
-  return HxToolsTest::run(HX_HXMRD_PATH, HxToolsTest::words(arguments), directory.path().string());
+// Runs hxmrd in `directory` with `arguments` (separated by blanks), for at most `seconds`.
+RunResult hxmrd(const HxScopedTempDir& directory, const std::string& arguments, unsigned seconds = 10) {
+  return HxToolsTest::run(HX_HXMRD_PATH, HxToolsTest::words(arguments), directory.path().string(), seconds);
 }
 
 // Each invocation's status, standard output and standard error, exactly: the header fields as
 // comment lines, then the CSV, each value the shortest text of its float (0x0A bytes in the data
 // do not end the labels); --csv the CSV only, --header every label; recoveries as warnings on
 // standard error naming the file, the labels without a column listed; a file that cannot be read
-// or recovered gives the loader's sentence and status 1; a usage error status 2.
+// or recovered gives the loader's sentence and status 1, as does anything but a regular file (a
+// FIFO without a writer, too) and an output that is the input; a usage error status 2.
 TEST(HxMrdTool, EveryInvocation) {
   const HxScopedTempDir directory("hxmrd");
-  auto put = [&directory](const std::string& name, const std::string& bytes) { return directory.write(name, bytes); };
-  const std::string run = put("run.mrd", mrd("6\t3\t2\t1000", {"Time", "Point_Path_Index", "x"},
-                                             {fromBits(0x0A0A0A0Au), 0, 0.1f, 0.5f, 2, fromBits(0x3F0A0A0Au)}));
+  const std::string run =
+      directory.write("run.mrd", mrd("6\t3\t2\t1000", {"Time", "Point_Path_Index", "x"},
+                                     {fromBits(0x0A0A0A0Au), 0, 0.1f, 0.5f, 2, fromBits(0x3F0A0A0Au)}));
   const std::string unfinished =
-      put("unfinished.mrd", mrd("", {"Time", "Point_Path_Index", "a", ""}, {0, 0, 1, 0.5f, 1, 2}));
-  const std::string noLayout = put("nolayout.mrd", mrd("", {"Time", "Point_Path_Index", "a"}, {0, 0.5f, 1, 2, 3}));
-  const std::string missing = directory.file("missing.mrd");
+      directory.write("unfinished.mrd", mrd("", {"Time", "Point_Path_Index", "a", ""}, {0, 0, 1, 0.5f, 1, 2}));
+  const std::string noLayout =
+      directory.write("nolayout.mrd", mrd("", {"Time", "Point_Path_Index", "a"}, {0, 0.5f, 1, 2, 3}));
+  const std::string cut = directory.write("cut.mrd", readFile(unfinished) + "x");
+  const std::string missing = directory.file("missing.mrd"), fifo = directory.file("fifo"),
+                    here = directory.path().string();
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
   const std::string csv = "Time,Point_Path_Index,x\n6.6463464e-33,0,0.1\n0.5,2,0.5392157\n";
   const std::string runHeader = "# file: " + run +
                                 "\n# total values: 6\n# channels: 3\n# samples: 2\n# fourth value: 1000\n"
                                 "# labels: 3\n# values per sample: 3\n# samples in file: 2\n";
-  const std::string warning = "hxmrd: warning: " + unfinished + ": ";
+  const auto warnings = [](const std::string& file) {
+    const std::string warning = "hxmrd: warning: " + file + ": ";
+    return warning + "header is blank (the recording was never finished); counts recovered from the file\n" + warning +
+           "each sample holds 3 values for 4 labels; the last label has no column\n";
+  };
   const std::string tryHelp = "\nTry 'hxmrd --help'.\n";
   const std::vector<std::pair<std::string, RunResult>> cases = {
       {run, {0, runHeader + csv, ""}},
@@ -147,9 +157,16 @@ TEST(HxMrdTool, EveryInvocation) {
         "# file: " + unfinished +
             "\n# header: blank\n# labels: 4\n# values per sample: 3\n# samples in file: 2\n"
             "# label without a column: 3: \nTime,Point_Path_Index,a\n0,0,1\n0.5,1,2\n",
-        warning + "header is blank (the recording was never finished); counts recovered from the file\n" + warning +
-            "each sample holds 3 values for 4 labels; the last label has no column\n"}},
+        warnings(unfinished)}},
+      {"--csv " + cut,
+       {0, "Time,Point_Path_Index,a\n0,0,1\n0.5,1,2\n",
+        warnings(cut) + "hxmrd: warning: " + cut +
+            ": the file was cut short: dropped 1 byte of a partial last sample\n"}},
       {missing, {1, "", "hxmrd: error: " + missing + ": cannot open \"" + missing + "\"\n"}},
+      {here, {1, "", "hxmrd: error: " + here + ": is a directory\n"}},
+      {"/dev/zero", {1, "", "hxmrd: error: /dev/zero: is not a regular file\n"}},
+      {"--csv " + fifo, {1, "", "hxmrd: error: " + fifo + ": is not a regular file\n"}},
+      {"-o " + cut + " " + cut, {1, "", "hxmrd: error: " + cut + ": is the file being read\n"}},
       {"", {2, "", "hxmrd: no MRD file given" + tryHelp}},
       {"--bogus " + noLayout, {2, "", "hxmrd: unknown option '--bogus'" + tryHelp}},
       {"--channels x " + noLayout, {2, "", "hxmrd: --channels needs a whole number above 0, not 'x'" + tryHelp}},
@@ -165,12 +182,48 @@ TEST(HxMrdTool, EveryInvocation) {
   // -o writes the output to a file; --channels (also as --channels=N) rescues a size no layout fits.
   const std::string written = directory.file("copy.csv");
   EXPECT_EQ(hxmrd(directory, "--csv -o " + written + " " + run).exitCode, 0);
-  EXPECT_EQ(HxToolsTest::readFile(written), csv);
+  EXPECT_EQ(readFile(written), csv);
   EXPECT_EQ(hxmrd(directory, noLayout).exitCode, 1);
   EXPECT_EQ(hxmrd(directory, "--csv --channels=5 " + noLayout).out, "Time,Point_Path_Index,a,,\n0,0.5,1,2,3\n");
   const RunResult help = hxmrd(directory, "--help");
   EXPECT_EQ(help.exitCode, 0);
   EXPECT_NE(help.out.find("Values per sample are found in this order"), std::string::npos);
+}
+
+// The samples are streamed: a 64 MB recording (blank header, cut mid-sample, so that its layout
+// is checked over every sample too) is printed in little memory; --header reads no sample, even
+// of a sparse file of 400 GB that reading would take minutes.
+TEST(HxMrdTool, StreamsLargeFilesInLittleMemory) {
+  const HxScopedTempDir directory("hxmrd-large");
+  {  // written a sample at a time: hxmrd's peak memory counts what this process held when it started
+    std::vector<std::string> labels = {"Time", "Point_Path_Index"};
+    for (int c = 2; c < 34; ++c) labels.push_back(c < 32 ? "c" + std::to_string(c) : "");
+    std::ofstream out(directory.write("large.mrd", mrd("", labels, {})), std::ios::app | std::ios::binary);
+    std::vector<float> sample(32);
+    for (std::uint32_t k = 0; k < (1u << 19); ++k) {
+      for (int c = 0; c < 32; ++c) sample[c] = c == 0 ? 0.001f * k : c == 1 ? static_cast<float>(k) : 0.25f * c;
+      out << mrd("", {}, sample).substr(84);  // past the blank header and the empty label line
+    }
+    out << "cut at";
+  }
+  const RunResult run = hxmrd(directory, "--csv -o /dev/null large.mrd", 30);
+  EXPECT_EQ(run.exitCode, 0) << run.err;
+  EXPECT_NE(run.err.find("dropped 6 bytes of a partial last sample"), std::string::npos) << run.err;
+#if !defined(__SANITIZE_ADDRESS__)
+  EXPECT_LT(run.peakKilobytes, 32 * 1024);
+#endif
+
+  std::vector<std::string> labels;
+  for (int c = 0; c < 100; ++c) labels.push_back("c" + std::to_string(c));
+  const std::string sparse = directory.write(
+      "sparse.mrd",
+      mrd(std::to_string(static_cast<HxU32>(100u * 1000000000u)) + "\t100\t1000000000\t1000", labels, {}));
+  if (::truncate(sparse.c_str(), static_cast<off_t>(std::filesystem::file_size(sparse) + 400000000000ull)) != 0) {
+    GTEST_SKIP() << "no sparse file of 400 GB here";
+  }
+  const RunResult header = hxmrd(directory, "--header " + sparse, 5);
+  EXPECT_EQ(header.exitCode, 0) << header.err;
+  EXPECT_NE(header.out.find("# values per sample: 100\n# samples in file: 1000000000\n"), std::string::npos);
 }
 
 }  // namespace

@@ -20,8 +20,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using HxToolsTest::readFile;
-using HxToolsTest::RunResult;
+using namespace HxToolsTest;
 
 RunResult hxrecord(const std::vector<std::string>& arguments, const HxScopedTempDir& directory) {
   return HxToolsTest::run(HX_RECORD_BINARY, arguments, directory.path().string());
@@ -71,26 +70,6 @@ struct FailureCase {
 // Names the case in test listings and failures.
 void PrintTo(const FailureCase& failure, std::ostream* os) { *os << failure.name; }
 
-const std::string kSm = "xmlns:sm=\"http://www.hxtoolkit.org/namespace/sm#\"";
-
-// A capture configuration of one manipulator: its index on line 5, then `body`.
-std::string captureOf(const std::string& index, const std::string& body = "") {
-  return "<?xml version=\"1.0\"?>\n<sm:generalCapture " + kSm +
-         ">\n  <sm:manipulatorDataCaptureVector count=\"1\">\n    <element>\n      <sm:manipulatorIndex>" + index +
-         "</sm:manipulatorIndex>\n" + body +
-         "    </element>\n  </sm:manipulatorDataCaptureVector>\n</sm:generalCapture>\n";
-}
-std::string typesOf(const std::string& type) {
-  return "      <sm:dataCaptureTypeVector count=\"1\">\n        <sm:" + type +
-         "/>\n      </sm:dataCaptureTypeVector>\n";
-}
-
-// A link or end-effector list (`kind` "link" or "endEffector") of one entry: `id`, capturing `type`.
-std::string entryOf(const std::string& kind, const std::string& idTag, const std::string& id, const std::string& type) {
-  return "<sm:" + kind + "DataCaptureVector count=\"1\"><element><sm:" + idTag + ">" + id + "</sm:" + idTag + ">\n" +
-         typesOf(type) + "</element></sm:" + kind + "DataCaptureVector>\n";
-}
-
 class HxRecordFailureTest : public ::testing::TestWithParam<FailureCase> {};
 
 // Every failure prints its message and exits with its own status before anything is recorded.
@@ -100,16 +79,14 @@ TEST_P(HxRecordFailureTest, PrintsItsMessageAndExitStatus) {
   const std::pair<const char*, std::string> files[] = {
       {"broken_model.xml", "<mujoco><worldbody><body></mujoco>"},
       {"no_joint.xml", "<mujoco><worldbody><body name=\"b\"><geom size=\"0.1\"/></body></worldbody></mujoco>"},
-      {"truncated.xml", captureOf("0").substr(0, 150)},
-      {"bad_value.xml", captureOf("left")},
-      {"unregistered.xml", captureOf("0", typesOf("controlInputDataCaptureType"))},
-      {"manipulator2.xml", captureOf("2", typesOf("centerOfMassDataCaptureType"))},
-      {"link.xml", captureOf("1", entryOf("link", "linkIdentification", "left_link1", "jointPositionDataCaptureType"))},
-      {"end_effector.xml",
-       captureOf("0", entryOf("endEffector", "endEffectorIndex", "2", "reachTargetDataCaptureType"))},
-      {"no_writer.xml", "<sm:outputWriterVector " + kSm + " count=\"0\"/>\n"},
-      {"twice.xml", "<sm:outputWriterVector " + kSm +
-                        " count=\"2\"><sm:mrdOutputWriter/><sm:mrdOutputWriter/></sm:outputWriterVector>\n"},
+      {"truncated.xml", captureOf("").substr(0, 150)},
+      {"bad_value.xml", captureOf("", "left")},
+      {"unregistered.xml", captureOf(typesOf("<sm:controlInputDataCaptureType/>"))},
+      {"manipulator2.xml", captureOf(typesOf("<sm:centerOfMassDataCaptureType/>"), "2")},
+      {"link.xml", captureOf(entryOf("link", "left_link1", typesOf("<sm:jointPositionDataCaptureType/>")), "1")},
+      {"end_effector.xml", captureOf(entryOf("endEffector", "2", typesOf("<sm:reachTargetDataCaptureType/>")))},
+      {"no_writer.xml", writersOf("0", "")},
+      {"twice.xml", writersOf("2", "<sm:mrdOutputWriter/><sm:mrdOutputWriter/>")},
       {"a_file", ""}};
   for (const auto& [name, text] : files) directory.write(name, text);
   fs::create_directories(directory.file("taken/run.csv"));
@@ -156,14 +133,15 @@ const std::vector<FailureCase> kFailures = {
     {"MissingCapture", "-c missing.xml", 4, "capture configuration file 'missing.xml' does not exist\n"},
     {"MissingWriters", "-w missing.xml", 4, "writer list file 'missing.xml' does not exist\n"},
     {"TruncatedCapture", "-c truncated.xml", 4, "invalid capture configuration: truncated.xml:"},
-    {"BadValue", "-c bad_value.xml", 4, "invalid capture configuration: bad_value.xml:5: "},
+    {"BadValue", "-c bad_value.xml", 4, "invalid capture configuration: bad_value.xml:4: "},
     {"UnregisteredType", "-c unregistered.xml", 4,
-     "invalid capture configuration: unregistered.xml:7: quantity 'controlInputDataCaptureType' cannot be read "
+     "invalid capture configuration: unregistered.xml:5: quantity 'controlInputDataCaptureType' cannot be read "
      "from a configuration file. Known quantities: baseAccelerationDataCaptureType, basePositionDataCaptureType, "
      "baseVelocityDataCaptureType, centerOfMassDataCaptureType, manipulatorPowerDataCaptureType\n"},
     {"WrongRoot", "-c " + kWritersExample, 4,
      "invalid capture configuration: " + kWritersExample +
          ":7: the root element is 'outputWriterVector', expected 'generalCapture'\n"},
+    {"EmptyWriters", "-w a_file", 4, "invalid writer list: a_file:1: the document is empty\n"},
     {"NoWriter", "-w no_writer.xml", 4, "writer list 'no_writer.xml' holds no writer: nothing would be recorded\n"},
     // Configuration against the model.
     {"UnknownManipulator", "-c manipulator2.xml", 5,
@@ -186,12 +164,14 @@ const std::vector<FailureCase> kFailures = {
 INSTANTIATE_TEST_SUITE_P(EveryFailure, HxRecordFailureTest, ::testing::ValuesIn(kFailures),
                          [](const auto& failure) { return std::string(failure.param.name); });
 
-// With no argument the built-in scene is recorded into ./hxrecord-out/ in all five formats, the
-// summary naming every file with its size; the example files give the very same bytes; the
-// path-point index column (the least of the arms') runs through the scene's four path points;
-// --help prints the usage and records nothing.
+// --help prints the usage and records nothing. With no argument the built-in scene is recorded into ./hxrecord-out/ in
+// all five formats, the summary naming every file with its size; the example files give the very same bytes; the
+// path-point index column (the least of the arms') runs through the scene's four path points.
 TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
   const HxScopedTempDir directory("hxrecord");
+  const RunResult help = hxrecord({"--help"}, directory);
+  EXPECT_EQ(std::tie(help.exitCode, help.out, help.err), std::make_tuple(0, hxRecordUsage(), ""));
+  EXPECT_FALSE(fs::exists(directory.file("hxrecord-out")));
   const RunResult run = hxrecord({}, directory);
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_EQ(run.err, "");  // no progress bar when standard error is not a terminal
@@ -220,13 +200,6 @@ TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
   EXPECT_EQ(indices.size(), 801u);
   indices.erase(std::unique(indices.begin(), indices.end()), indices.end());
   EXPECT_EQ(indices, (std::vector<std::string>{"0", "1", "2", "3"}));
-
-  const HxScopedTempDir helpDirectory("hxrecord");
-  const RunResult help = hxrecord({"--help"}, helpDirectory);
-  EXPECT_EQ(help.exitCode, 0);
-  EXPECT_EQ(help.out, hxRecordUsage());
-  EXPECT_EQ(help.err, "");
-  EXPECT_FALSE(fs::exists(helpDirectory.file("hxrecord-out")));
 }
 
 // On a terminal a progress bar is drawn, ends at 100 % and is wiped before the summary, which
@@ -236,13 +209,11 @@ TEST(HxRecordProgramTest, DefaultRecordingIsTheExampleFilesInFiveFormats) {
 // rounded interval.
 TEST(HxRecordProgramTest, ProgressBarWarningsAndQuiet) {
   const HxScopedTempDir directory("hxrecord");
-  const std::string writers = directory.write(
-      "writers.xml", "<sm:outputWriterVector " + kSm + " count=\"1\"><sm:textOutputWriter/></sm:outputWriterVector>\n");
+  const std::string writers = directory.write("writers.xml", writersOf("1", "<sm:textOutputWriter/>"));
   const std::string capture = directory.write(
-      "capture.xml", captureOf("1",
-                               "<sm:dataCaptureTypeVector count=\"1\"><sm:centerOfMassDataCaptureType>"
-                               "<sm:disableFlags count=\"3\"><group>false true false</group></sm:disableFlags>"
-                               "</sm:centerOfMassDataCaptureType></sm:dataCaptureTypeVector>\n"));
+      "capture.xml", captureOf(typesOf("<sm:centerOfMassDataCaptureType><sm:disableFlags count=\"3\"><group>false "
+                                       "true false</group></sm:disableFlags></sm:centerOfMassDataCaptureType>"),
+                               "1"));
   std::ostringstream out, err;
   EXPECT_EQ(
       hxRecordMain({"-d", "0.5", "--mode", "kinematic", "-o", directory.file("run"), "-w", writers, "-c", capture}, out,

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <regex>
 #include <sstream>
@@ -25,6 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using HxFrameworkTest::readFromString;
+using HxFrameworkTest::slurp;
 using HxFrameworkTest::writeToString;
 
 // A display writes its plot type by name ("scrollingCurve" is 0, "barChart" 1, as the display
@@ -38,11 +38,6 @@ TEST(HxDisplaySystemDataCapture, PlotTypeByName) {
 }
 
 const fs::path kConfigDirectory = fs::path(HX_SOURCE_DIR) / "examples" / "config";
-
-std::string slurp(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // Reads an example file into an object of the configuration class whose element is the file's
 // root, the only element that starts a line (null if none is).

@@ -10,18 +10,13 @@
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "framework/HxNumberText.h"
 #include "framework/HxPrint.h"
-#include "tests/framework/HxFrameworkTestTypes.h"
+#include "tests/analysis/xml/HxXmlTestTypes.h"
 
 namespace {
 
-using ValueVector = HxManipulatorDataStorage::ValueVector;
 using Texts = std::vector<std::string>;
 
-ValueVector values(const std::vector<double>& list) {
-  ValueVector result;
-  for (double v : list) result.pushBack(v);
-  return result;
-}
+const auto values = &HxXmlTest::xmlVector<double>;
 
 // Two manipulators: the first with two manipulator-level quantities, two links and one end
 // effector; the second with one end effector only, whose first quantity is empty. The values
@@ -126,8 +121,8 @@ TEST(HxSystemDataStorage, TextFollowsEveryChange) {
     Texts read(30, "x");
     record.getStringElements(read);
     EXPECT_EQ(read, expected);
-    const HxElementValues& values = *record.elementValues();
-    EXPECT_EQ(std::vector<double>(values.values, values.values + values.count), reals(record, false));
+    const HxElementValues& cached = *record.elementValues();
+    EXPECT_EQ(std::vector<double>(cached.values, cached.values + cached.count), reals(record, false));
   };
   change(0, "0", [] {});
   change(0, "0.125", [&] { record.setTime(0.125); });

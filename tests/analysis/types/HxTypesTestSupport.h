@@ -9,6 +9,7 @@
 
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "simulation/HxSystemSimulation.h"
+#include "tests/analysis/xml/HxXmlTestTypes.h"
 
 namespace HxTypesTest {
 
@@ -79,26 +80,17 @@ inline std::vector<TypeRow> allTypes() {
 }
 
 /// The capture buffer of `type` as plain doubles.
-inline std::vector<double> values(const HxDataCaptureType& type) {
-  std::vector<double> result;
-  for (const auto& value : type.data().vectorContainer()) result.push_back(value.value());
-  return result;
-}
+inline std::vector<double> values(const HxDataCaptureType& type) { return HxXmlTest::plain(type.data()); }
 
 /// What captureData returned and what the buffer then holds, compared in one assertion.
 using Result = std::pair<bool, std::vector<double>>;
 inline Result capture(const HxDataCaptureType& type, const HxSystemSimulation& sim, HxU32 m, HxU32 element) {
-  const bool ok = type.captureData(sim, m, element);
-  return {ok, values(type)};
+  return {type.captureData(sim, m, element), values(type)};  // evaluated in this order
 }
 inline Result captured(std::vector<double> buffer) { return {true, std::move(buffer)}; }
 inline Result refused(HxU32 columns) { return {false, std::vector<double>(columns)}; }
 
 /// A disable-flag vector holding `values`.
-inline HxDataCaptureType::FlagVector flags(const std::vector<bool>& values) {
-  HxDataCaptureType::FlagVector result;
-  for (bool value : values) result.pushBack(HxXmlBasicType<bool>(value));
-  return result;
-}
+inline HxDataCaptureType::FlagVector flags(const std::vector<bool>& values) { return HxXmlTest::xmlVector(values); }
 
 }  // namespace HxTypesTest

@@ -14,34 +14,19 @@
 #include <string>
 #include <vector>
 
-#include "analysis/writers/HxMathematicaOutputWriter.h"
-#include "analysis/writers/HxMatlabOutputWriter.h"
-#include "analysis/writers/HxMrdOutputWriter.h"
-#include "analysis/writers/HxOutputWriterVector.h"
-#include "analysis/writers/HxTextOutputWriter.h"
-#include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "tests/analysis/writers/HxWriterTestSupport.h"
+#include "tests/framework/HxFrameworkTestTypes.h"
 #include "tests/support/HxScopedTempDir.h"
 
 namespace {
-
-std::string slurp(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 // Each writer names its format, and compares equal to the writers of its class only; the vector
 // finds a writer by token (an empty one none). openFile replaces an existing file; on a stream
 // already open it changes nothing, not even for another name. (A file that cannot be opened is
 // pinned by the recorder's test.)
 TEST(HxBaseOutputWriter, DescriptorComparisonAndFileOpening) {
-  HxOutputWriterVector writers;
-  writers.pushBack(HxTextOutputWriter());
-  writers.pushBack(HxXmlOutputWriter());
-  writers.pushBack(HxMrdOutputWriter());
-  writers.pushBack(HxMatlabOutputWriter());
-  writers.pushBack(HxMathematicaOutputWriter());
+  const HxOutputWriterVector writers = HxWriterTest::allWriters();
   const char* const descriptors[] = {"Comma-Delimited Text", "XML", "MRD", "MATLAB", "Mathematica"};
   for (HxU32 i = 0; i < 5; ++i) {
     EXPECT_EQ(writers[i].formatDescriptor(), descriptors[i]);
@@ -65,7 +50,7 @@ TEST(HxBaseOutputWriter, DescriptorComparisonAndFileOpening) {
   EXPECT_TRUE(stream.eof() && !std::filesystem::exists(dir.file("second.csv")));
   stream.clear();
   stream.close();
-  EXPECT_EQ(slurp(dir.file("run.mrd")), "a\nb");
+  EXPECT_EQ(HxFrameworkTest::slurp(dir.file("run.mrd")), "a\nb");
 }
 
 using namespace HxWriterTest;

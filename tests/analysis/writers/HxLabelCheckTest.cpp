@@ -9,65 +9,36 @@
 #include <vector>
 
 #include "analysis/capture/HxSystemDataCapture.h"
-#include "analysis/writers/HxMathematicaOutputWriter.h"
-#include "analysis/writers/HxMatlabOutputWriter.h"
-#include "analysis/writers/HxMrdOutputWriter.h"
-#include "analysis/writers/HxOutputWriterVector.h"
-#include "analysis/writers/HxTextOutputWriter.h"
-#include "analysis/writers/HxXmlOutputWriter.h"
-#include "framework/HxXmlReader.h"
+#include "tests/analysis/writers/HxWriterTestSupport.h"
+#include "tests/framework/HxFrameworkTestTypes.h"
 
 namespace {
 
+using HxWriterTest::allWriters;
+
 // A capture of manipulator 3 with the configuration label `system`, base positions whose last
-// column is labelled `label` (the one before disabled and labelled `disabled`), and joint
-// positions of the link `link`.
-HxSystemDataCapture captureWith(const std::string& system, const std::string& label, const std::string& link,
-                                const std::string& disabled = "x,y") {
-  auto escaped = [](const std::string& text) {
-    std::string out = "\"";
-    for (const char c : text) {
-      if (c == '"' || c == '\\') out += '\\';
-      if (c == '<') {
-        out += "&lt;";
-      } else if (c == '&') {
-        out += "&amp;";
-      } else {
-        out += c;
-      }
-    }
-    return out + "\"";
-  };
+// column is labelled `label` (the one before disabled and labelled "x,y"), and joint positions of
+// the link `link`.
+HxSystemDataCapture captureWith(const std::string& system, const std::string& label, const std::string& link) {
+  std::string quoted = "\"";
+  for (const char c : label) quoted += (c == '"' || c == '\\' ? "\\" : "") + std::string(1, c);
   const std::string text =
       "<sm:generalCapture xmlns:sm=\"http://www.hxtoolkit.org/namespace/sm#\">"
       "<sm:manipulatorDataCaptureVector count=\"1\"><element><sm:manipulatorIndex>3</sm:manipulatorIndex>"
       "<sm:dataCaptureTypeVector count=\"1\"><sm:basePositionDataCaptureType>"
       "<sm:disableFlags count=\"7\"><group>false false false false false true false</group></sm:disableFlags>"
-      "<sm:dataLabels count=\"7\"><group>a b c d e " +
-      escaped(disabled) + " " + escaped(label) +
-      "</group></sm:dataLabels></sm:basePositionDataCaptureType></sm:dataCaptureTypeVector>"
+      "<sm:dataLabels count=\"7\"><group>a b c d e \"x,y\" " +
+      quoted +
+      "\"</group></sm:dataLabels></sm:basePositionDataCaptureType></sm:dataCaptureTypeVector>"
       "<sm:linkDataCaptureVector count=\"1\"><element><sm:linkIdentification>" +
       link +
       "</sm:linkIdentification><sm:dataCaptureTypeVector count=\"1\"><sm:jointPositionDataCaptureType/>"
       "</sm:dataCaptureTypeVector></element></sm:linkDataCaptureVector>"
       "</element></sm:manipulatorDataCaptureVector></sm:generalCapture>";
   HxSystemDataCapture capture;
-  HxXmlReader reader;
-  EXPECT_TRUE(reader.openMemory(text));
-  reader.next();
-  EXPECT_TRUE(reader.readObject(capture));
+  EXPECT_TRUE(HxFrameworkTest::readFromString(capture, text));
   capture.setLabel(system);
   return capture;
-}
-
-HxOutputWriterVector allWriters() {
-  HxOutputWriterVector writers;
-  writers.pushBack(HxTextOutputWriter());
-  writers.pushBack(HxXmlOutputWriter());
-  writers.pushBack(HxMrdOutputWriter());
-  writers.pushBack(HxMatlabOutputWriter());
-  writers.pushBack(HxMathematicaOutputWriter());
-  return writers;
 }
 
 // "extension: reason" of every finding, in order.
@@ -94,9 +65,9 @@ TEST(HxLabelCheckTest, EachFormatRefusesWhatBreaksIt) {
                   ".m: the label separator \"  -  \""}));
   // Control characters: XML keeps tabs and line ends, nothing else does; bytes that are not UTF-8
   // break XML (the configuration's label reaches the XML file alone).
-  const List tab = findings(captureWith("s", "a\tb", "l"));
-  EXPECT_EQ(tab, (List{".csv: a control character (U+0009)", ".mrd: a control character (U+0009)",
-                       ".m: a control character (U+0009)", ".nb: a control character (U+0009)"}));
+  EXPECT_EQ(findings(captureWith("s", "a\tb", "l")),
+            (List{".csv: a control character (U+0009)", ".mrd: a control character (U+0009)",
+                  ".m: a control character (U+0009)", ".nb: a control character (U+0009)"}));
   EXPECT_EQ(findings(captureWith("s\x01", "fine", "l")), List{".xml: a control character (U+0001)"});
   EXPECT_EQ(findings(captureWith("caf\xC3", "fine", "l")), List{".xml: bytes that are not UTF-8"});
   EXPECT_EQ(findings(captureWith("\xE0\x80\x80", "fine", "l")), List{".xml: bytes that are not UTF-8"});
@@ -106,17 +77,15 @@ TEST(HxLabelCheckTest, SaysWhereTheTextLives) {
   const std::vector<HxUnsafeLabel> found = hxFindUnsafeLabels(captureWith("sys\x02", "fine", "elbow,2"), allWriters());
   ASSERT_EQ(found.size(), 4u);
   // The configuration's label reaches the XML file alone.
-  EXPECT_EQ(found[0].source, HxUnsafeLabel::Source::SystemLabel);
-  EXPECT_EQ(found[0].extension, ".xml");
+  EXPECT_TRUE(found[0].source == HxUnsafeLabel::Source::SystemLabel && found[0].extension == ".xml");
   for (std::size_t i = 1; i < found.size(); ++i) {
-    EXPECT_EQ(found[i].source, HxUnsafeLabel::Source::LinkIdentifier);
-    EXPECT_EQ(found[i].text, "elbow,2");
-    EXPECT_EQ(found[i].manipulatorIndex, 3u);
+    const HxUnsafeLabel& link = found[i];
+    EXPECT_TRUE(link.source == HxUnsafeLabel::Source::LinkIdentifier && link.text == "elbow,2" &&
+                link.manipulatorIndex == 3u)
+        << i;
   }
   const HxUnsafeLabel column = hxFindUnsafeLabels(captureWith("s", "a,b", "l"), allWriters()).front();
-  EXPECT_EQ(column.quantity, "Base Positions");
-  EXPECT_EQ(column.column, 6u);
-  EXPECT_EQ(column.format, "Comma-Delimited Text");
+  EXPECT_TRUE(column.quantity == "Base Positions" && column.column == 6u && column.format == "Comma-Delimited Text");
 }
 
 }  // namespace

@@ -13,11 +13,8 @@
 #include <vector>
 
 #include "analysis/storage/HxSystemDataStorage.h"
-#include "analysis/writers/HxMathematicaOutputWriter.h"
-#include "analysis/writers/HxMatlabOutputWriter.h"
-#include "analysis/writers/HxMrdOutputWriter.h"
-#include "analysis/writers/HxTextOutputWriter.h"
 #include "tests/analysis/writers/HxWriterTestSupport.h"
+#include "tests/analysis/xml/HxXmlTestTypes.h"
 
 namespace {
 
@@ -47,16 +44,10 @@ std::vector<double> specialValues() {
 
 /// A sample record holding `values` as one manipulator-level quantity.
 HxSystemDataStorage recordOf(const std::vector<double>& values) {
-  HxManipulatorDataStorage::ValueVector quantity;
-  for (const double value : values) quantity.pushBack(value);
-  HxManipulatorDataStorage::QuantityVector quantities;
-  quantities.pushBack(quantity);
   HxManipulatorDataStorage manipulator;
-  manipulator.setManipulatorLevelData(quantities);
-  HxSystemDataStorage::ManipulatorDataVector manipulators;
-  manipulators.pushBack(manipulator);
+  manipulator.setManipulatorLevelData(HxManipulatorDataStorage::QuantityVector(1, HxXmlTest::xmlVector(values)));
   HxSystemDataStorage record;
-  record.setManipulatorDataVector(manipulators);
+  record.setManipulatorDataVector(HxSystemDataStorage::ManipulatorDataVector(1, manipulator));
   record.computeElementSize();
   return record;
 }

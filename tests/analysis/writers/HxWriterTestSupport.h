@@ -1,6 +1,6 @@
 #pragma once
-// Helpers shared by the writer tests: a component with chosen strings, and the recorder's calling
-// order replayed on a stream.
+// Helpers shared by the writer and recorder tests: every writer, a component with chosen strings,
+// and the recorder's calling order replayed on a stream.
 
 #include <ostream>
 #include <sstream>
@@ -11,8 +11,25 @@
 #include "analysis/capture/HxBaseSystemDataComponent.h"
 #include "analysis/capture/HxSystemDataVector.h"
 #include "analysis/writers/HxBaseOutputWriter.h"
+#include "analysis/writers/HxMathematicaOutputWriter.h"
+#include "analysis/writers/HxMatlabOutputWriter.h"
+#include "analysis/writers/HxMrdOutputWriter.h"
+#include "analysis/writers/HxOutputWriterVector.h"
+#include "analysis/writers/HxTextOutputWriter.h"
+#include "analysis/writers/HxXmlOutputWriter.h"
 
 namespace HxWriterTest {
+
+/// Every writer, in the order text, XML, MRD, MATLAB, Mathematica.
+inline HxOutputWriterVector allWriters() {
+  HxOutputWriterVector writers;
+  writers.pushBack(HxTextOutputWriter());
+  writers.pushBack(HxXmlOutputWriter());
+  writers.pushBack(HxMrdOutputWriter());
+  writers.pushBack(HxMatlabOutputWriter());
+  writers.pushBack(HxMathematicaOutputWriter());
+  return writers;
+}
 
 /// A system data component of a chosen kind whose string elements are given (no text block).
 class FakeComponent : public HxBaseSystemDataComponent {

@@ -41,11 +41,10 @@ TEST(HxXmlOutputWriter, TemplateWritesWhatTheFrameworkWrites) {
   ASSERT_TRUE(other.capture.addManipulatorDataCaptureType(0, HxSimAnalysis::HxBasePositionDataCaptureTypeToken));
   other.capture.allocateStorage(other.storage);
 
-  const HxSystemDataVector data;
   HxXmlOutputWriter writer;
   std::ostringstream fast, reference;
   HxXmlWriter* referenceWriter = nullptr;
-  HxSystemDataVector referenceVector;
+  const HxSystemDataVector data, referenceVector;
   ASSERT_TRUE(
       referenceVector.writeHeaderToStream(reference, referenceWriter, "capturedDataStream", HxXml::HxDefaultToken));
   writer.initialize(data, fast);

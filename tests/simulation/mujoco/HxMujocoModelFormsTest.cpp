@@ -20,8 +20,7 @@ const char* kUrdfArm = R"(
     <inertia ixx="1e-4" iyy="1e-4" izz="1e-4" ixy="0" ixz="0" iyz="0"/></inertial></link>
   <link name="fore"><inertial><origin xyz="0.15 0 0"/><mass value="0.6"/>
     <inertia ixx="1e-3" iyy="5e-3" izz="5e-3" ixy="0" ixz="0" iyz="0"/></inertial></link>
-  <link name="ee_frame:flange"/>
-  <link name="base"/>
+  <link name="ee_frame:flange"/><link name="base"/>
   <link name="upper"><inertial><origin xyz="0.2 0 0"/><mass value="1.0"/>
     <inertia ixx="1e-3" iyy="1e-2" izz="1e-2" ixy="0" ixz="0" iyz="0"/></inertial></link>
   <link name="shoulder"><inertial><origin xyz="0 0 0.05"/><mass value="1.5"/>
@@ -38,12 +37,16 @@ const char* kUrdfArm = R"(
     <origin xyz="0 0 0.1" rpy="0 -0.3 0"/><axis xyz="0 1 0"/></joint>
 </robot>)";
 
-// `velocity` is that of `point` (world) carried by `body` in evaluated `d`: J(point) q̇.
-void expectVelocityOf(const HxGeneralMotion& velocity, const mjModel* m, const mjData* d, const double* point,
-                      int body) {
+// End effector e of `manipulator` in `state` is placed at `pos`, `quat` and moves as that point
+// carried by `body` in evaluated `d` (J(point) q̇).
+void expectEndEffector(const HxIndividualManipulator& manipulator, HxU32 e, const HxManipulatorActiveState& state,
+                       const mjModel* m, const mjData* d, const double* pos, const double* quat, int body) {
+  expectPlacement(manipulator.endEffectorPlacement(e, state), pos, quat);
+  HxGeneralMotion velocity;
+  ASSERT_TRUE(manipulator.endEffector(e).velocity(manipulator, state, velocity));
   std::vector<double> jacp(3 * m->nv), jacr(3 * m->nv);
   double linear[3], angular[3];
-  mj_jac(m, d, jacp.data(), jacr.data(), point, body);
+  mj_jac(m, d, jacp.data(), jacr.data(), pos, body);
   mju_mulMatVec(linear, jacp.data(), d->qvel, 3, m->nv);
   mju_mulMatVec(angular, jacr.data(), d->qvel, 3, m->nv);
   expectMotion(velocity, vec(linear), vec(angular), 1e-9);
@@ -57,37 +60,32 @@ TEST_P(MujocoModeTest, UrdfRobotFollowsTheModelConventions) {
   Reference ref(file);
   const mjModel* m = ref.model.get();
   mjData* d = ref.data.get();
-  HxMujocoSimulation sim;
-  ASSERT_TRUE(sim.loadFile(file, GetParam())) << sim.lastError();
-  ASSERT_EQ(sim.numberOfManipulators(), 1u);
-  const HxIndividualManipulator& manipulator = sim.manipulators()[0];
-  std::string names = sim.manipulatorName(0);
+  ASSERT_TRUE(sim_.loadFile(file, GetParam())) << sim_.lastError();
+  ASSERT_EQ(sim_.numberOfManipulators(), 1u);
+  const HxIndividualManipulator& manipulator = sim_.manipulators()[0];
+  std::string names = sim_.manipulatorName(0);
   for (HxU32 j = 0; j < manipulator.numberOfLinks(); ++j) names += " " + manipulator.link(j)->identifier();
   for (HxU32 e = 0; e < manipulator.numberOfEndEffectors(); ++e) {
     const bool frame = manipulator.endEffector(e).token() == HxControl::HxFrameEndEffectorToken;
-    names += " " + sim.endEffectorName(0, e) + (frame ? ":frame" : ":point");
+    names += " " + sim_.endEffectorName(0, e) + (frame ? ":frame" : ":point");
   }
   ASSERT_EQ(names, "base shoulder upper fore flange:frame probe:point");
-  HxMujocoSimulation fromText;
-  EXPECT_TRUE(fromText.loadString(kUrdfArm));
+  EXPECT_TRUE(HxMujocoSimulation().loadString(kUrdfArm));
 
   // Gravity swings the arm (dynamic), the controller moves it (kinematic).
-  sim.setPathPoints(0, {HxEndEffectorPlacement(HxVector(0.2, 0.3, 0.6), HxOrientation())});
-  for (int step = 0; step < 200; ++step) ASSERT_TRUE(sim.step());
-  const HxManipulatorActiveState& state = sim.activeStates()[0];
+  sim_.setPathPoints(0, {HxEndEffectorPlacement(HxVector(0.2, 0.3, 0.6), HxOrientation())});
+  for (int step = 0; step < 200; ++step) ASSERT_TRUE(sim_.step());
+  const HxManipulatorActiveState& state = sim_.activeStates()[0];
   double fastest = 0.0;
   for (double q : state.velocityState().jointVelocities()) fastest = std::max(fastest, std::fabs(q));
   EXPECT_GT(fastest, 0.05);  // the velocities checked are not all zero
-  loadJoints(sim, m, d);
+  loadJoints(sim_, m, d);
   mj_kinematics(m, d);
   mj_comPos(m, d);
   for (HxU32 e = 0; e < 2; ++e) {
     const int body = mj_name2id(m, mjOBJ_BODY, e == 0 ? "ee_frame:flange" : "ee_point:probe");
-    expectPlacement(manipulator.endEffectorPlacement(e, state), d->xpos + 3 * body, d->xquat + 4 * body);
-    expectPlacement(held(sim.endEffectorPlacements(), sim, 0, e), d->xpos + 3 * body, d->xquat + 4 * body);
-    HxGeneralMotion velocity;
-    ASSERT_TRUE(manipulator.endEffector(e).velocity(manipulator, state, velocity));
-    expectVelocityOf(velocity, m, d, d->xpos + 3 * body, body);
+    expectEndEffector(manipulator, e, state, m, d, d->xpos + 3 * body, d->xquat + 4 * body, body);
+    expectPlacement(held(sim_.endEffectorPlacements(), sim_, 0, e), d->xpos + 3 * body, d->xquat + 4 * body);
   }
 }
 
@@ -96,10 +94,9 @@ TEST_P(MujocoModeTest, UrdfRobotFollowsTheModelConventions) {
 // end-effector placements, velocities and accelerations and its centre of mass the engine's.
 // In kinematic mode the base stays where it is, at rest.
 TEST_F(MujocoTest, FreeBaseManipulatorFollowsTheEngine) {
-  HxMujocoSimulation sim;
-  ASSERT_TRUE(sim.loadString(kFloatingArm)) << sim.lastError();
-  ASSERT_EQ(sim.numberOfManipulators(), 1u);
-  const HxIndividualManipulator& manipulator = sim.manipulators()[0];
+  ASSERT_TRUE(sim_.loadString(kFloatingArm)) << sim_.lastError();
+  ASSERT_EQ(sim_.numberOfManipulators(), 1u);
+  const HxIndividualManipulator& manipulator = sim_.manipulators()[0];
   ASSERT_EQ(manipulator.jointCount(), 3u);  // the free joint is no link
 
   Reference ref = Reference::ofText(kFloatingArm);
@@ -111,13 +108,13 @@ TEST_F(MujocoTest, FreeBaseManipulatorFollowsTheEngine) {
     // The reference integrates its last evaluation, then evaluates the new state with the
     // simulation's controls.
     if (step > 0) {
-      ASSERT_TRUE(sim.step());
+      ASSERT_TRUE(sim_.step());
       mj_Euler(m, d);
     }
-    mju_copy(d->ctrl, sim.manipulatorControlInputs()[0].values().data(), m->nu);
+    mju_copy(d->ctrl, sim_.manipulatorControlInputs()[0].values().data(), m->nu);
     mj_forward(m, d);
     mj_rnePostConstraint(m, d);
-    const HxManipulatorActiveState& state = sim.activeStates()[0];
+    const HxManipulatorActiveState& state = sim_.activeStates()[0];
     double angularVelocity[3], angularAcceleration[3];
     mju_rotVecQuat(angularVelocity, d->qvel + 3, d->qpos + 3);  // the free joint's are in the body frame
     mju_rotVecQuat(angularAcceleration, d->qacc + 3, d->qpos + 3);
@@ -129,26 +126,24 @@ TEST_F(MujocoTest, FreeBaseManipulatorFollowsTheEngine) {
       const int site = mj_name2id(m, mjOBJ_SITE, e == 0 ? "ee_frame:grip" : "ee_point:nose");
       double siteQuat[4], motion[6];
       mju_mat2Quat(siteQuat, d->site_xmat + 9 * site);
-      expectPlacement(manipulator.endEffectorPlacement(e, state), d->site_xpos + 3 * site, siteQuat);
-      expectPlacement(held(sim.endEffectorPlacements(), sim, 0, e), d->site_xpos + 3 * site, siteQuat);
-      HxGeneralMotion velocity, acceleration;
-      ASSERT_TRUE(manipulator.endEffector(e).velocity(manipulator, state, velocity));
-      expectVelocityOf(velocity, m, d, d->site_xpos + 3 * site, m->site_bodyid[site]);
+      expectEndEffector(manipulator, e, state, m, d, d->site_xpos + 3 * site, siteQuat, m->site_bodyid[site]);
+      expectPlacement(held(sim_.endEffectorPlacements(), sim_, 0, e), d->site_xpos + 3 * site, siteQuat);
+      HxGeneralMotion acceleration;
       ASSERT_TRUE(manipulator.endEffector(e).acceleration(manipulator, state, acceleration));
       mj_objectAcceleration(m, d, mjOBJ_SITE, site, motion, 0);  // carries -g
       expectMotion(acceleration, vec(motion + 3) + HxVector(0, 0, -9.81), vec(motion), 1e-6);
     }
   }
-  EXPECT_LT(sim.activeStates()[0].positionState().coordSystemXform().translation()[2], 1.4);  // it fell
+  EXPECT_LT(sim_.activeStates()[0].positionState().coordSystemXform().translation()[2], 1.4);  // it fell
 
   // Kinematic mode, the keyframe's velocities notwithstanding.
-  ASSERT_TRUE(sim.loadString(kFloatingArm, Mode::Kinematic));
-  const HxCoordSystemXform start = sim.activeStates()[0].positionState().coordSystemXform();
-  for (double q : sim.activeStates()[0].velocityState().jointVelocities()) EXPECT_EQ(q, 0.0);
+  ASSERT_TRUE(sim_.loadString(kFloatingArm, Mode::Kinematic));
+  const HxCoordSystemXform start = sim_.activeStates()[0].positionState().coordSystemXform();
+  for (double q : sim_.activeStates()[0].velocityState().jointVelocities()) EXPECT_EQ(q, 0.0);
   for (int step = 0; step < 50; ++step) {
-    ASSERT_TRUE(sim.step());
-    EXPECT_EQ(sim.activeStates()[0].positionState().coordSystemXform(), start);
-    EXPECT_EQ(sim.activeStates()[0].velocityState().baseVelocity(), HxGeneralMotion());
+    ASSERT_TRUE(sim_.step());
+    EXPECT_EQ(sim_.activeStates()[0].positionState().coordSystemXform(), start);
+    EXPECT_EQ(sim_.activeStates()[0].velocityState().baseVelocity(), HxGeneralMotion());
   }
 }
 

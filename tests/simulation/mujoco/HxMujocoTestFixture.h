@@ -21,50 +21,32 @@ inline const std::string kDefaultScene = std::string(HX_SOURCE_DIR) + "/examples
 
 // Two-link planar arm (hinges about y), a spring on the elbow; no damping, friction, contacts
 // or armature. A point end effector (controlled) and a frame end effector at the tip.
-inline const char* const kPlanarArm = R"(
-<mujoco model="planar">
-  <compiler angle="radian"/>
+inline const char* const kPlanarArm = R"(<mujoco model="planar"><compiler angle="radian"/><size nuser_actuator="1"/>
   <option timestep="0.001" integrator="RK4" gravity="0 0 -9.81"><flag energy="enable"/></option>
-  <size nuser_actuator="1"/>
   <default><geom type="capsule" size="0.03" contype="0" conaffinity="0"/></default>
-  <worldbody>
-    <body name="arm" pos="0 0 1">
-      <body name="upper">
-        <joint name="shoulder" axis="0 1 0" limited="true" range="-2.5 2.5"/><geom fromto="0 0 0 0.5 0 0"/>
-        <body name="lower" pos="0.5 0 0">
-          <joint name="elbow" axis="0 1 0" limited="true" range="-0.6 2.5" stiffness="20" springref="0.4"/>
-          <geom fromto="0 0 0 0.4 0 0"/>
-          <site name="ee_point:tip" pos="0.4 0 0"/>
-          <site name="ee_frame:flange" pos="0.4 0 0" euler="0.3 0.2 0.1"/>
+  <worldbody><body name="arm" pos="0 0 1"><body name="upper">
+    <joint name="shoulder" axis="0 1 0" limited="true" range="-2.5 2.5"/><geom fromto="0 0 0 0.5 0 0"/>
+    <body name="lower" pos="0.5 0 0">
+      <joint name="elbow" axis="0 1 0" limited="true" range="-0.6 2.5" stiffness="20" springref="0.4"/>
+      <geom fromto="0 0 0 0.4 0 0"/><site name="ee_point:tip" pos="0.4 0 0"/>
+      <site name="ee_frame:flange" pos="0.4 0 0" euler="0.3 0.2 0.1"/>
     </body></body></body>
-    <site name="path:arm:0" pos="0.5 0 1.4"/>
-    <site name="path:arm:1" pos="0.6 0 0.7"/>
-  </worldbody>
+    <site name="path:arm:0" pos="0.5 0 1.4"/><site name="path:arm:1" pos="0.6 0 0.7"/></worldbody>
   <actuator><motor joint="shoulder" gear="50" user="0.8"/><motor joint="elbow" gear="20"/></actuator>
-  <keyframe><key qpos="0.3 0.8"/></keyframe>
-</mujoco>)";
+  <keyframe><key qpos="0.3 0.8"/></keyframe></mujoco>)";
 
 // A floating body carrying a three-joint arm with two end effectors, spinning and falling from
 // the start; the body's centre of mass lies off its frame origin.
-inline const char* const kFloatingArm = R"(
-<mujoco model="floating">
-  <option timestep="0.002" gravity="0 0 -9.81"/>
+inline const char* const kFloatingArm = R"(<mujoco model="floating"><option timestep="0.002" gravity="0 0 -9.81"/>
   <default><geom type="capsule" size="0.03" contype="0" conaffinity="0"/></default>
-  <worldbody>
-    <body name="drone" pos="0.2 -0.1 1.5" euler="0 0 0.4">
-      <freejoint/>
-      <geom type="box" size="0.2 0.15 0.05" pos="0.1 0.05 -0.08" mass="3"/>
-      <body name="turret" pos="0.15 0 -0.1">
-        <joint name="yaw" axis="0 0 1"/><geom fromto="0 0 0 0 0 -0.2"/>
-        <body name="boom" pos="0 0 -0.2">
-          <joint name="pitch" axis="0 1 0"/><geom fromto="0 0 0 0.3 0 0"/>
-          <body name="fore" pos="0.3 0 0">
-            <joint name="elbow" axis="0 1 0"/><geom fromto="0 0 0 0.25 0 0"/>
-            <site name="ee_frame:grip" pos="0.25 0 0" euler="0 0.3 0"/>
-            <site name="ee_point:nose" pos="0.3 0.02 0"/>
+  <worldbody><body name="drone" pos="0.2 -0.1 1.5" euler="0 0 0.4"><freejoint/>
+    <geom type="box" size="0.2 0.15 0.05" pos="0.1 0.05 -0.08" mass="3"/>
+    <body name="turret" pos="0.15 0 -0.1"><joint name="yaw" axis="0 0 1"/><geom fromto="0 0 0 0 0 -0.2"/>
+      <body name="boom" pos="0 0 -0.2"><joint name="pitch" axis="0 1 0"/><geom fromto="0 0 0 0.3 0 0"/>
+        <body name="fore" pos="0.3 0 0"><joint name="elbow" axis="0 1 0"/><geom fromto="0 0 0 0.25 0 0"/>
+          <site name="ee_frame:grip" pos="0.25 0 0" euler="0 0.3 0"/><site name="ee_point:nose" pos="0.3 0.02 0"/>
     </body></body></body></body>
-    <site name="path:drone:0" pos="0.6 0.2 1.0"/>
-  </worldbody>
+    <site name="path:drone:0" pos="0.6 0.2 1.0"/></worldbody>
   <actuator><motor joint="yaw" gear="20"/><motor joint="pitch" gear="20"/><motor joint="elbow" gear="20"/></actuator>
   <keyframe><key qpos="0.2 -0.1 1.5 0.98 0 0 0.2 0 0.4 0.6" qvel="0.3 -0.2 0.5 0.4 -0.6 1.2 0.5 -0.4 0.8"/></keyframe>
 </mujoco>)";
@@ -123,24 +105,18 @@ inline void expectMotion(const HxGeneralMotion& motion, const HxVector& linear, 
 
 }  // namespace hxmujocotest
 
-// Fails a test on any engine warning.
+// Fails a test on any engine warning; holds the simulation under test.
 class MujocoTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    warnings().clear();
     previous_ = mju_user_warning;
-    mju_user_warning = [](const char* message) { warnings().emplace_back(message); };
+    mju_user_warning = [](const char* message) { ADD_FAILURE() << "MuJoCo warning: " << message; };
   }
-  void TearDown() override {
-    mju_user_warning = previous_;
-    for (const auto& warning : warnings()) ADD_FAILURE() << "MuJoCo warning: " << warning;
-  }
+  void TearDown() override { mju_user_warning = previous_; }
+
+  HxMujocoSimulation sim_;  // the simulation under test
 
  private:
-  static std::vector<std::string>& warnings() {
-    static std::vector<std::string> collected;
-    return collected;
-  }
   void (*previous_)(const char*) = nullptr;
 };
 
