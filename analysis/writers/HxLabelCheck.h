@@ -23,22 +23,27 @@ struct HxUnsafeLabel {
     LinkIdentifier,  ///< a link capture's identifier: part of its columns' labels
     DataLabel,       ///< a column label of a data capture type
   };
+  /// Where the text lives.
   Source source = Source::DataLabel;
   /// The text as the configuration holds it.
   std::string text;
-  /// Position of the manipulator capture in the configuration, and its manipulator index.
+  /// Position of the manipulator capture in the configuration.
   HxU32 capture = 0;
+  /// The manipulator index of that capture.
   HxU32 manipulatorIndex = 0;
   /// The `HxDataCaptureLevel` code of the entry the text belongs to (link identifiers: link).
   HxU32 level = 0;
-  /// The link identifier or end-effector index of that entry (when at those levels).
+  /// The link identifier of that entry, at link level.
   std::string linkIdentifier;
+  /// The end-effector index of that entry, at end-effector level.
   HxU32 endEffectorIndex = 0;
-  /// For a column label: the type's description and the column's index in the type.
+  /// For a column label: the type's description.
   std::string quantity;
+  /// For a column label: the column's index in the type.
   HxU32 column = 0;
-  /// The writer whose format the text would corrupt: its format descriptor and file extension.
+  /// The format descriptor of the writer whose format the text would corrupt.
   std::string format;
+  /// That writer's file extension.
   std::string extension;
   /// What in the text breaks that format ("a comma", "a control character (U+000A)", ...).
   std::string reason;
