@@ -12,13 +12,9 @@
 
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemStoredData.h"
-#include "analysis/writers/HxMathematicaOutputWriter.h"
-#include "analysis/writers/HxMatlabOutputWriter.h"
-#include "analysis/writers/HxMrdOutputWriter.h"
-#include "analysis/writers/HxTextOutputWriter.h"
-#include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
+#include "tests/analysis/writers/HxWriterTestSupport.h"
 #include "tests/support/HxScopedTempDir.h"
 #include "tests/tools/HxToolsTestSupport.h"
 #include "tools/lib/HxMrdFile.h"
@@ -73,14 +69,8 @@ class HxRepair : public ::testing::Test {
     ASSERT_TRUE(capture.addLinkDataCaptureType(0, HxJointPositionDataCaptureTypeToken, simulation.manipulator(0)) &&
                 capture.addEndEffectorDataCaptureType(1, HxEndEffectorPlacementDataCaptureTypeToken, 1u) &&
                 capture.setDisableFlags(1, 0u, HxEndEffectorPlacementDataCaptureTypeToken, flags));
-    HxOutputWriterVector writers;
-    writers.pushBack(HxTextOutputWriter());
-    writers.pushBack(HxXmlOutputWriter());
-    writers.pushBack(HxMrdOutputWriter());
-    writers.pushBack(HxMatlabOutputWriter());
-    writers.pushBack(HxMathematicaOutputWriter());
     HxSystemStoredData recorder;
-    recorder.setOutputWriterVector(writers);
+    recorder.setOutputWriterVector(HxWriterTest::allWriters());
     recorder.allocateStorage(capture);
     recorder.beginSaveToFile(base(samples));
     for (unsigned int i = 0; i < samples; ++i) {
