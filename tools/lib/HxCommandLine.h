@@ -22,6 +22,15 @@ struct HxCommandLineWording {
   std::function<std::string(const std::string& option)> unknownOption;
   /// An argument that is not an option, beyond the positional one when the tool takes one.
   std::function<std::string(const std::string& argument)> extraArgument;
+
+  /// The wording of the tools that read one file: "--x needs a value", "--x takes no value",
+  /// "unknown option '--x'", and `tooMany` for a second file.
+  static HxCommandLineWording oneFile(const std::string& tooMany) {
+    return {[](const std::string& name) { return name + " needs a value"; },
+            [](const std::string& name) { return name + " takes no value"; },
+            [](const std::string& name) { return "unknown option '" + name + "'"; },
+            [tooMany](const std::string&) { return tooMany; }};
+  }
 };
 
 /// One tool's command line, parsed by CLI11: "--name value", "--name=value", "-n value" and

@@ -63,10 +63,7 @@ const std::string& hxMrdUsage() {
 HxBoolean hxParseMrdOptions(const std::vector<std::string>& arguments, HxMrdCommandOptions& options,
                             std::string& error) {
   using Content = HxMrdCommandOptions::Content;
-  HxCommandLine line({[](const std::string& name) { return name + " needs a value"; },
-                      [](const std::string& name) { return name + " takes no value"; },
-                      [](const std::string& name) { return "unknown option '" + name + "'"; },
-                      [](const std::string&) { return std::string("one MRD file at a time"); }});
+  HxCommandLine line(HxCommandLineWording::oneFile("one MRD file at a time"));
   line.addFlag({"-h", "--help"}, [&options] { options.help = true; });
   line.addFlag({"--csv"}, [&options] { options.content = Content::CsvOnly; });
   line.addFlag({"--header"}, [&options] { options.content = Content::HeaderOnly; });

@@ -120,10 +120,7 @@ const std::string& hxRepairUsage() {
 
 HxBoolean hxParseRepairOptions(const std::vector<std::string>& arguments, HxRepairCommandOptions& options,
                                std::string& error) {
-  HxCommandLine line({[](const std::string& name) { return name + " needs a value"; },
-                      [](const std::string& name) { return name + " takes no value"; },
-                      [](const std::string& name) { return "unknown option '" + name + "'"; },
-                      [](const std::string&) { return std::string("one recording at a time"); }});
+  HxCommandLine line(HxCommandLineWording::oneFile("one recording at a time"));
   line.addFlag({"-h", "--help"}, [&options] { options.help = true; });
   line.addFlag({"--check"}, [&options] { options.check = true; });
   line.addPositional("BASE", [&options](const std::string&, const std::string& value) { options.base = value; });

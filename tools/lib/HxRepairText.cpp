@@ -313,36 +313,26 @@ HxFileRepair repairTextFile(const TextLayout& layout, const std::string& path, b
   return result;
 }
 
-const TextLayout& csvLayout() {
-  static const TextLayout layout = makeLayout<HxTextOutputWriter>("row");
-  return layout;
-}
-const TextLayout& xmlLayout() {
-  static const TextLayout layout = makeLayout<HxXmlOutputWriter>("sample");
-  return layout;
-}
-const TextLayout& matlabLayout() {
-  static const TextLayout layout = makeLayout<HxMatlabOutputWriter>("row");
-  return layout;
-}
-const TextLayout& mathematicaLayout() {
-  static const TextLayout layout = makeLayout<HxMathematicaOutputWriter>("row");
+// The layout of `Writer`'s files, worked out once; `unit` names what one sample is in them.
+template <class Writer>
+const TextLayout& layoutOf(const char* unit) {
+  static const TextLayout layout = makeLayout<Writer>(unit);
   return layout;
 }
 }  // namespace
 
 HxFileRepair hxRepairCsvFile(const std::string& path, bool inspectOnly) {
-  return repairTextFile(csvLayout(), path, inspectOnly);
+  return repairTextFile(layoutOf<HxTextOutputWriter>("row"), path, inspectOnly);
 }
 
 HxFileRepair hxRepairXmlFile(const std::string& path, bool inspectOnly) {
-  return repairTextFile(xmlLayout(), path, inspectOnly);
+  return repairTextFile(layoutOf<HxXmlOutputWriter>("sample"), path, inspectOnly);
 }
 
 HxFileRepair hxRepairMatlabFile(const std::string& path, bool inspectOnly) {
-  return repairTextFile(matlabLayout(), path, inspectOnly);
+  return repairTextFile(layoutOf<HxMatlabOutputWriter>("row"), path, inspectOnly);
 }
 
 HxFileRepair hxRepairMathematicaFile(const std::string& path, bool inspectOnly) {
-  return repairTextFile(mathematicaLayout(), path, inspectOnly);
+  return repairTextFile(layoutOf<HxMathematicaOutputWriter>("row"), path, inspectOnly);
 }
