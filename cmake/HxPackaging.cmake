@@ -4,6 +4,7 @@
 #   libhxsimulationanalysis-dev     dev      headers, CMake package, pkg-config, library links
 #   libhxsimulationmujoco3          mujoco   the MuJoCo engine behind the simulation interface
 #   hxsimulationanalysis-tools      tools    hxrecord, hxmrd, hxrepair, example models and configurations
+#   python3-hxsim                   python   the Python package hxsim and hxplot (Architecture all)
 # Dependencies on system libraries come from dpkg-shlibdeps; those between the packages are
 # exact versions.
 set(HX_DEB_MAINTAINER "libhxSimulationAnalysis developers <hxsimulationanalysis@example.org>")
@@ -11,7 +12,8 @@ set(HX_DEB_PACKAGES
   runtime libhxsimulationanalysis3 libs
   dev libhxsimulationanalysis-dev libdevel
   mujoco libhxsimulationmujoco3 libs
-  tools hxsimulationanalysis-tools science)
+  tools hxsimulationanalysis-tools science
+  python python3-hxsim python)
 
 # Every package carries the copyright and the changelog (compressed as Debian wants it).
 set(HX_DEB_CHANGELOG ${PROJECT_BINARY_DIR}/debian/changelog.gz)
@@ -25,7 +27,7 @@ while(HX_DEB_PACKAGES)
   if(component STREQUAL "mujoco" AND NOT TARGET hx_simulation_mujoco)
     continue()
   endif()
-  if(component STREQUAL "tools" AND NOT HX_BUILD_TOOLS)
+  if(component MATCHES "^(tools|python)$" AND NOT HX_BUILD_TOOLS)
     continue()
   endif()
   list(APPEND HX_DEB_COMPONENTS ${component})
@@ -95,6 +97,17 @@ CSV, XML, MRD, MATLAB and Mathematica files; hxmrd prints the header, labels
 and samples of an MRD file; hxrepair finishes the files of a recording that
 was cut short. Example models and capture configurations are
 under /usr/share/hxSimulationAnalysis/examples.")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION
+"recorder of robot-manipulator simulations - Python package
+hxsim reads the CSV, XML, MRD, MATLAB and Mathematica files of a recording
+into pandas DataFrames (also files cut short, up to their last whole
+sample), with the units and column descriptions of hxrecord's manifest, and
+summarises them. hxplot draws a display description from a recording into a
+PNG, SVG or PDF file with matplotlib.")
+# Pure Python: no compiled code, the interpreter's packages as dependencies.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3, python3-numpy, python3-pandas, python3-matplotlib")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_MUJOCO_DEPENDS runtime)
 set(CPACK_COMPONENT_TOOLS_DEPENDS runtime mujoco)

@@ -6,9 +6,10 @@
 set -euo pipefail
 
 # Building the libraries and the tools (CLI11 parses their command lines, nlohmann-json writes and
-# reads the recordings' manifests); the Python package draws the plots (numpy, pandas, matplotlib).
+# reads the recordings' manifests, Nettle gives the SHA-256 of a recording's inputs in its
+# manifest); the Python package draws the plots (numpy, pandas, matplotlib).
 run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev libcli11-dev nlohmann-json3-dev
-  python3 python3-numpy python3-pandas python3-matplotlib)
+  nettle-dev python3 python3-numpy python3-pandas python3-matplotlib)
 # The tests read the recordings with the tools users read them with (Python, GNU Octave,
 # xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian,
 # help2man for the manual pages); clang-format checks the layout of the C++ files; clang and

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the Debian packages into build/package/: libhxsimulationanalysis3,
-# libhxsimulationanalysis-dev, libhxsimulationmujoco3 and hxsimulationanalysis-tools.
+# libhxsimulationanalysis-dev, libhxsimulationmujoco3, hxsimulationanalysis-tools and python3-hxsim.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -3,12 +3,14 @@
 /// HxSystemSimulation: the state of a running multi-manipulator simulation, as read by the
 /// captured quantities.
 
+#include <string>
 #include <vector>
 
 #include "framework/HxTypes.h"
 #include "simulation/HxEndEffectorPlacement.h"
 #include "simulation/HxIndividualDynamicSimulator.h"
 #include "simulation/HxIndividualManipulator.h"
+#include "simulation/HxJointKind.h"
 #include "simulation/HxManipulatorActiveState.h"
 #include "simulation/HxManipulatorData.h"
 #include "simulation/HxPositionState.h"
@@ -82,6 +84,16 @@ class HxSystemSimulation {
   /// The flags of each manipulator's last propagation step.
   const std::vector<HxPropagationResultData>& propagationResults() const { return propagationResults_; }
 
+  // What the system is made of, for people reading a recording; the captured quantities do not
+  // ask these.
+
+  /// How joint `joint` (the link index) of manipulator `manipulator` moves; Unknown when either
+  /// index is out of range or the producer did not say.
+  HxJointKind jointKind(HxU32 manipulator, HxU32 joint) const;
+  /// Name of end effector `e` of manipulator `manipulator`; empty when either index is out of
+  /// range or the producer gave none. The manipulator's own name is `manipulators()[m].name()`.
+  const std::string& endEffectorName(HxU32 manipulator, HxU32 e) const;
+
  protected:
   /// Selects the dynamic (true) or the kinematic (false) path; see dynamicsEnabled().
   void setDynamicsEnabled(HxBoolean enabled) { dynamicsEnabled_ = enabled; }
@@ -92,8 +104,15 @@ class HxSystemSimulation {
   /// Stamps the control output, seconds.
   void setControlOutputTime(double time) { controlOutputTime_ = time; }
 
-  /// Resizes every per-manipulator vector to `count`; new entries are default-constructed.
+  /// Resizes every per-manipulator vector to `count`; new entries are default-constructed (no
+  /// joint kinds, no end-effector names).
   void resizeManipulators(HxU32 count);
+  /// Sets the kind of every joint of manipulator `m`, by link index; grows the per-manipulator
+  /// list when `m` is past its end.
+  void setJointKinds(HxU32 m, std::vector<HxJointKind> kinds);
+  /// Sets the names of the end effectors of manipulator `m`, by end-effector index; grows the
+  /// per-manipulator list when `m` is past its end.
+  void setEndEffectorNames(HxU32 m, std::vector<std::string> names);
 
   /// Writable systemPositionStates(), to refresh in place.
   std::vector<HxPositionState>& mutableSystemPositionStates() { return systemPositionStates_; }
@@ -143,4 +162,6 @@ class HxSystemSimulation {
   std::vector<HxManipulatorEndEffectorPlacement> endEffectorPlacements_;
   std::vector<HxManipulatorEndEffectorPlacement> desiredEndEffectorPlacements_;
   std::vector<HxPropagationResultData> propagationResults_;
+  std::vector<std::vector<HxJointKind>> jointKinds_;
+  std::vector<std::vector<std::string>> endEffectorNames_;
 };

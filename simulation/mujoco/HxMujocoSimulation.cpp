@@ -2,13 +2,16 @@
 
 #include <cstring>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include <mujoco/mujoco.h>
 
 #include "framework/HxPrint.h"
 #include "simulation/HxBasePowerConverter.h"
 #include "simulation/mujoco/HxMujocoController.h"
+#include "simulation/mujoco/HxMujocoExtras.h"
 #include "simulation/mujoco/HxMujocoHandles.h"
 #include "simulation/mujoco/HxMujocoJacobian.h"
 #include "simulation/mujoco/HxMujocoKinematics.h"
@@ -41,6 +44,7 @@ struct HxMujocoSimulation::Impl {
   HxMujocoJacobian jacobian;  // for the singularity flag
   Mode mode = Mode::Dynamic;
   std::string error;
+  std::string extrasError;  // why the last load failed on its extras
   double singularityThreshold = 1e-3;
 
   void clear() {
@@ -87,14 +91,28 @@ HxMujocoSimulation::HxMujocoSimulation() : impl_(std::make_unique<Impl>()) {}
 HxMujocoSimulation::~HxMujocoSimulation() = default;
 
 HxBoolean HxMujocoSimulation::loadFile(const std::string& fileName, Mode mode) {
+  return loadFile(fileName, LoadExtras(), mode);
+}
+
+HxBoolean HxMujocoSimulation::loadString(const std::string& modelText, Mode mode) {
+  return loadString(modelText, LoadExtras(), mode);
+}
+
+HxBoolean HxMujocoSimulation::loadFile(const std::string& fileName, const LoadExtras& extras, Mode mode) {
   impl_->clear();
   resizeManipulators(0);
   char message[1024] = "";
   HxMujocoModelOwner model(mj_loadXML(fileName.c_str(), nullptr, message, sizeof message));
-  return finishLoad(impl_->adopt(std::move(model), "cannot load model '" + fileName + "': ", message), mode);
+  impl_->extrasError.clear();
+  // The motors go in right after the load: the engine saves the model it loaded last.
+  if (model && !extras.motors.empty() && !hxMujocoAddMotors(model, extras.motors, fileName, impl_->extrasError)) {
+    model.reset();
+  }
+  const char* reason = impl_->extrasError.empty() ? message : impl_->extrasError.c_str();
+  return finishLoad(impl_->adopt(std::move(model), "cannot load model '" + fileName + "': ", reason), mode);
 }
 
-HxBoolean HxMujocoSimulation::loadString(const std::string& modelText, Mode mode) {
+HxBoolean HxMujocoSimulation::loadString(const std::string& modelText, const LoadExtras& extras, Mode mode) {
   impl_->clear();
   resizeManipulators(0);
   // The text goes through a one-file virtual file system; the engine tells MJCF from URDF by
@@ -111,7 +129,12 @@ HxBoolean HxMujocoSimulation::loadString(const std::string& modelText, Mode mode
       std::strcpy(message, "no room for the model text");
     }
   }
-  return finishLoad(impl_->adopt(std::move(model), "cannot load model text: ", message), mode);
+  impl_->extrasError.clear();
+  if (model && !extras.motors.empty() && !hxMujocoAddMotors(model, extras.motors, "", impl_->extrasError)) {
+    model.reset();
+  }
+  const char* reason = impl_->extrasError.empty() ? message : impl_->extrasError.c_str();
+  return finishLoad(impl_->adopt(std::move(model), "cannot load model text: ", reason), mode);
 }
 
 HxBoolean HxMujocoSimulation::finishLoad(bool adopted, Mode mode) {
@@ -148,6 +171,17 @@ HxBoolean HxMujocoSimulation::finishLoad(bool adopted, Mode mode) {
     }
     mutableManipulators()[k] = manipulator;
 
+    std::vector<HxJointKind> kinds(n, HxJointKind::Unknown);
+    for (HxU32 j = 0; j < n; ++j) {
+      const int type = s.model->jnt_type[layout->joints[j]];
+      if (type == mjJNT_HINGE) kinds[j] = HxJointKind::Revolute;
+      if (type == mjJNT_SLIDE) kinds[j] = HxJointKind::Prismatic;
+    }
+    setJointKinds(k, std::move(kinds));
+    std::vector<std::string> names;
+    for (const auto& e : layout->endEffectors) names.push_back(e.name);
+    setEndEffectorNames(k, std::move(names));
+
     mutableSystemPositionStates()[k] = HxPositionState(n);
     mutableSystemVelocityStates()[k] = HxVelocityState(n);
     mutableActiveStates()[k] = HxManipulatorActiveState(n);
@@ -171,6 +205,8 @@ HxBoolean HxMujocoSimulation::finishLoad(bool adopted, Mode mode) {
 
 HxBoolean HxMujocoSimulation::isLoaded() const { return impl_->model != nullptr; }
 const std::string& HxMujocoSimulation::lastError() const { return impl_->error; }
+const std::string& HxMujocoSimulation::lastExtrasError() const { return impl_->extrasError; }
+std::string HxMujocoSimulation::engineVersion() { return mj_versionString(); }
 HxMujocoSimulation::Mode HxMujocoSimulation::mode() const { return impl_->mode; }
 double HxMujocoSimulation::time() const { return impl_->data ? impl_->data->time : 0.0; }
 double HxMujocoSimulation::timestep() const { return impl_->model ? impl_->model->opt.timestep : 0.0; }
@@ -219,9 +255,21 @@ const std::string& HxMujocoSimulation::manipulatorName(HxU32 m) const {
   return m < impl_->layouts.size() ? impl_->layouts[m]->name : kEmptyName;
 }
 
-const std::string& HxMujocoSimulation::endEffectorName(HxU32 m, HxU32 e) const {
-  if (m >= impl_->layouts.size() || e >= impl_->layouts[m]->endEffectors.size()) return kEmptyName;
-  return impl_->layouts[m]->endEffectors[e].name;
+std::vector<std::string> HxMujocoSimulation::unmatchedPathSites() const {
+  return isLoaded() ? hxMujocoUnmatchedPathSites(impl_->model.get(), impl_->layouts) : std::vector<std::string>();
+}
+
+HxMujocoSimulation::JointActuation HxMujocoSimulation::jointActuation(HxU32 m, HxU32 j) const {
+  if (m >= impl_->layouts.size() || j >= impl_->layouts[m]->jointCount()) return JointActuation::None;
+  const int actuator = impl_->layouts[m]->actuators[j];
+  if (actuator < 0) return JointActuation::None;
+  return hxMujocoMotorEfficiency(impl_->model.get(), actuator) > 0.0 ? JointActuation::Motor : JointActuation::Actuator;
+}
+
+std::string HxMujocoSimulation::jointName(HxU32 m, HxU32 j) const {
+  if (m >= impl_->layouts.size() || j >= impl_->layouts[m]->jointCount()) return {};
+  const char* name = mj_id2name(impl_->model.get(), mjOBJ_JOINT, impl_->layouts[m]->joints[j]);
+  return name != nullptr ? name : "";
 }
 
 HxBoolean HxMujocoSimulation::setPathPoints(HxU32 m, const std::vector<HxEndEffectorPlacement>& points) {

@@ -46,10 +46,34 @@ class HxMujocoSimulation : public HxSystemSimulation {
   /// As loadFile, from model text (MJCF or URDF). The model cannot refer to other files.
   /// Failure message: "cannot load model text: <engine message>".
   HxBoolean loadString(const std::string& modelText, Mode mode = Mode::Dynamic);
+  /// A motor a host adds to a joint as the model is loaded: a MuJoCo `<motor>` actuator on the
+  /// joint, declared as a DC electric motor of that efficiency (see README.md).
+  struct AddedMotor {
+    std::string joint;                 ///< the model's name of a hinge or slide joint that has no actuator
+    double gear = 1.0;                 ///< the actuator's gear: joint torque (force) per unit of control
+    double efficiency = 1.0;           ///< the motor's efficiency, in (0, 1]
+    bool ctrlLimited = false;          ///< whether the control is clamped to ctrlRange
+    double ctrlRange[2] = {0.0, 0.0};  ///< lower and upper limit of the control, when ctrlLimited
+  };
+  /// What a load adds to the model (none by default).
+  struct LoadExtras {
+    std::vector<AddedMotor> motors;  ///< motors to add, each on a joint of its own
+  };
+  /// As loadFile, with `extras` added to the model before it is set up. A failure of the extras
+  /// (an unknown joint, a joint that has an actuator already, a value out of range) fails the
+  /// load as any other does, and lastExtrasError() then says why ("motor on joint '<j>':
+  /// <reason>").
+  HxBoolean loadFile(const std::string& fileName, const LoadExtras& extras, Mode mode = Mode::Dynamic);
+  /// As loadString, with `extras` added (see the loadFile above).
+  HxBoolean loadString(const std::string& modelText, const LoadExtras& extras, Mode mode = Mode::Dynamic);
   /// True when a model is loaded.
   HxBoolean isLoaded() const;
   /// Message of the last failed load or step; empty after a success.
   const std::string& lastError() const;
+  /// Why the last load failed on its extras; empty when it did not.
+  const std::string& lastExtrasError() const;
+  /// The version of the MuJoCo engine the simulation runs on, e.g. "2.2.2".
+  static std::string engineVersion();
 
   /// Switches between dynamic and kinematic stepping; the control output restarts from the
   /// current state. False when no model is loaded.
@@ -77,9 +101,26 @@ class HxMujocoSimulation : public HxSystemSimulation {
 
   /// Name of manipulator m (its root body); empty when m is out of range.
   const std::string& manipulatorName(HxU32 m) const;
-  /// Name of end effector e of manipulator m (site or body name without its prefix); empty
-  /// when out of range.
-  const std::string& endEffectorName(HxU32 m, HxU32 e) const;
+  // endEffectorName(m, e) (of HxSystemSimulation): name of end effector e of manipulator m
+  // (site or body name without its prefix); empty when out of range. jointKind(m, j): hinge
+  // joints are Revolute, slide joints Prismatic.
+
+  // What the model declares without effect, for a host's warnings.
+
+  /// Names of the model's sites named "path:..." that are no manipulator's path point (no
+  /// manipulator has the root body they name, the number is missing, or the site is not on the
+  /// world body), in model order.
+  std::vector<std::string> unmatchedPathSites() const;
+  /// How a joint is driven.
+  enum class JointActuation {
+    None,      ///< by no actuator
+    Actuator,  ///< by an actuator not declared as a DC motor (its motor power is not computed)
+    Motor,     ///< by a DC motor
+  };
+  /// How joint j of manipulator m is driven; None when out of range.
+  JointActuation jointActuation(HxU32 m, HxU32 j) const;
+  /// The model's name of joint j of manipulator m; empty when out of range.
+  std::string jointName(HxU32 m, HxU32 j) const;
 
   // Path following. Path progress (a point reached, the dwell, the next point taken) moves
   // only with step(): the setters and reset() refresh the queries but never count a point as

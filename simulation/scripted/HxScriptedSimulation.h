@@ -96,6 +96,10 @@ class HxScriptedSimulation : public HxSystemSimulation {
   /// Adds `dt` seconds to the control output time.
   void advanceTime(double dt) { setControlOutputTime(controlOutputTime() + dt); }
 
+  // What the system is made of (none set initially: joint kinds Unknown, no end-effector names).
+  using HxSystemSimulation::setEndEffectorNames;
+  using HxSystemSimulation::setJointKinds;
+
   // Whole vectors, for tests that resize or replace them.
   using HxSystemSimulation::mutableActiveStates;
   using HxSystemSimulation::mutableControlOutputPositionStates;

@@ -1,6 +1,6 @@
 # Builds the Debian packages from a build of their own (Release, prefix /usr), checks them with
 # lintian and their dependencies, unpacks them into a scratch root (never installing them on
-# this machine) and builds and runs examples/host and the tools against that root.
+# this machine) and builds and runs examples/host, the tools and the Python package against that root.
 source "$(dirname "$0")/common.sh"
 work="$HX_WORK/debian_packages"
 work_dir "$work"
@@ -17,9 +17,11 @@ runtime="$work/build/libhxsimulationanalysis3_3.0.0_$arch.deb"
 dev="$work/build/libhxsimulationanalysis-dev_3.0.0_$arch.deb"
 mujoco="$work/build/libhxsimulationmujoco3_3.0.0_$arch.deb"
 tools="$work/build/hxsimulationanalysis-tools_3.0.0_$arch.deb"
+pydeb="$work/build/python3-hxsim_3.0.0_all.deb"
 packages=("$runtime" "$dev")
 [ "$HX_MUJOCO" = 1 ] && packages+=("$mujoco")
 [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ] && packages+=("$tools")
+[ "$HX_TOOLS" = 1 ] && packages+=("$pydeb")
 for deb in "${packages[@]}"; do
   [ -f "$deb" ] || fail "no package $(basename "$deb"); built: $(ls "$work/build"/*.deb)"
 done
@@ -38,6 +40,11 @@ if [ "$HX_MUJOCO" = 1 ]; then
 fi
 if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
   depends "$tools" | grep -qF "libhxsimulationmujoco3 (= 3.0.0)" || fail "the tools package does not depend on the engine"
+fi
+if [ "$HX_TOOLS" = 1 ]; then
+  [ "$(dpkg-deb -f "$pydeb" Architecture)" = all ] || fail "the Python package is not Architecture: all"
+  [ "$(depends "$pydeb")" = "python3, python3-numpy, python3-pandas, python3-matplotlib" ] ||
+    fail "the Python package depends on: $(depends "$pydeb")"
 fi
 for deb in "${packages[@]}"; do echo "$(basename "$deb"): Depends: $(depends "$deb")"; done
 
@@ -67,4 +74,20 @@ if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
     --model "$root/usr/share/hxSimulationAnalysis/examples/models/two_arms_table.xml" --output "$work/rec/run"
   LD_LIBRARY_PATH="$libdir" "$root/usr/bin/hxmrd" --header "$work/rec/run.mrd" >/dev/null
   check_recording "$work/rec/run"
+fi
+
+# The packaged Python package imports from the root (outside the source tree), and its hxplot runs
+# and draws the packaged tools' recording.
+if [ "$HX_TOOLS" = 1 ]; then
+  step "the packaged Python package"
+  (cd "$work" && PYTHONPATH="$root/usr/lib/python3/dist-packages" PYTHONDONTWRITEBYTECODE=1 "$python" -c \
+    'import sys, hxsim; assert hxsim.__file__.startswith(sys.argv[1]), hxsim.__file__' "$root/") ||
+    fail "hxsim does not import from the unpacked package"
+  PYTHONDONTWRITEBYTECODE=1 "$root/usr/bin/hxplot" --help >/dev/null || fail "the packaged hxplot does not run"
+  if [ "$HX_MUJOCO" = 1 ]; then
+    PYTHONDONTWRITEBYTECODE=1 MPLBACKEND=Agg "$root/usr/bin/hxplot" \
+      "$root/usr/share/hxSimulationAnalysis/examples/config/display_description.xml" "$work/rec/run.csv" \
+      -o "$work/rec/run.png"
+    [ -s "$work/rec/run.png" ] || fail "the packaged hxplot drew no plot"
+  fi
 fi

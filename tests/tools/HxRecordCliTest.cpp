@@ -159,6 +159,23 @@ const std::vector<FailureCase> kFailures = {
     {"OutputIsDirectoryName", "-o out/", 6,
      "output base name 'out/' names a directory; add a file name without extension, for example 'out/recording'\n"},
     {"TwoWritersOneFile", "-w twice.xml", 6, "two writers would both write 'hxrecord-out/recording.mrd'\n"},
+    // The options that explain a scene; --check fails as the recording would, creating nothing.
+    {"UnknownFormat", "--formats csv,pdf", 2,
+     "invalid value 'csv,pdf' for --formats: unknown format 'pdf'; expected a comma-separated list of csv, xml, mrd, "
+     "m, nb (or text, matlab, mathematica)" +
+         kTry},
+    {"FormatTwice", "--formats=csv,text", 2,
+     "invalid value 'csv,text' for --formats: format 'csv' is named twice" + kTry},
+    {"CaptureAllAndCapture", "--capture-all -c x.xml", 2,
+     "--capture-all and --capture cannot be given together: --capture-all replaces the capture configuration" + kTry},
+    {"MissingScene", "--scene none.json", 4, "scene file 'none.json': cannot be read: No such file or directory\n"},
+    {"MissingDisplay", "--plot none.xml", 4, "display description 'none.xml' does not exist\n"},
+    {"CheckOutputUnderAFile", "--check -o a_file/sub/run", 6,
+     "cannot create output directory 'a_file/sub': Not a directory\n"},
+    {"CheckOutputFileIsDirectory", "--check -o taken/run", 6, "cannot write 'taken/run.csv': it is a directory\n"},
+    {"CaptureOverOutput", "--check --write-capture hxrecord-out/recording.xml", 6,
+     "cannot write the capture configuration to 'hxrecord-out/recording.xml': it is 'hxrecord-out/recording.xml', "
+     "which this run reads or writes; choose another file for --write-capture\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(EveryFailure, HxRecordFailureTest, ::testing::ValuesIn(kFailures),

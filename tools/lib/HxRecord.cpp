@@ -6,6 +6,9 @@
 #include <cstring>
 #include <ostream>
 
+#include "tools/lib/HxRecordCaptureAll.h"
+#include "tools/lib/HxRecordListing.h"
+#include "tools/lib/HxRecordPlot.h"
 #include "tools/lib/HxRecordProgress.h"
 #include "tools/lib/HxRecordSignals.h"
 
@@ -21,8 +24,18 @@ int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, s
     err << "hxrecord: error: " << error << "\nTry 'hxrecord --help'.\n";
     return static_cast<int>(HxRecordStatus::BadOption);
   }
+  options.commandLine.assign(1, "hxrecord");
+  options.commandLine.insert(options.commandLine.end(), arguments.begin(), arguments.end());
   if (options.help) {
     out << hxRecordUsage();
+    return 0;
+  }
+  if (options.version) {
+    out << hxRecordVersionText();
+    return 0;
+  }
+  if (options.listTypes) {
+    hxWriteQuantityTypes(out);
     return 0;
   }
 
@@ -40,6 +53,14 @@ int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, s
   const HxRecordStatus prepared = session.prepare();
   const std::size_t warningsShown = warnFrom(0);
   if (prepared != HxRecordStatus::Success) return reportErrors(prepared);
+  if (!options.writeCaptureFile.empty() && !hxWriteSessionCapture(session, error)) {
+    err << "hxrecord: error: " << error << "\n";
+    return static_cast<int>(HxRecordStatus::OutputError);
+  }
+  if (options.check) {
+    hxWriteCheckReport(session, out);
+    return 0;
+  }
 
   // The bar is wiped before anything else is printed.
   HxRecordProgressBar bar(err);
@@ -68,6 +89,18 @@ int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, s
             << (reason != 0 ? std::strerror(reason) : "the output failed") << " (the files are written)\n";
         if (recorded == HxRecordStatus::Success) recorded = HxRecordStatus::OutputError;
       }
+    }
+  }
+  if (!options.plotDisplay.empty() &&
+      (recorded == HxRecordStatus::Success || recorded == HxRecordStatus::Interrupted)) {
+    // The plotter writes to the same streams: what was printed goes first.
+    out.flush();
+    err.flush();
+    const HxPlotOutcome plot = hxPlotRecording(options.plotDisplay, options.outputBase);
+    if (plot.kind == HxPlotOutcome::Kind::Plotted) {
+      if (!options.quiet) out << "Plot: " << plot.image << "\n";
+    } else {
+      err << "hxrecord: warning: no plot: " << plot.reason << "; the recording is finished\n";
     }
   }
   return static_cast<int>(recorded);

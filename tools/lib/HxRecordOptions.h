@@ -25,6 +25,19 @@ struct HxRecordOptions {
   std::string modelFile;
   std::string captureFile;
   std::string writersFile;
+  /// The formats to write (--formats), each a writer's file extension without its dot ("csv",
+  /// "xml", "mrd", "m", "nb"), in the order given; empty: the writer list decides.
+  std::vector<std::string> formats;
+  /// Scene side file (JSON): motors and path points added to the model; empty for none.
+  std::string sceneFile;
+  /// Capture every quantity the model and the mode support instead of reading a configuration.
+  bool captureAll = false;
+  /// File the capture configuration in use is saved to before recording; empty for none.
+  std::string writeCaptureFile;
+  /// Display description to plot the recording with (hxplot); empty for no plot.
+  std::string plotDisplay;
+  /// Check everything and print the columns the recording would have; record nothing.
+  bool check = false;
   /// Simulated time to record, seconds.
   double duration = 8.0;
   /// Simulated time between two samples, seconds (rounded to whole engine timesteps).
@@ -38,6 +51,12 @@ struct HxRecordOptions {
   bool quiet = false;
   /// Print the usage text and do nothing else.
   bool help = false;
+  /// Print the versions of the tool, the library and the engine and do nothing else.
+  bool version = false;
+  /// Print the table of quantity types and do nothing else.
+  bool listTypes = false;
+  /// The command line as run, program name first, for the recording's manifest; not parsed.
+  std::vector<std::string> commandLine;
 };
 
 /// Parses the command-line arguments (without the program name) into `options`, starting from

@@ -16,9 +16,15 @@
 #include "analysis/writers/HxLabelCheck.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxPrint.h"
+#include "tools/lib/HxManifestWatch.h"
+#include "tools/lib/HxRecordCaptureAll.h"
 #include "tools/lib/HxRecordChecks.h"
 #include "tools/lib/HxRecordConfiguration.h"
 #include "tools/lib/HxRecordDefaultScene.h"
+#include "tools/lib/HxRecordDryCheck.h"
+#include "tools/lib/HxRecordManifest.h"
+#include "tools/lib/HxRecordPlot.h"
+#include "tools/lib/HxRecordSceneFile.h"
 #include "tools/lib/HxRecordSignals.h"
 #include "tools/lib/HxRecordText.h"
 #include "tools/lib/HxRepair.h"
@@ -67,13 +73,19 @@ HxRecordStatus HxRecordSession::prepare() {
   }
   status = checkLabels();
   if (status != HxRecordStatus::Success) return status;
-  // The library itself stays silent about files it cannot write: check them first.
+  std::string error;
+  if (!options_.plotDisplay.empty() && !hxCheckPlotInputs(options_.plotDisplay, writers_, error)) {
+    return fail(HxRecordStatus::ConfigurationError, error);
+  }
+  // The library itself stays silent about files it cannot write: check them first (--check
+  // only asks, changing nothing).
   std::vector<std::string> inputs;
-  for (const std::string* input : {&options_.modelFile, &options_.captureFile, &options_.writersFile}) {
+  for (const std::string* input : {&options_.modelFile, &options_.captureFile, &options_.writersFile,
+                                   &options_.sceneFile, &options_.plotDisplay}) {
     if (!input->empty()) inputs.push_back(*input);
   }
-  std::string error;
-  if (!hxCheckOutputWritable(options_.outputBase, writers_, inputs, error)) {
+  if (!(options_.check ? hxCheckOutputWouldBeWritable : hxCheckOutputWritable)(options_.outputBase, writers_, inputs,
+                                                                               error)) {
     return fail(HxRecordStatus::OutputError, error);
   }
   prepared_ = true;
@@ -83,9 +95,15 @@ HxRecordStatus HxRecordSession::prepare() {
 HxRecordStatus HxRecordSession::loadModel() {
   Hx::ScopedPrintCapture messages;
   HxBoolean loaded = false;
+  // The scene side file's motors go into the model as it is loaded, its paths after.
+  HxRecordScene scene;
+  std::string sceneError;
+  if (!options_.sceneFile.empty() && !hxReadRecordScene(options_.sceneFile, scene, sceneError)) {
+    return fail(HxRecordStatus::ConfigurationError, sceneError);
+  }
   if (options_.modelFile.empty()) {
     modelName_ = std::string("built-in ") + hxRecordDefaultModel().path;
-    loaded = simulation_->loadString(hxRecordDefaultModel().text, options_.mode);
+    loaded = simulation_->loadString(hxRecordDefaultModel().text, scene.extras, options_.mode);
   } else {
     modelName_ = options_.modelFile;
     std::error_code code;
@@ -95,7 +113,11 @@ HxRecordStatus HxRecordSession::loadModel() {
     if (!fs::is_regular_file(options_.modelFile, code)) {
       return fail(HxRecordStatus::ModelError, "model file '" + options_.modelFile + "' is not a regular file");
     }
-    loaded = simulation_->loadFile(options_.modelFile, options_.mode);
+    loaded = simulation_->loadFile(options_.modelFile, scene.extras, options_.mode);
+  }
+  if (!loaded && !simulation_->lastExtrasError().empty()) {
+    return fail(HxRecordStatus::ConfigurationError,
+                "scene file '" + options_.sceneFile + "': " + hxOneLine(simulation_->lastExtrasError()));
   }
   if (!loaded) {
     return fail(HxRecordStatus::ModelError, simulation_->lastError().empty() ? "cannot load model '" + modelName_ + "'"
@@ -107,6 +129,11 @@ HxRecordStatus HxRecordSession::loadModel() {
                                                 "' holds no manipulator: no tree under the world body carries a "
                                                 "hinge or slide joint");
   }
+  if (!hxApplyRecordScenePaths(scene, *simulation_, options_.sceneFile, modelName_, sceneError)) {
+    return fail(HxRecordStatus::ConfigurationError, sceneError);
+  }
+  const std::vector<std::string> sceneWarnings = hxRecordSceneWarnings(*simulation_);
+  warnings_.insert(warnings_.end(), sceneWarnings.begin(), sceneWarnings.end());
   simulation_->setDwellTime(options_.dwellTime);
   return HxRecordStatus::Success;
 }
@@ -120,13 +147,21 @@ HxRecordStatus HxRecordSession::loadConfigurations() {
     const HxToken& rootToken;
     std::string& name;
   };
+  // --formats' writer list is read as the built-in one is.
+  const HxFormatsWriterList formats = hxFormatsWriterList(options_.formats);
+  const HxRecordEmbeddedFile formatsList{formats.name.c_str(), formats.text};
   const Document documents[] = {
       {options_.captureFile, hxRecordDefaultCapture(), "capture configuration", capture_,
        HxSimAnalysis::HxGeneralCaptureToken, captureName_},
-      {options_.writersFile, hxRecordDefaultWriters(), "writer list", writers_,
+      {options_.writersFile, options_.formats.empty() ? hxRecordDefaultWriters() : formatsList, "writer list", writers_,
        HxSimAnalysis::HxOutputWriterVectorToken, writersName_},
   };
   for (const Document& document : documents) {
+    if (&document.root == &capture_ && options_.captureAll) {
+      captureName_ = "--capture-all";
+      hxCaptureAll(*simulation_, capture_);
+      continue;
+    }
     std::vector<std::string> errors;
     HxBoolean read = false;
     if (document.file.empty()) {
@@ -195,8 +230,9 @@ HxRecordStatus HxRecordSession::checkTiming() {
 HxRecordStatus HxRecordSession::checkLabels() {
   const std::vector<HxUnsafeLabel> unsafe = hxFindUnsafeLabels(capture_, writers_);
   if (unsafe.empty()) return HxRecordStatus::Success;
-  const std::string captureText =
-      options_.captureFile.empty() ? hxRecordDefaultCapture().text : hxReadTextFile(options_.captureFile);
+  const std::string captureText = options_.captureAll            ? std::string()
+                                  : options_.captureFile.empty() ? hxRecordDefaultCapture().text
+                                                                 : hxReadTextFile(options_.captureFile);
   // One message per text, naming every reason and every file it would break.
   for (std::size_t first = 0; first < unsafe.size();) {
     const HxUnsafeLabel& label = unsafe[first];
@@ -257,6 +293,16 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
   HxSystemStoredData recorder;
   recorder.setOutputWriterVector(writers_);
   recorder.allocateStorage(capture_);
+  // The manifest says what is being recorded; the watcher process marks it interrupted should
+  // this process die before it writes the final status.
+  const std::size_t errorsBefore = errors_.size();
+  HxRecordManifest manifest(hxManifestPath(options_.outputBase), hxDescribeRecording(*this));
+  HxManifestWatch watch;
+  if (manifest.begin()) {
+    watch.start(manifest.path(), options_.outputBase);
+  } else {
+    warnings_.push_back(manifest.error());
+  }
   recorder.beginSaveToFile(options_.outputBase);
 
   const double total = totalSteps_ * simulation.timestep();
@@ -290,6 +336,7 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
     const auto now = Clock::now();
     if (now - lastFlush >= std::chrono::seconds(1)) {
       recorder.flushOutputFiles();
+      manifest.update(samples, simulation.time());
       lastFlush = now;
     }
   }
@@ -306,7 +353,11 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
                        std::to_string(samples) + " samples");
     status = HxRecordStatus::Interrupted;
   }
-  return summarize(status, samples, std::chrono::duration<double>(end - start).count());
+  status = summarize(status, samples, std::chrono::duration<double>(end - start).count());
+  const bool written = hxFinishRecordManifest(manifest, *this, status, samples, errorsBefore);
+  if (!written && manifest.active()) warnings_.push_back(manifest.error());
+  watch.release(written);
+  return status;
 }
 
 void HxRecordSession::reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples) {

@@ -39,8 +39,8 @@ class HxRecordSession {
   HxRecordSession& operator=(const HxRecordSession&) = delete;
 
   /// Loads and checks everything; nothing is written but the output directory (created when
-  /// missing). Returns Success or the status of the first failure, with its messages in
-  /// errors().
+  /// missing; with options().check not even that). Returns Success or the status of the first
+  /// failure, with its messages in errors().
   HxRecordStatus prepare();
   /// Records the scene into the output files. Requires a successful prepare(). On an unstable
   /// simulation stops, finishes the files and returns SimulationFailed. When a file fails to be

@@ -31,24 +31,6 @@ constexpr std::uint64_t kNotFound = std::numeric_limits<std::uint64_t>::max();
 // Bytes read at a time when a file is searched or counted.
 constexpr std::uint64_t kPiece = 1 << 20;
 
-// How the files of one format are laid out, as its writer writes them.
-struct TextLayout {
-  // The writer's format name.
-  std::string format;
-  // What every recording's file begins with, whatever was captured.
-  std::string start;
-  // Its first occurrence after `start` ends the label block.
-  std::string labelEnd;
-  // Written after the label block, before the first sample.
-  std::string opening;
-  // Ends every sample.
-  std::string sampleEnd;
-  // Follows the last sample in a finished file.
-  std::string trailer;
-  // What a sample is called in messages.
-  std::string sample;
-};
-
 // A recording of `capture` with one sample, written by a `Writer` into memory, piece by piece.
 struct Rendering {
   std::string head, labelRow, labelClosing, opening, sample, trailer;
@@ -95,13 +77,13 @@ std::string lastLine(const std::string& text) {
 // label and a quantity) share only what every recording begins with; the label block, a sample
 // and the closing text end as the writer ends them for any capture.
 template <class Writer>
-TextLayout makeLayout(const char* sample) {
+HxTextLayout makeLayout(const char* sample) {
   HxSystemDataCapture empty, other;
   other.setLabel("x");
   other.addManipulatorDataCaptureType(0, HxSimAnalysis::HxManipulatorPowerDataCaptureTypeToken);
   const Rendering a = render<Writer>(empty), b = render<Writer>(other);
   const std::string beginA = a.head + a.labelRow, beginB = b.head + b.labelRow;
-  TextLayout layout;
+  HxTextLayout layout;
   layout.format = Writer().formatDescriptor();
   layout.start = beginA.substr(
       0, static_cast<std::size_t>(std::mismatch(beginA.begin(), beginA.end(), beginB.begin(), beginB.end()).first -
@@ -111,6 +93,19 @@ TextLayout makeLayout(const char* sample) {
   layout.sampleEnd = lastLine(a.sample);
   layout.trailer = a.trailer;
   layout.sample = sample;
+  // The empty capture's label row holds the two labels every recording starts with; its sample
+  // holds two zeros.
+  const std::string row = a.labelRow + a.labelClosing, first = "Time", second = "Point Path Index";
+  const std::size_t firstAt = row.find(first), secondAt = row.find(second, firstAt + first.size());
+  if (firstAt != std::string::npos && secondAt != std::string::npos) {
+    layout.head = a.head;
+    layout.labelOpen = row.substr(0, firstAt);
+    layout.labelSeparator = row.substr(firstAt + first.size(), secondAt - firstAt - first.size());
+    layout.labelClose = row.substr(secondAt + second.size());
+  }
+  for (const char c : a.sample) {
+    if (c != '0' && layout.valueSeparators.find(c) == std::string::npos) layout.valueSeparators += c;
+  }
   return layout;
 }
 
@@ -212,7 +207,7 @@ class FileReader {
 
 // The one repair: find the label block from the start and the last whole sample from the end,
 // count the samples, and rewrite the file as the writer would have finished it.
-HxFileRepair repairTextFile(const TextLayout& layout, const std::string& path, bool inspectOnly) {
+HxFileRepair repairTextFile(const HxTextLayout& layout, const std::string& path, bool inspectOnly) {
   using Outcome = HxFileRepair::Outcome;
   HxFileRepair result;
   result.path = path;
@@ -315,11 +310,19 @@ HxFileRepair repairTextFile(const TextLayout& layout, const std::string& path, b
 
 // The layout of `Writer`'s files, worked out once; `unit` names what one sample is in them.
 template <class Writer>
-const TextLayout& layoutOf(const char* unit) {
-  static const TextLayout layout = makeLayout<Writer>(unit);
+const HxTextLayout& layoutOf(const char* unit) {
+  static const HxTextLayout layout = makeLayout<Writer>(unit);
   return layout;
 }
 }  // namespace
+
+const HxTextLayout* hxTextLayout(const std::string& extension) {
+  if (extension == HxTextOutputWriter().fileExtension()) return &layoutOf<HxTextOutputWriter>("row");
+  if (extension == HxXmlOutputWriter().fileExtension()) return &layoutOf<HxXmlOutputWriter>("sample");
+  if (extension == HxMatlabOutputWriter().fileExtension()) return &layoutOf<HxMatlabOutputWriter>("row");
+  if (extension == HxMathematicaOutputWriter().fileExtension()) return &layoutOf<HxMathematicaOutputWriter>("row");
+  return nullptr;
+}
 
 HxFileRepair hxRepairCsvFile(const std::string& path, bool inspectOnly) {
   return repairTextFile(layoutOf<HxTextOutputWriter>("row"), path, inspectOnly);

@@ -21,6 +21,34 @@
 
 #include "tools/lib/HxRepair.h"
 
+/// How the files of one text format are laid out, as its writer writes them.
+struct HxTextLayout {
+  /// The writer's format name.
+  std::string format;
+  /// What every recording's file begins with, whatever was captured.
+  std::string start;
+  /// Its first occurrence after `start` ends the label block.
+  std::string labelEnd;
+  /// Written after the label block, before the first sample.
+  std::string opening;
+  /// Ends every sample.
+  std::string sampleEnd;
+  /// Follows the last sample in a finished file.
+  std::string trailer;
+  /// What a sample is called in messages.
+  std::string sample;
+  /// The label row: it starts after `head` and is `labelOpen`, the labels joined by
+  /// `labelSeparator`, then `labelClose`, which ends the label block.
+  std::string head, labelOpen, labelSeparator, labelClose;
+  /// The characters that stand between and around the values of a sample (the values are the
+  /// runs of other characters).
+  std::string valueSeparators;
+};
+
+/// The layout of the text files with extension `extension` (".csv", ".xml", ".m", ".nb"), taken
+/// from their writer once; null for any other extension.
+const HxTextLayout* hxTextLayout(const std::string& extension);
+
 /// The comma-delimited text file (.csv): cut back to its last whole row. It has no closing text,
 /// so a file that ends with a whole row is finished.
 HxFileRepair hxRepairCsvFile(const std::string& path, bool inspectOnly);

@@ -13,7 +13,6 @@
 
 #include "analysis/types/HxDataCaptureTypes.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
-#include "simulation/HxBasePowerConverter.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
 #include "tests/support/HxAllocationCounter.h"
@@ -24,33 +23,6 @@ using namespace HxTypesTest;
 
 std::unique_ptr<HxDataCaptureType> make(const TypeRow& type) {
   return std::unique_ptr<HxDataCaptureType>(dynamic_cast<HxDataCaptureType*>(type.create()));
-}
-
-// A 2-manipulator, 7-joint, 2-end-effector simulation in which every quantity can be
-// captured, with non-zero values, for manipulator 1, joint 3, end effector 1, on both paths
-// (placements and base frames are the identity, whose quaternion is not zero).
-std::unique_ptr<HxScriptedSimulation> populatedSimulation() {
-  auto sim = std::make_unique<HxScriptedSimulation>(2, 7, 2);
-  sim->setPowerDataAvailable(true);
-  sim->setControlOutputTime(1.0);
-  for (HxU32 m = 0; m < 2; ++m) {
-    sim->setJointPositions(m, {0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7});
-    sim->setJointVelocities(m, {1.1, 1.2, 1.3, 1.4, 1.5, 1.6, 1.7});
-    sim->torque(m).setValues({2.1, 2.2, 2.3, 2.4, 2.5, 2.6, 2.7});
-    sim->individualSimulator(m).mutableLinkForceStates()[3] = HxLinkForceState(true, HxGeneralForce(1, 2, 3, 4, 5, 6));
-    sim->manipulator(m).mutableJointDrive(3).setPowerConverter(std::make_shared<HxDcElectricMotor>(0.8));
-    sim->setEndEffectorVelocity(m, 1, HxGeneralMotion(0.1, 0.2, 0.3, 0.4, 0.5, 0.6));
-    sim->setEndEffectorAcceleration(m, 1, HxGeneralMotion(1.1, 1.2, 1.3, 1.4, 1.5, 1.6));
-    sim->setCenterOfMass(m, HxVector(0.1, 0.2, 0.3));
-    sim->controlInput(m).setValues({3.1, 3.2, 3.3, 3.4, 3.5, 3.6, 3.7});
-    sim->externalForce(m).mutableForces()[3] = HxGeneralForce(6, 5, 4, 3, 2, 1);
-    sim->individualSimulator(m).setJointAccelerations({4.1, 4.2, 4.3, 4.4, 4.5, 4.6, 4.7});
-    sim->individualSimulator(m).setJointTorques({5.1, 5.2, 5.3, 5.4, 5.5, 5.6, 5.7});
-    sim->individualSimulator(m).setBaseAcceleration(HxGeneralMotion(7, 8, 9, 10, 11, 12));
-    sim->activeState(m).mutableVelocityState().setBaseVelocity(HxGeneralMotion(1, 2, 3, 4, 5, 6));
-    sim->systemVelocityState(m).setBaseVelocity(HxGeneralMotion(1, 2, 3, 4, 5, 6));
-  }
-  return sim;
 }
 
 HxU32 elementFor(const HxDataCaptureType& type) { return type.type() == 2 ? 1 : 3; }

@@ -1,0 +1,13 @@
+"""hxsim: recordings of hxrecord and the libhxSimulationAnalysis writers, read into pandas.
+
+    frame = hxsim.read("hxrecord-out/recording.csv")     # .csv .xml .mrd .m .nb, or recording.json
+    summary = hxsim.info("hxrecord-out/recording.mrd")
+    figure = hxsim.plot("display_description.xml", frame)
+"""
+from ._capture import Capture, CapturedType, DisplayDescription, parse_capture, read_capture, read_display
+from ._plot import plot
+from ._recording import info, read
+
+__version__ = "3.0.0"
+__all__ = ["read", "info", "plot", "read_display", "read_capture", "parse_capture", "DisplayDescription",
+           "Capture", "CapturedType", "__version__"]

@@ -1,0 +1,115 @@
+// HxManifestWatch: the watcher process and the rewrite it makes of a manifest left "recording".
+
+#include "tools/lib/HxManifestWatch.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <fstream>
+#include <limits>
+#include <nlohmann/json.hpp>
+
+#include "tools/lib/HxRecordManifest.h"
+#include "tools/lib/HxRepair.h"
+
+namespace {
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+
+// What hxrecord sends before it closes the pipe once the final status is written.
+constexpr char kFinished = 'F';
+
+// The watcher itself, in the forked process: never returns.
+[[noreturn]] void watch(int pipe, const std::string& manifestPath, const std::string& base) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(signal, SIG_IGN);
+  // Nothing of the parent's stays open here: not its files, not the pipes its own reader waits on.
+  const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (int fd = 0; fd <= 2 && null >= 0; ++fd) ::dup2(null, fd);
+  ::close_range(3, static_cast<unsigned>(pipe) - 1, 0);
+  ::close_range(static_cast<unsigned>(pipe) + 1, std::numeric_limits<unsigned>::max(), 0);
+  char received = 0;
+  ssize_t got = 0;
+  while ((got = ::read(pipe, &received, 1)) < 0 && errno == EINTR) {
+  }
+  if (got != 1 || received != kFinished) hxMarkManifestInterrupted(manifestPath, base);
+  ::_exit(0);
+}
+}  // namespace
+
+HxManifestWatch::~HxManifestWatch() { release(false); }
+
+bool HxManifestWatch::start(const std::string& manifestPath, const std::string& base) {
+  int fds[2];
+  if (::pipe2(fds, O_CLOEXEC) != 0) return false;
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    ::close(fds[1]);
+    watch(fds[0], manifestPath, base);
+  }
+  ::close(fds[0]);
+  if (pid < 0) {
+    ::close(fds[1]);
+    return false;
+  }
+  pid_ = pid;
+  pipe_ = fds[1];
+  return true;
+}
+
+void HxManifestWatch::release(bool finalStatusWritten) {
+  if (pipe_ >= 0) {
+    if (finalStatusWritten) {
+      while (::write(pipe_, &kFinished, 1) < 0 && errno == EINTR) {
+      }
+    }
+    ::close(pipe_);
+    pipe_ = -1;
+  }
+  if (pid_ > 0) {
+    while (::waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+    }
+    pid_ = -1;
+  }
+}
+
+bool hxMarkManifestInterrupted(const std::string& manifestPath, const std::string& base) {
+  using Json = nlohmann::ordered_json;
+  std::ifstream in(manifestPath, std::ios::binary);
+  Json manifest = Json::parse(in, nullptr, false);
+  if (!manifest.is_object() || manifest.value("status", Json()) != "recording") return false;
+  char updated[21];
+  hxUtcTimestamp(updated);
+  manifest["updated"] = updated;
+  manifest["status"] = "interrupted";
+  manifest["statusMessage"] =
+      "the recording process ended without finishing (killed or crashed); the files hold "
+      "the samples written before, and 'hxrepair " +
+      base + "' finishes those cut short";
+  // What each file holds, counted by the repair without changing anything.
+  const std::vector<HxFileRepair> held = hxRepairRecording(base, true);
+  std::uint64_t samples = std::numeric_limits<std::uint64_t>::max();
+  Json& files = manifest["files"];
+  for (Json& file : files) {
+    if (!file.is_object() || !file["extension"].is_string()) continue;
+    const std::string path = base + file["extension"].get<std::string>();
+    const auto found = std::find_if(held.begin(), held.end(), [&](const HxFileRepair& r) { return r.path == path; });
+    const std::uint64_t count =
+        found == held.end() || found->outcome == HxFileRepair::Outcome::Missing ? 0 : found->samples;
+    file["samples"] = count;
+    samples = std::min(samples, count);
+  }
+  if (samples == std::numeric_limits<std::uint64_t>::max()) samples = 0;
+  manifest["samples"] = samples;
+  const Json& interval = manifest["sampleInterval"];
+  if (interval.is_number()) {
+    manifest["simulatedTime"] = samples == 0 ? 0.0 : static_cast<double>(samples - 1) * interval.get<double>();
+  }
+  const std::string text = manifest.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  const std::string temporary = manifestPath + ".tmp";
+  return hxReplaceFile(manifestPath.c_str(), temporary.c_str(), text.data(), text.size());
+}
