@@ -206,6 +206,20 @@ def test_formats_pick_exactly_the_named_files(models):
     assert refused.returncode == 2 and "--formats and --writers cannot be given together" in refused.stderr
 
 
+def test_python_copy_of_the_quantity_types_matches_the_library(models):
+    """hxsim draws display descriptions without the C++ library, from its own copy of the types."""
+    from hxsim._capture import QUANTITIES
+    lines = hxrecord("--list-types", cwd=models).stdout.splitlines()
+    start = next(i for i, line in enumerate(lines) if line.startswith("Token"))
+    listed = {}
+    for line in lines[start + 1:]:
+        if not line.strip():
+            break
+        token, _, count, _, _, description, _ = re.split(r"\s{2,}", line)
+        listed[token] = (description, int(count))
+    assert listed == {token: (description, len(labels)) for token, (description, labels) in QUANTITIES.items()}
+
+
 def test_version_names_tool_library_and_engine(models):
     assert [line.split()[0] for line in hxrecord("--version", cwd=models).stdout.splitlines()] == \
         ["hxrecord", "libhxSimulationAnalysis", "MuJoCo"]
