@@ -3,7 +3,7 @@
 #   libhxsimulationanalysis3        runtime  the libraries a host loads
 #   libhxsimulationanalysis-dev     dev      headers, CMake package, pkg-config, library links
 #   libhxsimulationmujoco3          mujoco   the MuJoCo engine behind the simulation interface
-#   hxsimulationanalysis-tools      tools    hxrecord, hxmrd, hxrepair, example models and configurations
+#   hxsimulationanalysis-tools      tools    hxrecord, hxinfo, hxmrd, hxrepair, example models and configurations
 #   python3-hxsim                   python   the Python package hxsim and hxplot (Architecture all)
 # Dependencies on system libraries come from dpkg-shlibdeps; those between the packages are
 # exact versions.
@@ -93,9 +93,10 @@ behind the simulation interface that libhxSimulationAnalysis records.")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
 "recorder of robot-manipulator simulations - command-line tools
 hxrecord records a MuJoCo scene of robot manipulators with one command into
-CSV, XML, MRD, MATLAB and Mathematica files; hxmrd prints the header, labels
-and samples of an MRD file; hxrepair finishes the files of a recording that
-was cut short. Example models and capture configurations are
+CSV, XML, MRD, MATLAB and Mathematica files with a manifest that describes
+every column; hxinfo summarises a recording in any of its formats; hxmrd
+prints the header, labels and samples of an MRD file; hxrepair finishes the
+files of a recording that was cut short. Example models and capture configurations are
 under /usr/share/hxSimulationAnalysis/examples.")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
 "recorder of robot-manipulator simulations - Python package

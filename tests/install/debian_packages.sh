@@ -73,6 +73,8 @@ if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
   LD_LIBRARY_PATH="$libdir" "$root/usr/bin/hxrecord" --quiet --duration 0.5 \
     --model "$root/usr/share/hxSimulationAnalysis/examples/models/two_arms_table.xml" --output "$work/rec/run"
   LD_LIBRARY_PATH="$libdir" "$root/usr/bin/hxmrd" --header "$work/rec/run.mrd" >/dev/null
+  info=$(LD_LIBRARY_PATH="$libdir" "$root/usr/bin/hxinfo" --json "$work/rec/run.json")
+  [[ "$info" == *'"status": "finished"'* ]] || fail "the packaged hxinfo does not read the packaged hxrecord's manifest"
   check_recording "$work/rec/run"
 fi
 

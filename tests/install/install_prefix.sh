@@ -20,7 +20,7 @@ if [ "$HX_MUJOCO" = 1 ]; then
     "$HX_PREFIX/include/hxSimulationAnalysis/simulation/mujoco/HxMujocoSimulation.h")
 fi
 if [ "$HX_TOOLS" = 1 ]; then
-  expected+=("$HX_PREFIX/bin/hxmrd" "$HX_PREFIX/bin/hxrepair" "$HX_PREFIX/share/hxSimulationAnalysis/examples/config/default_capture.xml"
+  expected+=("$HX_PREFIX/bin/hxmrd" "$HX_PREFIX/bin/hxrepair" "$HX_PREFIX/bin/hxinfo" "$HX_PREFIX/share/hxSimulationAnalysis/examples/config/default_capture.xml"
     "$HX_PREFIX/bin/hxplot" "$HX_PREFIX/lib/python3/dist-packages/hxsim/__init__.py")
   [ "$HX_MUJOCO" = 1 ] && expected+=("$HX_PREFIX/bin/hxrecord" "$HX_PREFIX/share/hxSimulationAnalysis/examples/models/two_arms_table.xml")
 fi

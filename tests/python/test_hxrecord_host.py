@@ -135,6 +135,12 @@ def test_capture_all_records_every_supported_type_and_reads_back(models, mode):
         assert any(label == prefix + description or label.startswith(prefix + description + ":")
                    for label in labels), prefix + description
     assert len(labels) == sum(count for *_, count in expected)
+    # The manifest gives each joint's unit by its kind, and marks nothing recorded as not computed.
+    manifest = json.loads((base.parent / "all.json").read_text())
+    assert [column["label"] for column in manifest["columns"]][2:] == labels
+    units = {column["label"]: column["unit"] for column in manifest["columns"]}
+    assert (units["Manip[0]:l1:Joint Positions"], units["Manip[0]:l2:Joint Positions"]) == ("rad", "m")
+    assert all(column["computed"] for column in manifest["columns"])
     # The saved configuration records the same columns.
     hxrecord("-q", "-m", "slider.xml", "-c", "capture.xml", "--mode", mode, "-d", "0.05", "--formats", "csv",
              "-o", models / mode / "again", cwd=models)
