@@ -1,6 +1,7 @@
 # What `cmake --install` puts under the prefix, by component:
 #   runtime  the three shared libraries a host loads
 #   mujoco   the MuJoCo engine's shared library
+#   hdf5     the HDF5 writer's shared library
 #   dev      headers under include/hxSimulationAnalysis, the unversioned library links, the CMake
 #            package (find_package(hxSimulationAnalysis 3 CONFIG)), pkg-config files, examples/host
 #   tools    hxrecord, hxmrd and hxrepair, with the example models and configurations under share/
@@ -9,8 +10,8 @@ set(HX_CMAKE_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/hxSimulationAnalysis)
 set(HX_PKGCONFIG_DIR ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 set(HX_SHARE_DIR ${CMAKE_INSTALL_DATADIR}/hxSimulationAnalysis)
 
-# Libraries and their exported targets; the engine's targets go to a file of their own, loaded
-# by the package only where the engine's library is installed.
+# Libraries and their exported targets; the engine's and the HDF5 writer's targets go to files of
+# their own, each loaded by the package only where its library is installed.
 install(TARGETS hx_framework hx_simulation hx_analysis EXPORT hxSimulationAnalysisTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(EXPORT hxSimulationAnalysisTargets NAMESPACE hx::
@@ -23,6 +24,15 @@ if(TARGET hx_simulation_mujoco)
     DESTINATION ${HX_CMAKE_PACKAGE_DIR} COMPONENT dev)
   set(HX_MUJOCO_LIBRARY_FILE
     ${CMAKE_SHARED_LIBRARY_PREFIX}hxSimulationMujoco${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
+endif()
+set(HX_HDF5_LIBRARY_FILE "")
+if(TARGET hx_analysis_hdf5)
+  install(TARGETS hx_analysis_hdf5 EXPORT hxSimulationAnalysisHdf5Targets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT hdf5 NAMELINK_COMPONENT dev)
+  install(EXPORT hxSimulationAnalysisHdf5Targets NAMESPACE hx::
+    DESTINATION ${HX_CMAKE_PACKAGE_DIR} COMPONENT dev)
+  set(HX_HDF5_LIBRARY_FILE
+    ${CMAKE_SHARED_LIBRARY_PREFIX}hxSimulationHdf5${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
 endif()
 
 # Public headers, under one include root, laid out as the project includes them.
@@ -64,6 +74,10 @@ hx_pkg_config(hxSimulationAnalysis hxSimulationAnalysis
 if(TARGET hx_simulation_mujoco)
   hx_pkg_config(hxSimulationMujoco hxSimulationMujoco "hxSimulation = ${PROJECT_VERSION}"
     "MuJoCo engine behind the simulation interface")
+endif()
+if(TARGET hx_analysis_hdf5)
+  hx_pkg_config(hxSimulationHdf5 hxSimulationHdf5 "hxSimulationAnalysis = ${PROJECT_VERSION}"
+    "HDF5 writer and reader of libhxSimulationAnalysis recordings")
 endif()
 
 # The stand-alone host example, to copy.

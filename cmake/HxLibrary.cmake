@@ -26,18 +26,25 @@ function(hx_add_library name)
 endfunction()
 
 # hx_public_headers(<var>): the headers a host includes, absolute paths: every header of
-# framework/, simulation/ (not the scripted test double) and analysis/, and the MuJoCo engine's
-# one header when the engine is built. They are what gets installed and what the API reference
-# documents.
+# framework/, simulation/ (not the scripted test double) and analysis/, the MuJoCo engine's one
+# header when the engine is built and those of the HDF5 library (analysis/hdf5) when it is.
+# They are what gets installed and what the API reference documents.
 function(hx_public_headers var)
   file(GLOB framework ${PROJECT_SOURCE_DIR}/framework/*.h)
   # The reader's own parts, which name libxml2's types, stay out of the interface.
   list(FILTER framework EXCLUDE REGEX "/(HxLibxmlErrors|HxXmlAttributeScan)\\.h$")
   file(GLOB simulation ${PROJECT_SOURCE_DIR}/simulation/*.h)
   file(GLOB_RECURSE analysis ${PROJECT_SOURCE_DIR}/analysis/*.h)
+  list(FILTER analysis EXCLUDE REGEX "/analysis/hdf5/")
   set(headers ${framework} ${simulation} ${analysis})
   if(TARGET hx::mujoco)
     list(APPEND headers ${PROJECT_SOURCE_DIR}/simulation/mujoco/HxMujocoSimulation.h)
+  endif()
+  # The HDF5 library's headers, when it is built; its HDF5 support header names HDF5's types.
+  if(TARGET hx::hdf5)
+    file(GLOB hdf5 ${PROJECT_SOURCE_DIR}/analysis/hdf5/*.h)
+    list(FILTER hdf5 EXCLUDE REGEX "/HxHdf5Support\\.h$")
+    list(APPEND headers ${hdf5})
   endif()
   list(SORT headers)
   set(${var} ${headers} PARENT_SCOPE)

@@ -3,6 +3,7 @@
 #   libhxsimulationanalysis3        runtime  the libraries a host loads
 #   libhxsimulationanalysis-dev     dev      headers, CMake package, pkg-config, library links
 #   libhxsimulationmujoco3          mujoco   the MuJoCo engine behind the simulation interface
+#   libhxsimulationhdf5-3           hdf5     the HDF5 writer and reader
 #   hxsimulationanalysis-tools      tools    hxrecord, hxinfo, hxmrd, hxrepair, example models and configurations
 #   python3-hxsim                   python   the Python package hxsim and hxplot (Architecture all)
 # Dependencies on system libraries come from dpkg-shlibdeps; those between the packages are
@@ -12,6 +13,7 @@ set(HX_DEB_PACKAGES
   runtime libhxsimulationanalysis3 libs
   dev libhxsimulationanalysis-dev libdevel
   mujoco libhxsimulationmujoco3 libs
+  hdf5 libhxsimulationhdf5-3 libs
   tools hxsimulationanalysis-tools science
   python python3-hxsim python)
 
@@ -25,6 +27,9 @@ set(HX_DEB_COMPONENTS "")
 while(HX_DEB_PACKAGES)
   list(POP_FRONT HX_DEB_PACKAGES component package section)
   if(component STREQUAL "mujoco" AND NOT TARGET hx_simulation_mujoco)
+    continue()
+  endif()
+  if(component STREQUAL "hdf5" AND NOT TARGET hx_analysis_hdf5)
     continue()
   endif()
   if(component MATCHES "^(tools|python)$" AND NOT HX_BUILD_TOOLS)
@@ -56,7 +61,7 @@ set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
 # needs among; the dependencies on their packages are the component dependencies below.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
   ${PROJECT_BINARY_DIR}/framework ${PROJECT_BINARY_DIR}/simulation ${PROJECT_BINARY_DIR}/simulation/mujoco
-  ${PROJECT_BINARY_DIR}/analysis)
+  ${PROJECT_BINARY_DIR}/analysis ${PROJECT_BINARY_DIR}/analysis/hdf5)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 # Library packages activate dpkg's ldconfig trigger, as Debian requires. CPack also writes
@@ -64,6 +69,7 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS ON)
 # them, and empty scripts of our own would only trade that warning for another.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_MUJOCO_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
+set(CPACK_DEBIAN_HDF5_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
@@ -90,26 +96,37 @@ set(CPACK_COMPONENT_MUJOCO_DESCRIPTION
 libhxSimulationMujoco loads a MuJoCo model (MJCF or URDF), finds its
 manipulators, links, end effectors, motors and path points, and steps it
 behind the simulation interface that libhxSimulationAnalysis records.")
+set(CPACK_COMPONENT_HDF5_DESCRIPTION
+"recorder of robot-manipulator simulations - HDF5 writer
+libhxSimulationHdf5 adds an HDF5 output writer to libhxSimulationAnalysis:
+every sample's values as exact float64 in one chunked, extendible dataset,
+optionally compressed, with the columns' labels and units as attributes, and
+readable while it is written and after a crash (single-writer/multiple-reader
+mode). It also reads such files back, and gives configuration readers an
+object factory that lets writer lists name the HDF5 writer.")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
 "recorder of robot-manipulator simulations - command-line tools
 hxrecord records a MuJoCo scene of robot manipulators with one command into
-CSV, XML, MRD, MATLAB and Mathematica files with a manifest that describes
-every column; hxinfo summarises a recording in any of its formats; hxmrd
-prints the header, labels and samples of an MRD file; hxrepair finishes the
-files of a recording that was cut short. Example models and capture configurations are
-under /usr/share/hxSimulationAnalysis/examples.")
+CSV, XML, MRD, MATLAB, Mathematica and HDF5 files with a manifest that
+describes every column; hxinfo summarises a recording in any of its formats;
+hxmrd prints the header, labels and samples of an MRD file; hxrepair finishes
+the files of a recording that was cut short. Example models and capture
+configurations are under /usr/share/hxSimulationAnalysis/examples.")
 set(CPACK_COMPONENT_PYTHON_DESCRIPTION
 "recorder of robot-manipulator simulations - Python package
-hxsim reads the CSV, XML, MRD, MATLAB and Mathematica files of a recording
-into pandas DataFrames (also files cut short, up to their last whole
-sample), with the units and column descriptions of hxrecord's manifest, and
-summarises them. hxplot draws a display description from a recording into a
-PNG, SVG or PDF file with matplotlib.")
+hxsim reads the CSV, XML, MRD, MATLAB, Mathematica and HDF5 (with h5py)
+files of a recording into pandas DataFrames (also files cut short, up to
+their last whole sample), with the units and column descriptions of
+hxrecord's manifest, and summarises them. hxplot draws a display description
+from a recording into a PNG, SVG or PDF file with matplotlib.")
 # Pure Python: no compiled code, the interpreter's packages as dependencies.
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3, python3-numpy, python3-pandas, python3-matplotlib")
+# h5py only serves the HDF5 files, which hxrecord writes only when asked to.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-h5py")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_MUJOCO_DEPENDS runtime)
-set(CPACK_COMPONENT_TOOLS_DEPENDS runtime mujoco)
+set(CPACK_COMPONENT_HDF5_DEPENDS runtime)
+set(CPACK_COMPONENT_TOOLS_DEPENDS runtime mujoco hdf5)
 include(CPack)

@@ -17,5 +17,7 @@ setup(
     packages=["hxsim"],
     python_requires=">=3.9",
     install_requires=["numpy", "pandas", "matplotlib"],
+    # Reading HDF5 recordings (.h5): `pip install ./python[hdf5]`.
+    extras_require={"hdf5": ["h5py"]},
     entry_points={"console_scripts": ["hxplot = hxsim.hxplot:main"]},
 )

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the Debian packages into build/package/: libhxsimulationanalysis3,
-# libhxsimulationanalysis-dev, libhxsimulationmujoco3, hxsimulationanalysis-tools and python3-hxsim.
+# libhxsimulationanalysis-dev, libhxsimulationmujoco3, libhxsimulationhdf5-3,
+# hxsimulationanalysis-tools and python3-hxsim.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -23,7 +23,7 @@ struct Rules {
 
 Rules rulesFor(const std::string& extension) {
   Rules rules;
-  if (extension == ".xml") {
+  if (extension == ".xml" || extension == ".h5") {
     rules.xmlWhitespaceAllowed = true;
   } else if (extension == ".nb") {
     rules.doubleQuote = rules.backslash = true;

@@ -59,7 +59,8 @@ struct HxUnsafeLabel {
 /// - comma-delimited text, MATLAB and MRD: a comma, a quote of either kind, the MRD label
 ///   separator "  -  ", a control character;
 /// - Mathematica: a double quote, a backslash, a control character;
-/// - XML: a control character other than tab, line feed and carriage return;
+/// - XML, and HDF5 (".h5": labels are string attributes): a control character other than tab,
+///   line feed and carriage return;
 /// - every format: bytes that are not UTF-8.
 ///
 /// A writer of another class is checked as the strictest of these.

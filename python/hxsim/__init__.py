@@ -1,6 +1,6 @@
 """hxsim: recordings of hxrecord and the libhxSimulationAnalysis writers, read into pandas.
 
-    frame = hxsim.read("hxrecord-out/recording.csv")     # .csv .xml .mrd .m .nb, or recording.json
+    frame = hxsim.read("hxrecord-out/recording.csv")     # .csv .xml .mrd .m .nb .h5, or recording.json
     summary = hxsim.info("hxrecord-out/recording.mrd")
     figure = hxsim.plot("display_description.xml", frame)
 """

@@ -1,4 +1,4 @@
-"""Readers of the five recording formats.
+"""Readers of the six recording formats.
 
 Each reader returns a Table: the labels as the file holds them (CSV, MATLAB and Mathematica files
 name every column of the capture's full size, so disabled columns leave empty labels at the end;
@@ -26,7 +26,8 @@ class Table:
     values: np.ndarray    # samples x columns
     finished: bool        # False when the file shows that its recording was cut short
     underscored: bool = False   # labels hold "_" for blanks (MRD)
-    exact_labels: bool = False  # one label per data column, disabled columns already left out (XML)
+    exact_labels: bool = False  # one label per data column, disabled columns already left out (XML, HDF5)
+    units: list = None          # one unit per column, when the file names them (HDF5)
 
 
 class _Slice(io.RawIOBase):
@@ -297,5 +298,38 @@ def capture_of_xml(path):
     return None
 
 
-READERS = {".csv": read_csv, ".m": read_matlab, ".mrd": read_mrd, ".xml": read_xml, ".nb": read_mathematica}
-FORMATS = {".csv": "csv", ".m": "matlab", ".mrd": "mrd", ".xml": "xml", ".nb": "mathematica"}
+def _texts(values):
+    return [value.decode("utf-8") if isinstance(value, bytes) else str(value) for value in values]
+
+
+def read_hdf5(path):
+    """HDF5 (needs h5py): the float64 dataset "samples" (samples x columns) and its "labels" and
+    "units" attributes, one per column. A file whose writer did not close it (killed, or still
+    writing) opens only in HDF5's SWMR read mode; it is read up to its last flushed chunk and counts
+    as not finished."""
+    try:
+        import h5py
+    except ImportError:
+        raise ImportError(f"{path}: reading an HDF5 recording needs h5py (Debian: python3-h5py)") from None
+    try:
+        handle, finished = h5py.File(path, "r"), True
+    except OSError:
+        try:
+            handle, finished = h5py.File(path, "r", swmr=True), False
+        except OSError as error:
+            raise ValueError(f"{path}: not a readable HDF5 file: {error}") from None
+    with handle:
+        samples = handle.get("samples")
+        if samples is None or len(samples.shape) != 2:
+            raise ValueError(f"{path}: no two-dimensional dataset 'samples'")
+        values = samples[()].astype(np.float64, copy=False)
+        labels = _texts(samples.attrs.get("labels", []))
+        units = _texts(samples.attrs.get("units", []))
+    width = values.shape[1]
+    return Table(labels if len(labels) == width else [], values, finished, exact_labels=True,
+                 units=units if len(units) == width else None)
+
+
+READERS = {".csv": read_csv, ".m": read_matlab, ".mrd": read_mrd, ".xml": read_xml, ".nb": read_mathematica,
+           ".h5": read_hdf5}
+FORMATS = {".csv": "csv", ".m": "matlab", ".mrd": "mrd", ".xml": "xml", ".nb": "mathematica", ".h5": "hdf5"}

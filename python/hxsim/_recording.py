@@ -52,14 +52,16 @@ def _column_labels(path, table, manifest_columns):
 
 
 def read(path):
-    """Reads one recording file (.csv, .xml, .mrd, .m or .nb; or the manifest BASE.json, which reads
-    the CSV file it names) into a DataFrame indexed by time (named "Time"), one column per data
+    """Reads one recording file (.csv, .xml, .mrd, .m, .nb or .h5; or the manifest BASE.json, which
+    reads the CSV file it names) into a DataFrame indexed by time (named "Time"), one column per data
     column, named by its label. A file whose recording was cut short is read up to its last whole
-    sample. MRD values are float32, as the file stores them (the other formats give float64).
+    sample (an HDF5 file up to its last flushed chunk). MRD values are float32, as the file stores
+    them (the other formats give float64). Reading .h5 needs h5py.
 
-    attrs: "path", "format" ("csv", "xml", "mrd", "matlab", "mathematica"), "finished" (False when the
-    file shows it was cut short); with the manifest beside the file also "manifest" (the dict) and
-    "units" ({label: unit}, "" for none), and the labels come from the manifest.
+    attrs: "path", "format" ("csv", "xml", "mrd", "matlab", "mathematica", "hdf5"), "finished" (False
+    when the file shows it was cut short); with the manifest beside the file also "manifest" (the
+    dict) and "units" ({label: unit}, "" for none), and the labels come from the manifest. An HDF5
+    file gives its own units without the manifest.
     """
     path = Path(path)
     manifest = _manifest.load(path)
@@ -69,7 +71,8 @@ def read(path):
         path = _manifest.data_file(path, manifest)
     suffix = path.suffix.lower()
     if suffix not in READERS:
-        raise ValueError(f"{path}: unknown recording format '{path.suffix}' (known: .csv, .xml, .mrd, .m, .nb)")
+        raise ValueError(f"{path}: unknown recording format '{path.suffix}' "
+                         f"(known: .csv, .xml, .mrd, .m, .nb, .h5)")
     manifest_columns = _manifest.columns(manifest) if manifest else []
     if suffix == ".mrd":
         table = READERS[suffix](path, _manifest_widths(manifest_columns, path))
@@ -84,6 +87,8 @@ def read(path):
         frame.attrs["manifest"] = manifest
         if from_manifest:
             frame.attrs["units"] = {label: entry.get("unit") or "" for label, entry in zip(labels, manifest_columns)}
+    if "units" not in frame.attrs and table.units is not None:
+        frame.attrs["units"] = dict(zip(labels, table.units))
     return frame
 
 

@@ -11,7 +11,7 @@ DESCRIPTION = """\
 Draws the plot a display description describes from a recorded file: scrollingCurve plots draw the
 left capture's columns over time against the left axis and the right capture's against a right
 axis; barChart plots draw the values of the last sample (or of the last sample at or before
---time) as bars. The recording is any file hxrecord writes (.csv, .xml, .mrd, .m, .nb) or its
+--time) as bars. The recording is any file hxrecord writes (.csv, .xml, .mrd, .m, .nb, .h5) or its
 manifest (BASE.json); with the manifest beside it, the axes carry the columns' units."""
 
 EPILOG = """\

@@ -5,7 +5,7 @@
 source "$(dirname "$0")/common.sh"
 work="$HX_WORK/build_options"
 work_dir "$work"
-options=(HX_BUILD_MUJOCO HX_BUILD_TOOLS HX_BUILD_EXAMPLES HX_BUILD_TESTS HX_BUILD_BENCHMARKS)
+options=(HX_BUILD_MUJOCO HX_BUILD_HDF5 HX_BUILD_TOOLS HX_BUILD_EXAMPLES HX_BUILD_TESTS HX_BUILD_BENCHMARKS)
 combinations=$(( 1 << ${#options[@]} ))
 failed=()
 for (( combination = 0; combination < combinations; combination++ )); do

@@ -7,7 +7,7 @@ work_dir "$work"
 step "building the packages"
 cmake -S "$HX_SOURCE_DIR" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr \
   -DHX_INSTALL=ON -DHX_BUILD_TESTS=OFF -DHX_BUILD_BENCHMARKS=OFF -DHX_BUILD_EXAMPLES=OFF \
-  -DHX_BUILD_TOOLS="$HX_TOOLS" -DHX_BUILD_MUJOCO="$HX_MUJOCO" \
+  -DHX_BUILD_TOOLS="$HX_TOOLS" -DHX_BUILD_MUJOCO="$HX_MUJOCO" -DHX_BUILD_HDF5="$HX_HDF5" \
   -DHX_WARNINGS_AS_ERRORS="${HX_WARNINGS_AS_ERRORS:-OFF}" >/dev/null
 cmake --build "$work/build" >/dev/null
 (cd "$work/build" && cpack -G DEB >/dev/null)
@@ -16,10 +16,12 @@ arch=$(dpkg --print-architecture)
 runtime="$work/build/libhxsimulationanalysis3_3.0.0_$arch.deb"
 dev="$work/build/libhxsimulationanalysis-dev_3.0.0_$arch.deb"
 mujoco="$work/build/libhxsimulationmujoco3_3.0.0_$arch.deb"
+hdf5="$work/build/libhxsimulationhdf5-3_3.0.0_$arch.deb"
 tools="$work/build/hxsimulationanalysis-tools_3.0.0_$arch.deb"
 pydeb="$work/build/python3-hxsim_3.0.0_all.deb"
 packages=("$runtime" "$dev")
 [ "$HX_MUJOCO" = 1 ] && packages+=("$mujoco")
+[ "$HX_HDF5" = 1 ] && packages+=("$hdf5")
 [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ] && packages+=("$tools")
 [ "$HX_TOOLS" = 1 ] && packages+=("$pydeb")
 for deb in "${packages[@]}"; do
@@ -30,21 +32,29 @@ done
 step "lintian"
 lintian --fail-on error --no-tag-display-limit "${packages[@]}" || fail "lintian reports errors"
 
-# Dependencies: computed from the binaries, exact between the packages, MuJoCo only where needed.
+# Dependencies: computed from the binaries, exact between the packages, MuJoCo and HDF5 only where
+# needed.
 depends() { dpkg-deb -f "$1" Depends; }
 depends "$runtime" | grep -q "libxml2" || fail "the runtime package does not depend on libxml2"
 if depends "$runtime" | grep -qi mujoco; then fail "the runtime package depends on MuJoCo"; fi
+if depends "$runtime" | grep -qi hdf5; then fail "the runtime package depends on HDF5"; fi
 depends "$dev" | grep -qF "libhxsimulationanalysis3 (= 3.0.0)" || fail "the -dev package does not depend on the runtime"
 if [ "$HX_MUJOCO" = 1 ]; then
   depends "$mujoco" | grep -q "libmujoco" || fail "the engine package does not depend on MuJoCo: $(depends "$mujoco")"
 fi
+if [ "$HX_HDF5" = 1 ]; then
+  depends "$hdf5" | grep -q "libhdf5" || fail "the HDF5 writer's package does not depend on HDF5: $(depends "$hdf5")"
+  depends "$hdf5" | grep -qF "libhxsimulationanalysis3 (= 3.0.0)" || fail "the HDF5 writer's package does not depend on the runtime"
+fi
 if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
   depends "$tools" | grep -qF "libhxsimulationmujoco3 (= 3.0.0)" || fail "the tools package does not depend on the engine"
+  depends "$tools" | grep -qF "libhxsimulationhdf5-3 (= 3.0.0)" || fail "the tools package does not depend on the HDF5 writer"
 fi
 if [ "$HX_TOOLS" = 1 ]; then
   [ "$(dpkg-deb -f "$pydeb" Architecture)" = all ] || fail "the Python package is not Architecture: all"
   [ "$(depends "$pydeb")" = "python3, python3-numpy, python3-pandas, python3-matplotlib" ] ||
     fail "the Python package depends on: $(depends "$pydeb")"
+  [ "$(dpkg-deb -f "$pydeb" Suggests)" = "python3-h5py" ] || fail "the Python package does not suggest h5py"
 fi
 for deb in "${packages[@]}"; do echo "$(basename "$deb"): Depends: $(depends "$deb")"; done
 
@@ -55,6 +65,13 @@ for deb in "${packages[@]}"; do dpkg-deb -x "$deb" "$root"; done
 build_host "$work/host-src" "$work/host-build" "$root/usr"
 "$work/host-build/pendulum_host" "$work/out/pendulum"
 check_recording "$work/out/pendulum"
+if [ "$HX_HDF5" = 1 ]; then
+  cmake -S "$HX_SOURCE_DIR/tests/install/hdf5_host" -B "$work/hdf5-host-build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    -DCMAKE_PREFIX_PATH="$root/usr" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF >/dev/null
+  cmake --build "$work/hdf5-host-build" >/dev/null
+  LD_LIBRARY_PATH="$(dirname "$(find "$root" -name 'libhxSimulationHdf5.so.3')")" \
+    "$work/hdf5-host-build/hdf5_host" "$work/out/hdf5" >/dev/null
+fi
 
 # The -dev package serves a host without the engine's package: the engine's targets are not loaded.
 if [ "$HX_MUJOCO" = 1 ]; then

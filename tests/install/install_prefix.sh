@@ -19,6 +19,11 @@ if [ "$HX_MUJOCO" = 1 ]; then
   expected+=("$lib/libhxSimulationMujoco.so.3" "$lib/pkgconfig/hxSimulationMujoco.pc"
     "$HX_PREFIX/include/hxSimulationAnalysis/simulation/mujoco/HxMujocoSimulation.h")
 fi
+if [ "$HX_HDF5" = 1 ]; then
+  expected+=("$lib/libhxSimulationHdf5.so.3" "$lib/pkgconfig/hxSimulationHdf5.pc"
+    "$lib/cmake/hxSimulationAnalysis/hxSimulationAnalysisHdf5Targets.cmake"
+    "$HX_PREFIX/include/hxSimulationAnalysis/analysis/hdf5/HxHdf5OutputWriter.h")
+fi
 if [ "$HX_TOOLS" = 1 ]; then
   expected+=("$HX_PREFIX/bin/hxmrd" "$HX_PREFIX/bin/hxrepair" "$HX_PREFIX/bin/hxinfo" "$HX_PREFIX/share/hxSimulationAnalysis/examples/config/default_capture.xml"
     "$HX_PREFIX/bin/hxplot" "$HX_PREFIX/lib/python3/dist-packages/hxsim/__init__.py")
@@ -28,9 +33,9 @@ for file in "${expected[@]}"; do
   [ -e "$file" ] || fail "not installed: ${file#"$HX_PREFIX"/}"
 done
 
-# Neither the test double nor anything of the engine's internals is installed.
+# Neither the test double nor anything of the engine's or the HDF5 library's internals is installed.
 leaked=$(find "$HX_PREFIX" \( -iname '*scripted*' -o -name 'HxMujocoKinematics.h' -o -name 'HxMujocoLayout.h' \
-  -o -name 'mujoco.h' -o -name '*.cpp' -a ! -path '*/examples/host/*' \))
+  -o -name 'mujoco.h' -o -name 'HxHdf5Support.h' -o -name 'hdf5.h' -o -name '*.cpp' -a ! -path '*/examples/host/*' \))
 [ -z "$leaked" ] || fail "installed but internal: $leaked"
 
 # The installed tools run from the prefix, finding the libraries beside them.

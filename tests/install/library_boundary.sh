@@ -1,18 +1,29 @@
-# What a host gets when it links the library: versioned shared objects that need no MuJoCo,
-# and none of the project's own build flags, whether installed or added as a subdirectory.
+# What a host gets when it links the library: versioned shared objects that need neither MuJoCo
+# nor HDF5, and none of the project's own build flags, whether installed or added as a
+# subdirectory.
 source "$(dirname "$0")/common.sh"
 lib="$HX_PREFIX/$HX_LIBDIR"
 
-# Each library carries its SONAME, and the host's libraries need no MuJoCo.
+# Each library carries its SONAME, and the host's libraries need no MuJoCo and no HDF5.
 for name in hxXmlFramework hxSimulation hxSimulationAnalysis; do
   dynamic=$(readelf -d "$lib/lib$name.so.3")
   grep -qF "Library soname: [lib$name.so.3]" <<<"$dynamic" || fail "lib$name.so.3 has no SONAME lib$name.so.3"
   if grep -qi "NEEDED.*mujoco" <<<"$dynamic"; then fail "lib$name.so.3 needs MuJoCo"; fi
+  if grep -qi "NEEDED.*hdf5" <<<"$dynamic"; then fail "lib$name.so.3 needs HDF5"; fi
   [ "$(readlink "$lib/lib$name.so")" = "lib$name.so.3" ] || fail "lib$name.so does not link to lib$name.so.3"
 done
 if [ "$HX_MUJOCO" = 1 ]; then
   readelf -d "$lib/libhxSimulationMujoco.so.3" | grep -q "NEEDED.*libmujoco" \
     || fail "the engine's library does not need MuJoCo"
+fi
+if [ "$HX_HDF5" = 1 ]; then
+  dynamic=$(readelf -d "$lib/libhxSimulationHdf5.so.3")
+  grep -qF "Library soname: [libhxSimulationHdf5.so.3]" <<<"$dynamic" || fail "libhxSimulationHdf5.so.3 has no SONAME"
+  grep -q "NEEDED.*libhdf5" <<<"$dynamic" || fail "the HDF5 writer's library does not need HDF5"
+  # A host linking hx::analysis alone is given no HDF5 (nor the HDF5 writer's library).
+  if grep -n "hdf5" "$lib/cmake/hxSimulationAnalysis/hxSimulationAnalysisTargets.cmake"; then
+    fail "hx::analysis passes HDF5 on to its hosts"
+  fi
 fi
 
 # The exported package and the pkg-config files pass on no project flag.

@@ -162,7 +162,7 @@ const std::vector<FailureCase> kFailures = {
     // The options that explain a scene; --check fails as the recording would, creating nothing.
     {"UnknownFormat", "--formats csv,pdf", 2,
      "invalid value 'csv,pdf' for --formats: unknown format 'pdf'; expected a comma-separated list of csv, xml, mrd, "
-     "m, nb (or text, matlab, mathematica)" +
+     "m, nb, h5 (or text, matlab, mathematica, hdf5)" +
          kTry},
     {"FormatTwice", "--formats=csv,text", 2,
      "invalid value 'csv,text' for --formats: format 'csv' is named twice" + kTry},

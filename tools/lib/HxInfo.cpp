@@ -16,6 +16,8 @@
 
 #include "analysis/capture/HxColumnDescription.h"
 #include "analysis/capture/HxSystemDataCapture.h"
+#include "analysis/hdf5/HxHdf5OutputWriter.h"
+#include "analysis/hdf5/HxHdf5Reader.h"
 #include "analysis/writers/HxMrdOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxPrint.h"
@@ -407,6 +409,34 @@ bool readXmlFile(const std::string& path, HxInfoData& data, const HxInfoManifest
   return true;
 }
 
+// The HDF5 file, through its reader, a block of samples at a time: labels and units are the
+// file's own. A file its writer did not close holds the chunks flushed before.
+bool readHdf5File(const std::string& path, HxInfoData& data, const HxInfoManifest* manifest, std::string& error) {
+  HxHdf5Reader reader;
+  if (!reader.open(path, error)) return false;
+  const std::size_t columns = reader.columns();
+  const std::uint64_t perBlock =
+      std::max<std::uint64_t>(1, kPiece / sizeof(double) / std::max<std::size_t>(1, columns));
+  std::vector<double> block(static_cast<std::size_t>(perBlock) * columns);
+  Statistics statistics(data);
+  for (std::uint64_t first = 0; first < reader.samples(); first += perBlock) {
+    const std::uint64_t count = std::min(perBlock, reader.samples() - first);
+    if (!reader.read(first, count, block.data(), error)) return false;
+    for (std::uint64_t row = 0; row < count; ++row) {
+      if (!statistics.add(block.data() + row * columns, columns, error)) return false;
+    }
+  }
+  std::vector<std::string> labels = reader.labels();
+  if (labels.empty()) labels.resize(columns);
+  statistics.finish(labels, reader.units(), manifest);
+  data.finished = reader.finished();
+  if (!data.finished) {
+    data.repairable = false;
+    data.repair = "its writer did not close it (it still writes, or was killed): it holds the samples flushed before";
+  }
+  return true;
+}
+
 }  // namespace
 
 bool hxReadInfoData(const std::string& path, const HxInfoManifest* manifest, HxInfoData& data, std::string& error) {
@@ -417,9 +447,13 @@ bool hxReadInfoData(const std::string& path, const HxInfoManifest* manifest, HxI
     data.format = HxMrdOutputWriter().formatDescriptor();
     return readMrdFile(path, data, manifest, error);
   }
+  if (extension == HxHdf5OutputWriter().fileExtension()) {
+    data.format = HxHdf5OutputWriter().formatDescriptor();
+    return readHdf5File(path, data, manifest, error);
+  }
   const HxTextLayout* layout = hxTextLayout(extension);
   if (layout == nullptr) {
-    error = "is not a recording's file (.csv, .xml, .mrd, .m, .nb) nor its manifest (.json)";
+    error = "is not a recording's file (.csv, .xml, .mrd, .m, .nb, .h5) nor its manifest (.json)";
     return false;
   }
   data.format = layout->format;

@@ -1,5 +1,5 @@
 #pragma once
-// HxInfo: what hxinfo finds in a recording: the statistics of a data file in any of the five
+// HxInfo: what hxinfo finds in a recording: the statistics of a data file in any of the six
 // formats, read in one pass, and what the manifest beside it says.
 
 #include <cstdint>
@@ -28,6 +28,8 @@ struct HxInfoData {
   /// hxrepair would do with it).
   bool finished = false;
   std::string repair;
+  /// False for a file hxrepair leaves as it is (HDF5: readable as it stands).
+  bool repairable = true;
   /// Whole samples; the statistics are over them.
   std::uint64_t samples = 0;
   /// Time of the first and the last sample (when there is one).
@@ -73,7 +75,7 @@ bool hxIsManifestPath(const std::string& path);
 /// is not an hxrecord manifest.
 bool hxReadInfoManifest(const std::string& path, HxInfoManifest& manifest, std::string& error);
 
-/// Reads the data file at `path` (.csv, .xml, .mrd, .m or .nb, by its extension) in one pass,
+/// Reads the data file at `path` (.csv, .xml, .mrd, .m, .nb or .h5, by its extension) in one pass,
 /// holding one sample at a time, into `data`; a file cut short is inspected by the repair
 /// without being changed. Column labels and units come from `manifest` when it is given and has
 /// as many columns as the file. False, with one sentence in `error`, for an unknown extension

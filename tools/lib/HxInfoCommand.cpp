@@ -172,7 +172,8 @@ void writeReport(std::ostream& out, const Findings& found) {
   out << "format: " << data.format << "\n";
   out << "status: "
       << (data.finished ? std::string("finished")
-                        : "cut short: " + data.repair + " ('hxrepair " + base(data.path) + "' repairs it)")
+                        : "cut short: " + data.repair +
+                              (data.repairable ? " ('hxrepair " + base(data.path) + "' repairs it)" : ""))
       << "\n";
   out << "samples: " << data.samples << "\n";
   out << "columns: " << data.columns.size() << "\n";
@@ -243,12 +244,13 @@ const std::string& hxInfoUsage() {
       "Usage: hxinfo [--columns] [--json] FILE\n"
       "\n"
       "Summarises a recording. FILE is one of its files (BASE.csv, BASE.xml, BASE.mrd, BASE.m,\n"
-      "BASE.nb) or its manifest (BASE.json, which hxrecord writes beside them). For a file it\n"
-      "prints the format, the samples, the columns, the time range, whether the file is\n"
-      "finished or was cut short (and then what 'hxrepair BASE' would do with it), and per\n"
-      "column its label, unit, minimum, maximum and mean. The units (and the labels) come from\n"
-      "the manifest beside the file when there is one; without it the XML file's own capture\n"
-      "configuration gives the units it can, the other files none.\n"
+      "BASE.nb, BASE.h5) or its manifest (BASE.json, which hxrecord writes beside them). For a\n"
+      "file it prints the format, the samples, the columns, the time range, whether the file\n"
+      "is finished or was cut short (and then what 'hxrepair BASE' would do with it; an HDF5\n"
+      "file needs no repair), and per column its label, unit, minimum, maximum and mean. The\n"
+      "units (and the labels) come from the manifest beside the file when there is one;\n"
+      "without it the XML and HDF5 files' own descriptions give the units they can, the other\n"
+      "files none.\n"
       "\n"
       "For a manifest it prints how the recording was made and its status first: recording,\n"
       "finished, interrupted or failed, with the reason; a recording whose process is gone\n"
@@ -282,7 +284,7 @@ HxBoolean hxParseInfoOptions(const std::vector<std::string>& arguments, HxInfoCo
   line.addPositional("FILE", [&options](const std::string&, const std::string& value) { options.file = value; });
   if (!line.parse(arguments, error)) return false;
   if (options.file.empty() && !options.help) {
-    error = "no file given (a recording's .csv, .xml, .mrd, .m, .nb file or its .json manifest)";
+    error = "no file given (a recording's .csv, .xml, .mrd, .m, .nb, .h5 file or its .json manifest)";
     return false;
   }
   return true;

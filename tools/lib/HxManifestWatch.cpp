@@ -14,6 +14,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 
+#include "analysis/hdf5/HxHdf5Reader.h"
 #include "tools/lib/HxRecordManifest.h"
 #include "tools/lib/HxRepair.h"
 
@@ -98,8 +99,11 @@ bool hxMarkManifestInterrupted(const std::string& manifestPath, const std::strin
     if (!file.is_object() || !file["extension"].is_string()) continue;
     const std::string path = base + file["extension"].get<std::string>();
     const auto found = std::find_if(held.begin(), held.end(), [&](const HxFileRepair& r) { return r.path == path; });
-    const std::uint64_t count =
-        found == held.end() || found->outcome == HxFileRepair::Outcome::Missing ? 0 : found->samples;
+    std::uint64_t count = found == held.end() || found->outcome == HxFileRepair::Outcome::Missing ? 0 : found->samples;
+    // An HDF5 file needs no repair: it holds the samples of the chunks flushed before.
+    HxHdf5Reader hdf5;
+    std::string error;
+    if (found == held.end() && hdf5.open(path, error)) count = hdf5.samples();
     file["samples"] = count;
     samples = std::min(samples, count);
   }

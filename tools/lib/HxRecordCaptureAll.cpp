@@ -97,11 +97,9 @@ void hxCaptureAll(const HxMujocoSimulation& simulation, HxSystemDataCapture& cap
 }
 
 HxFormatsWriterList hxFormatsWriterList(const std::vector<std::string>& formats) {
-  static const std::pair<const char*, const char*> kWriters[] = {{"csv", "textOutputWriter"},
-                                                                 {"xml", "xmlOutputWriter"},
-                                                                 {"mrd", "mrdOutputWriter"},
-                                                                 {"m", "matlabOutputWriter"},
-                                                                 {"nb", "mathematicaOutputWriter"}};
+  static const std::pair<const char*, const char*> kWriters[] = {
+      {"csv", "textOutputWriter"}, {"xml", "xmlOutputWriter"},        {"mrd", "mrdOutputWriter"},
+      {"m", "matlabOutputWriter"}, {"nb", "mathematicaOutputWriter"}, {"h5", "hdf5OutputWriter"}};
   HxFormatsWriterList list{"--formats", ""};
   std::string writers;
   for (std::size_t i = 0; i < formats.size(); ++i) {

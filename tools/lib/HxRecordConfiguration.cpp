@@ -2,6 +2,7 @@
 
 #include "tools/lib/HxRecordConfiguration.h"
 
+#include "analysis/hdf5/HxHdf5ObjectFactory.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
@@ -37,7 +38,15 @@ std::string libraryMessage(const std::string& message) {
   return text;
 }
 
+// The objects of the libraries beside libhxSimulationAnalysis that a document may name: the
+// HDF5 writer in a writer list.
+const HxHdf5ObjectFactory& objectFactory() {
+  static const HxHdf5ObjectFactory factory;
+  return factory;
+}
+
 bool open(HxXmlReader& reader, const std::string& name, const std::string* text) {
+  reader.setObjectFactory(&objectFactory());
   return text != nullptr ? reader.openMemory(*text, name) : reader.openFile(name);
 }
 
@@ -72,7 +81,7 @@ void checkDocument(const std::string& name, const std::string* text, const HxTok
     });
     return;
   }
-  hxValidateConfiguration(reader, root, messages);
+  hxValidateConfiguration(reader, root, messages, objectFactory().tokens());
   // The rest of the document must be well-formed too.
   while (!reader.hasError() && reader.next() != HxXmlReader::EndOfDocument) {
   }

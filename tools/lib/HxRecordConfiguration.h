@@ -7,7 +7,9 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlObject.h"
 
-/// Reads one configuration document (a capture configuration, a writer list) into `root`.
+/// Reads one configuration document (a capture configuration, a writer list) into `root`. A
+/// writer list may name the HDF5 writer ("hdf5OutputWriter", made by libhxSimulationHdf5's
+/// object factory) beside the five writers the library's writer list knows.
 /// `text` null reads the file `name`; otherwise `text` is read and `name` names it in messages.
 /// The root element must be `rootToken`.
 ///

@@ -19,6 +19,7 @@
 #include <nlohmann/json.hpp>
 #include <system_error>
 
+#include "analysis/hdf5/HxHdf5OutputWriter.h"
 #include "analysis/types/HxDataCaptureLevel.h"
 #include "framework/HxNumberText.h"
 #include "tools/lib/HxRecordDefaultScene.h"
@@ -223,6 +224,21 @@ HxManifestDescription hxDescribeRecording(const HxRecordSession& session) {
   }
   description.columns = hxDescribeColumns(session.capture(), &simulation);
   return description;
+}
+
+void hxDescribeToHdf5Writers(const HxManifestDescription& description, HxOutputWriterVector& writers) {
+  for (HxU32 i = 0; i < writers.size(); ++i) {
+    auto* writer = dynamic_cast<HxHdf5OutputWriter*>(&writers[i]);
+    if (writer == nullptr) continue;
+    writer->setColumnDescriptions(description.columns);
+    writer->setFileAttribute("tool", std::string("hxrecord ") + HX_PROJECT_VERSION);
+    writer->setFileAttribute("model", description.model.name);
+    writer->setFileAttribute("capture", description.capture.name);
+    writer->setFileAttribute("writers", description.writers.name);
+    writer->setFileAttribute("mode", description.mode);
+    writer->setFileAttribute("timestep", HxDOUBLE2STRING(description.timestep));
+    writer->setFileAttribute("sampleInterval", HxDOUBLE2STRING(description.sampleInterval));
+  }
 }
 
 HxRecordManifest::HxRecordManifest(std::string path, const HxManifestDescription& description)

@@ -11,6 +11,7 @@
 #include "framework/HxTypes.h"
 #include "tools/lib/HxRecordOptions.h"
 
+class HxOutputWriterVector;
 class HxRecordSession;
 
 /// The manifest's file for the recording whose files are `base` plus an extension: `base`.json.
@@ -55,6 +56,11 @@ struct HxManifestDescription {
 
 /// The description of the recording `session` is about to make (after a successful prepare()).
 HxManifestDescription hxDescribeRecording(const HxRecordSession& session);
+
+/// Gives every HDF5 writer of `writers` the columns of `description` and, as the file's
+/// attributes, how the recording is made: "tool", "model", "capture", "writers", "mode",
+/// "timestep" and "sampleInterval" (seconds).
+void hxDescribeToHdf5Writers(const HxManifestDescription& description, HxOutputWriterVector& writers);
 
 /// The manifest of one recording, always replaced whole: its text goes into BASE.json.tmp, is
 /// flushed to the disk and renamed over BASE.json, so that a reader never sees half of it.

@@ -28,9 +28,9 @@ bool parseSeconds(const std::string& text, bool allowZero, double& value) {
 // `error` set for an empty or unknown name or one given twice.
 bool parseFormats(const std::string& name, const std::string& list, std::vector<std::string>& formats,
                   std::string& error) {
-  static const std::pair<const char*, const char*> kNames[] = {{"csv", "csv"}, {"text", "csv"},      {"xml", "xml"},
-                                                               {"mrd", "mrd"}, {"m", "m"},           {"matlab", "m"},
-                                                               {"nb", "nb"},   {"mathematica", "nb"}};
+  static const std::pair<const char*, const char*> kNames[] = {
+      {"csv", "csv"},  {"text", "csv"}, {"xml", "xml"},        {"mrd", "mrd"}, {"m", "m"},
+      {"matlab", "m"}, {"nb", "nb"},    {"mathematica", "nb"}, {"h5", "h5"},   {"hdf5", "h5"}};
   std::vector<std::string> parsed;
   std::size_t start = 0;
   for (;;) {
@@ -43,7 +43,8 @@ bool parseFormats(const std::string& name, const std::string& list, std::vector<
     const std::string prefix = "invalid value '" + list + "' for " + name + ": ";
     if (format == nullptr) {
       error = prefix + (item.empty() ? std::string("an empty format name") : "unknown format '" + item + "'") +
-              "; expected a comma-separated list of csv, xml, mrd, m, nb (or text, matlab, mathematica)";
+              "; expected a comma-separated list of csv, xml, mrd, m, nb, h5 (or text, matlab, mathematica, "
+              "hdf5)";
       return false;
     }
     if (std::find(parsed.begin(), parsed.end(), format) != parsed.end()) {
@@ -78,8 +79,10 @@ const std::string& hxRecordUsage() {
       "  -w, --writers FILE          output writer list XML (an outputWriterVector element);\n"
       "                              default: the built-in examples/config/default_writers.xml\n"
       "      --formats LIST          write these formats instead of a writer list: a comma-\n"
-      "                              separated list of csv, xml, mrd, m, nb (also text, matlab,\n"
-      "                              mathematica), written in that order; not with --writers\n"
+      "                              separated list of csv, xml, mrd, m, nb, h5 (also text,\n"
+      "                              matlab, mathematica, hdf5), written in that order; not\n"
+      "                              with --writers; h5 is an HDF5 file of the exact doubles,\n"
+      "                              readable while it is written and after a crash\n"
       "      --capture-all           capture every quantity the model and the mode support\n"
       "                              (see below) instead of a capture configuration; not with\n"
       "                              --capture\n"

@@ -290,13 +290,16 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
   using Clock = std::chrono::steady_clock;
   HxMujocoSimulation& simulation = *simulation_;
   Hx::ScopedPrintCapture messages;
+  // HDF5 files carry what the manifest says of their columns and of the recording.
+  const HxManifestDescription description = hxDescribeRecording(*this);
+  hxDescribeToHdf5Writers(description, writers_);
   HxSystemStoredData recorder;
   recorder.setOutputWriterVector(writers_);
   recorder.allocateStorage(capture_);
   // The manifest says what is being recorded; the watcher process marks it interrupted should
   // this process die before it writes the final status.
   const std::size_t errorsBefore = errors_.size();
-  HxRecordManifest manifest(hxManifestPath(options_.outputBase), hxDescribeRecording(*this));
+  HxRecordManifest manifest(hxManifestPath(options_.outputBase), description);
   HxManifestWatch watch;
   if (manifest.begin()) {
     watch.start(manifest.path(), options_.outputBase);

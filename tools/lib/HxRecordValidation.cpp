@@ -122,7 +122,8 @@ struct Count {
 // Walks a document along the form of the objects it configures.
 class Validator {
  public:
-  Validator(HxXmlReader& reader, HxRecordMessages& messages) : reader_(reader), messages_(messages) {}
+  Validator(HxXmlReader& reader, HxRecordMessages& messages, const std::vector<HxToken>& factoryTokens)
+      : reader_(reader), messages_(messages), factoryTokens_(factoryTokens) {}
 
   // Checks the element the reader is on against `form`; `level` is the level of the quantities
   // a list at this place holds (null elsewhere). Leaves the reader on the element's end.
@@ -253,10 +254,16 @@ class Validator {
     const std::string where = hxDisplayToken(reader_.name());
     const int line = reader_.lineNumber();
     const bool quantities = dynamic_cast<const HxDataCaptureTypeVector*>(&form) != nullptr;
+    const bool writers = dynamic_cast<const HxOutputWriterVector*>(&form) != nullptr;
     HxKnownNames names{"element", "elements", {}};
     if (quantities) names = HxKnownNames{"quantity", "quantities", {}};
-    if (dynamic_cast<const HxOutputWriterVector*>(&form)) names = HxKnownNames{"writer", "writers", {}};
+    if (writers) names = HxKnownNames{"writer", "writers", {}};
     for (const auto& entry : form.creatorMap()) names.known.push_back(hxDisplayToken(entry.first));
+    // Writers of other libraries, made by the reader's object factory.
+    const HxXmlObjectFactory* factory = writers ? reader_.objectFactory() : nullptr;
+    if (factory != nullptr) {
+      for (const HxToken& token : factoryTokens_) names.known.push_back(hxDisplayToken(token));
+    }
     if (level) {
       names.known = level->names.known;
       for (const Level* other = quantityLevels(); other != quantityLevels() + 3; ++other) {
@@ -276,7 +283,14 @@ class Validator {
       if (token == HxXml::HxAddLibrariesToken) return;
       ++held;
       const auto creator = form.creatorMap().find(token);
-      const bool known = creator != form.creatorMap().end() && creator->second;
+      std::unique_ptr<HxXmlObject> prototype;
+      if (creator != form.creatorMap().end() && creator->second) {
+        prototype.reset(creator->second());
+      } else if (factory != nullptr &&
+                 std::find(factoryTokens_.begin(), factoryTokens_.end(), token) != factoryTokens_.end()) {
+        prototype.reset(factory->newObjectFromToken(token));
+      }
+      const bool known = prototype != nullptr;
       if (known && level && std::find(level->tokens.begin(), level->tokens.end(), token) == level->tokens.end()) {
         add(Kind::UnknownName, childLine, [&] {
           return "quantity " + hxQuotedExcerpt(hxDisplayToken(token)) + " is not captured " + level->per +
@@ -309,8 +323,7 @@ class Validator {
         }
         seen.emplace_back(token, childLine);
       }
-      const std::unique_ptr<HxXmlObject> prototype(creator->second());
-      if (prototype) element(*prototype, nullptr);
+      element(*prototype, nullptr);
     });
     checkCount(count, held, line);
   }
@@ -395,6 +408,7 @@ class Validator {
 
   HxXmlReader& reader_;
   HxRecordMessages& messages_;
+  const std::vector<HxToken>& factoryTokens_;
 };
 
 }  // namespace
@@ -406,6 +420,7 @@ std::string hxDisplayToken(const HxToken& token) {
   return text;
 }
 
-void hxValidateConfiguration(HxXmlReader& reader, HxXmlObject& root, HxRecordMessages& messages) {
-  Validator(reader, messages).element(root, nullptr);
+void hxValidateConfiguration(HxXmlReader& reader, HxXmlObject& root, HxRecordMessages& messages,
+                             const std::vector<HxToken>& factoryTokens) {
+  Validator(reader, messages, factoryTokens).element(root, nullptr);
 }

@@ -24,4 +24,8 @@ std::string hxDisplayToken(const HxToken& token);
 /// elements it holds; a value that does not read as its type, and a tolerance that is not a
 /// finite number >= 0; text between elements. Leaves the reader on the root element's end, or
 /// on the error when the document is malformed (`reader.hasError()`).
-void hxValidateConfiguration(HxXmlReader& reader, HxXmlObject& root, HxRecordMessages& messages);
+///
+/// A writer list may also hold the elements `factoryTokens` names, which the reader's object
+/// factory makes (as the library reads them) and which are checked against the objects it makes.
+void hxValidateConfiguration(HxXmlReader& reader, HxXmlObject& root, HxRecordMessages& messages,
+                             const std::vector<HxToken>& factoryTokens = {});
