@@ -1,5 +1,7 @@
 #include "simulation/HxIndividualManipulator.h"
 
+#include <atomic>
+
 #include "simulation/HxManipulatorActiveState.h"
 
 namespace {
@@ -64,6 +66,12 @@ void HxIndividualManipulator::setKinematics(std::shared_ptr<const HxManipulatorK
 const HxLink* HxIndividualManipulator::link(HxU32 position) const {
   if (position >= links_.size() || !links_[position]) return nullptr;
   return &*links_[position];
+}
+
+std::uint64_t HxIndividualManipulator::LinksStamp::next() {
+  // Counted across threads: manipulators may be built on any thread.
+  static std::atomic<std::uint64_t> counter{0};
+  return counter.fetch_add(1, std::memory_order_relaxed) + 1;
 }
 
 const HxLink* HxIndividualManipulator::findLink(const std::string& identifier) const {

@@ -3,6 +3,7 @@
 /// HxIndividualManipulator: one manipulator's model (links, end effectors, joint drives and
 /// kinematics), with HxLink and HxJointDrive.
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -92,11 +93,25 @@ class HxIndividualManipulator {
   /// The first link whose identifier equals `identifier`, or null when there is none.
   const HxLink* findLink(const std::string& identifier) const;
   /// Appends a link position holding `link`.
-  void addLink(const HxLink& link) { links_.emplace_back(link); }
+  void addLink(const HxLink& link) {
+    links_.emplace_back(link);
+    linksStamp_.renew();
+  }
   /// Appends a link position that holds no link (link(position) gives null).
-  void addAbsentLink() { links_.emplace_back(std::nullopt); }
+  void addAbsentLink() {
+    links_.emplace_back(std::nullopt);
+    linksStamp_.renew();
+  }
   /// Removes every link position.
-  void clearLinks() { links_.clear(); }
+  void clearLinks() {
+    links_.clear();
+    linksStamp_.renew();
+  }
+  /// A number that names the current list of links: it changes whenever the list changes, a
+  /// copy of the manipulator has the stamp of its source (the same links), and two lists with
+  /// the same stamp are equal. Never 0. Lets a caller keep what it looked up in the links (a
+  /// link's index by identifier) and know when to look again.
+  std::uint64_t linksStamp() const { return linksStamp_.value; }
 
   // End effectors.
 
@@ -141,7 +156,25 @@ class HxIndividualManipulator {
 
  private:
   std::string name_;
+  // A stamp drawn from one process-wide counter: new on every change of links_, carried by
+  // copies, and new for an object moved from (whose links are then unspecified).
+  struct LinksStamp {
+    std::uint64_t value = next();
+    LinksStamp() = default;
+    LinksStamp(const LinksStamp& other) = default;
+    LinksStamp(LinksStamp&& other) noexcept : value(other.value) { other.renew(); }
+    LinksStamp& operator=(const LinksStamp& other) = default;
+    LinksStamp& operator=(LinksStamp&& other) noexcept {
+      value = other.value;
+      other.renew();
+      return *this;
+    }
+    void renew() { value = next(); }
+    static std::uint64_t next();
+  };
+
   std::vector<std::optional<HxLink>> links_;
+  LinksStamp linksStamp_;
   std::vector<HxEndEffector> endEffectors_;
   std::vector<HxJointDrive> jointDrives_;
   std::shared_ptr<const HxManipulatorKinematics> kinematics_;

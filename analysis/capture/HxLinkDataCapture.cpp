@@ -19,9 +19,17 @@ void HxLinkDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
 }
 
+HxBoolean HxLinkDataCapture::read(HxXmlReader& reader) {
+  resolved_.stamp = 0;
+  return HxXmlCompoundType::read(reader);
+}
+
 HX_XML_SERIALISABLE_DEFINITIONS(HxLinkDataCapture, HxSimAnalysis::HxLinkDataCaptureToken)
 
-void HxLinkDataCapture::setLinkIdentifier(const std::string& identifier) { linkIdentifier_ = identifier; }
+void HxLinkDataCapture::setLinkIdentifier(const std::string& identifier) {
+  linkIdentifier_ = identifier;
+  resolved_.stamp = 0;
+}
 
 const std::string& HxLinkDataCapture::linkIdentifier() const { return linkIdentifier_.value(); }
 
@@ -32,20 +40,27 @@ HxBoolean HxLinkDataCapture::captureData(const HxSystemSimulation& simulation,
   const HxU32 count = dataCaptureVector_.size();
   if (count == 0) return true;
 
-  // Resolve the link once for all types; an unknown manipulator counts as an unknown link.
-  const HxLink* link = nullptr;
+  // Resolve the link once for all types; an unknown manipulator counts as an unknown link. The
+  // search by identifier is made again only when the manipulator's links are not those of the
+  // last search (another manipulator or simulation, or links changed): the stamp names them.
+  bool found = false;
   const auto& manipulators = simulation.manipulators();
   if (manipulatorIndex < manipulators.size()) {
-    link = manipulators[manipulatorIndex].findLink(linkIdentifier_.value());
+    const HxIndividualManipulator& manipulator = manipulators[manipulatorIndex];
+    const std::uint64_t stamp = manipulator.linksStamp();
+    if (resolved_.stamp != stamp) {
+      const HxLink* link = manipulator.findLink(linkIdentifier_.value());
+      resolved_.found = link != nullptr;
+      resolved_.index = link != nullptr ? link->index() : 0;
+      resolved_.stamp = stamp;
+    }
+    found = resolved_.found;
   }
+  if (!found) return false;
 
   HxBoolean result = true;
+  const HxU32 linkIndex = resolved_.index;
   for (HxU32 i = 0; i < count; ++i) {
-    if (link == nullptr) {
-      result = false;
-      continue;
-    }
-    const HxU32 linkIndex = link->index();
     if (!dataCaptureVector_[i].captureData(simulation, manipulatorIndex, linkIndex)) result = false;
   }
   return result;

@@ -2,6 +2,7 @@
 /// \file
 /// HxLinkDataCapture: the link-level quantities captured for one link of a manipulator.
 
+#include <cstdint>
 #include <string>
 
 #include "analysis/types/HxDataCaptureTypeVector.h"
@@ -28,6 +29,8 @@ class HxLinkDataCapture : public HxXmlCompoundType {
 
   /// Registers "linkIdentification", then "dataCaptureTypeVector".
   void registerComponents() override;
+  /// The base read; forgets the link resolved by captureData (the identifier may change).
+  HxBoolean read(HxXmlReader& reader) override;
 
   HX_XML_SERIALISABLE(HxLinkDataCapture);
 
@@ -39,9 +42,10 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   /// The captured types, in the order they were added.
   virtual const HxDataCaptureTypeVector& dataCaptureVector() const;
   /// Captures every type for this link of manipulator `manipulatorIndex`: the link is looked
-  /// up once by identifier in the simulation's manipulator, then each type captures with the
-  /// link's index. True for an empty vector; false when the manipulator or the link is unknown
-  /// (no type is then called) or when any type fails (every type is still called).
+  /// up by identifier in the simulation's manipulator, then each type captures with the
+  /// link's index. The look-up is kept and made again only when the manipulator's links
+  /// (`HxIndividualManipulator::linksStamp`) or the identifier change. True for an empty vector; false when the
+  /// manipulator or the link is unknown (no type is then called) or when any type fails (every type is still called).
   virtual HxBoolean captureData(const HxSystemSimulation& simulation, unsigned int const& manipulatorIndex) const;
   /// The type with that token, or null.
   virtual const HxDataCaptureType* dataCaptureType(const HxToken& token) const;
@@ -66,8 +70,24 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
  private:
+  // The last link resolved by captureData: for the manipulator links with `stamp` (0: none
+  // yet), whether the identifier was found and the link's index. Not part of the value: a copy
+  // or an assignment starts without it.
+  struct ResolvedLink {
+    std::uint64_t stamp = 0;
+    bool found = false;
+    HxU32 index = 0;
+    ResolvedLink() = default;
+    ResolvedLink(const ResolvedLink&) {}
+    ResolvedLink& operator=(const ResolvedLink&) {
+      stamp = 0;
+      return *this;
+    }
+  };
+
   HxXmlBasicType<std::string> linkIdentifier_;
   HxDataCaptureTypeVector dataCaptureVector_;
+  mutable ResolvedLink resolved_;
 
   static HxDataCaptureTypeVector m_theAvailableDataCaptureTypeVector;
   static HxBoolean m_theAvailableTypesReady;

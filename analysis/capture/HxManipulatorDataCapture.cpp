@@ -12,6 +12,13 @@
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
+
+// The full size of a list of types.
+HxU32 sizeOf(const HxDataCaptureTypeVector& types) {
+  HxU32 size = 0;
+  for (HxU32 i = 0; i < types.size(); ++i) size += types[i].dataSize();
+  return size;
+}
 }  // namespace
 
 HxDataCaptureTypeVector HxManipulatorDataCapture::m_theAvailableDataCaptureTypeVector;
@@ -24,6 +31,36 @@ void HxManipulatorDataCapture::registerComponents() {
   registerComponent(HxSimAnalysis::HxDataCaptureTypeVectorToken, &dataCaptureVector_);
   registerComponent(HxSimAnalysis::HxLinkDataCaptureVectorToken, &linkDataCaptureVector_);
   registerComponent(HxSimAnalysis::HxEndEffectorDataCaptureVectorToken, &endEffectorDataCaptureVector_);
+}
+
+HxBoolean HxManipulatorDataCapture::read(HxXmlReader& reader) {
+  forgetLists();
+  return HxXmlCompoundType::read(reader);
+}
+
+void HxManipulatorDataCapture::forgetLists() const {
+  linkPositions_.forget();
+  endEffectorPositions_.forget();
+  tally_.kept = false;
+}
+
+template <class Change>
+HxBoolean HxManipulatorDataCapture::changeTypes(const HxDataCaptureTypeVector& types, Change change) {
+  const HxU32 before = sizeOf(types);
+  const HxBoolean result = change();
+  tally_.size += sizeOf(types) - before;
+  return result;
+}
+
+HxU32 HxManipulatorDataCapture::elementCount() const {
+  if (!tally_.kept) {
+    HxU32 size = 0;
+    HxFlatOrder::forEachCaptureEntry(
+        *this, [&size](HxU32, HxU32, const auto& entry) { size += sizeOf(entry.dataCaptureVector()); });
+    tally_.size = size;
+    tally_.kept = true;
+  }
+  return tally_.size;
 }
 
 HX_XML_SERIALISABLE_DEFINITIONS(HxManipulatorDataCapture, HxSimAnalysis::HxManipulatorDataCaptureToken)
@@ -69,7 +106,9 @@ const HxDataCaptureType* HxManipulatorDataCapture::dataCaptureType(const HxToken
 }
 
 HxBoolean HxManipulatorDataCapture::addDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxDataCaptureLevel::Manipulator);
+  return changeTypes(dataCaptureVector_, [&] {
+    return HxCaptureTypeListOps::addByToken(dataCaptureVector_, token, HxDataCaptureLevel::Manipulator);
+  });
 }
 
 HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
@@ -82,11 +121,12 @@ HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
     if (link == nullptr) continue;
     unsigned int position = 0;
     if (findIndex(link->identifier(), position)) {
-      linkDataCaptureVector_[position].addDataCaptureType(token);
+      HxLinkDataCapture& capture = linkDataCaptureVector_[position];
+      changeTypes(capture.dataCaptureVector(), [&] { return capture.addDataCaptureType(token); });
     } else {
       HxLinkDataCapture capture;
       capture.setLinkIdentifier(link->identifier());
-      if (capture.addDataCaptureType(token)) linkDataCaptureVector_.pushBack(capture);
+      if (capture.addDataCaptureType(token)) appendLink(capture);
     }
   }
   return true;
@@ -94,13 +134,16 @@ HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const HxToken& token,
 
 HxBoolean HxManipulatorDataCapture::addLinkDataCaptureType(const std::string& linkIdentifier, const HxToken& token) {
   unsigned int position = 0;
-  if (findIndex(linkIdentifier, position)) return linkDataCaptureVector_[position].addDataCaptureType(token);
+  if (findIndex(linkIdentifier, position)) {
+    HxLinkDataCapture& capture = linkDataCaptureVector_[position];
+    return changeTypes(capture.dataCaptureVector(), [&] { return capture.addDataCaptureType(token); });
+  }
 
   // A new link capture is kept only once its first type was accepted.
   HxLinkDataCapture capture;
   capture.setLinkIdentifier(linkIdentifier);
   if (!capture.addDataCaptureType(token)) return false;
-  linkDataCaptureVector_.pushBack(capture);
+  appendLink(capture);
   return true;
 }
 
@@ -120,12 +163,13 @@ HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(const HxDataCa
 HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(unsigned int endEffectorIndex, const HxToken& token) {
   unsigned int position = 0;
   if (findIndex(endEffectorIndex, position)) {
-    return endEffectorDataCaptureVector_[position].addDataCaptureType(token);
+    HxEndEffectorDataCapture& capture = endEffectorDataCaptureVector_[position];
+    return changeTypes(capture.dataCaptureVector(), [&] { return capture.addDataCaptureType(token); });
   }
   HxEndEffectorDataCapture capture;
   capture.setEndEffectorIndex(endEffectorIndex);
   if (!capture.addDataCaptureType(token)) return false;
-  endEffectorDataCaptureVector_.pushBack(capture);
+  appendEndEffector(capture);
   return true;
 }
 
@@ -133,34 +177,44 @@ HxBoolean HxManipulatorDataCapture::addEndEffectorDataCaptureType(unsigned int e
                                                                   const HxDataCaptureType& type) {
   unsigned int position = 0;
   if (findIndex(endEffectorIndex, position)) {
-    return endEffectorDataCaptureVector_[position].addDataCaptureType(type);
+    HxEndEffectorDataCapture& capture = endEffectorDataCaptureVector_[position];
+    return changeTypes(capture.dataCaptureVector(), [&] { return capture.addDataCaptureType(type); });
   }
   HxEndEffectorDataCapture capture;
   capture.setEndEffectorIndex(endEffectorIndex);
   if (!capture.addDataCaptureType(type)) return false;
-  endEffectorDataCaptureVector_.pushBack(capture);
+  appendEndEffector(capture);
   return true;
 }
 
 HxBoolean HxManipulatorDataCapture::removeDataCaptureType(const HxToken& token) {
-  return HxCaptureTypeListOps::removeByToken(dataCaptureVector_, token);
+  return changeTypes(dataCaptureVector_,
+                     [&] { return HxCaptureTypeListOps::removeByToken(dataCaptureVector_, token); });
 }
 
 HxBoolean HxManipulatorDataCapture::removeLinkDataCaptureType(const HxToken& token) {
   HxBoolean removed = false;
+  tally_.kept = false;
   // Last to first, so that erasing keeps the positions still to visit.
   for (HxU32 l = linkDataCaptureVector_.size(); l-- > 0;) {
     if (linkDataCaptureVector_[l].removeDataCaptureType(token)) removed = true;
-    if (linkDataCaptureVector_[l].numDataCaptureTypes() == 0) linkDataCaptureVector_.erase(l);
+    if (linkDataCaptureVector_[l].numDataCaptureTypes() == 0) {
+      linkDataCaptureVector_.erase(l);
+      linkPositions_.forget();
+    }
   }
   return removed;
 }
 
 HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCaptureType(const HxToken& token) {
   HxBoolean removed = false;
+  tally_.kept = false;
   for (HxU32 e = endEffectorDataCaptureVector_.size(); e-- > 0;) {
     if (endEffectorDataCaptureVector_[e].removeDataCaptureType(token)) removed = true;
-    if (endEffectorDataCaptureVector_[e].numDataCaptureTypes() == 0) endEffectorDataCaptureVector_.erase(e);
+    if (endEffectorDataCaptureVector_[e].numDataCaptureTypes() == 0) {
+      endEffectorDataCaptureVector_.erase(e);
+      endEffectorPositions_.forget();
+    }
   }
   return removed;
 }
@@ -168,8 +222,12 @@ HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCaptureType(const HxTok
 HxBoolean HxManipulatorDataCapture::removeLinkDataCaptureType(const std::string& linkIdentifier, const HxToken& token) {
   unsigned int position = 0;
   if (!findIndex(linkIdentifier, position)) return false;
+  tally_.kept = false;
   const HxBoolean removed = linkDataCaptureVector_[position].removeDataCaptureType(token);
-  if (linkDataCaptureVector_[position].numDataCaptureTypes() == 0) linkDataCaptureVector_.erase(position);
+  if (linkDataCaptureVector_[position].numDataCaptureTypes() == 0) {
+    linkDataCaptureVector_.erase(position);
+    linkPositions_.forget();
+  }
   return removed;
 }
 
@@ -177,15 +235,24 @@ HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCaptureType(unsigned in
                                                                      const HxToken& token) {
   unsigned int position = 0;
   if (!findIndex(endEffectorIndex, position)) return false;
+  tally_.kept = false;
   const HxBoolean removed = endEffectorDataCaptureVector_[position].removeDataCaptureType(token);
   if (endEffectorDataCaptureVector_[position].numDataCaptureTypes() == 0) {
     endEffectorDataCaptureVector_.erase(position);
+    endEffectorPositions_.forget();
   }
   return removed;
 }
 
-void HxManipulatorDataCapture::addLinkDataCapture(const HxLinkDataCapture& capture) {
+void HxManipulatorDataCapture::addLinkDataCapture(const HxLinkDataCapture& capture) { appendLink(capture); }
+
+void HxManipulatorDataCapture::appendLink(const HxLinkDataCapture& capture) {
+  // `capture` may be an element of the list itself: only the appended copy is read after.
   linkDataCaptureVector_.pushBack(capture);
+  const HxU32 position = linkDataCaptureVector_.size() - 1;
+  const HxLinkDataCapture& appended = linkDataCaptureVector_[position];
+  linkPositions_.appended(appended.linkIdentifier(), position);
+  tally_.size += sizeOf(appended.dataCaptureVector());
 }
 
 const HxLinkDataCapture* HxManipulatorDataCapture::linkDataCapture(const std::string& linkIdentifier) const {
@@ -194,7 +261,15 @@ const HxLinkDataCapture* HxManipulatorDataCapture::linkDataCapture(const std::st
 }
 
 void HxManipulatorDataCapture::addEndEffectorDataCapture(const HxEndEffectorDataCapture& capture) {
+  appendEndEffector(capture);
+}
+
+void HxManipulatorDataCapture::appendEndEffector(const HxEndEffectorDataCapture& capture) {
   endEffectorDataCaptureVector_.pushBack(capture);
+  const HxU32 position = endEffectorDataCaptureVector_.size() - 1;
+  const HxEndEffectorDataCapture& appended = endEffectorDataCaptureVector_[position];
+  endEffectorPositions_.appended(appended.endEffectorIndex(), position);
+  tally_.size += sizeOf(appended.dataCaptureVector());
 }
 
 const HxEndEffectorDataCapture* HxManipulatorDataCapture::endEffectorDataCapture(unsigned int endEffectorIndex) const {
@@ -206,6 +281,7 @@ HxBoolean HxManipulatorDataCapture::removeLinkDataCapture(const std::string& lin
   unsigned int position = 0;
   if (!findIndex(linkIdentifier, position)) return false;
   linkDataCaptureVector_.erase(position);
+  forgetLists();
   return true;
 }
 
@@ -213,6 +289,7 @@ HxBoolean HxManipulatorDataCapture::removeEndEffectorDataCapture(unsigned int en
   unsigned int position = 0;
   if (!findIndex(endEffectorIndex, position)) return false;
   endEffectorDataCaptureVector_.erase(position);
+  forgetLists();
   return true;
 }
 
@@ -270,26 +347,21 @@ void HxManipulatorDataCapture::removeAllDataCaptureTypes() {
     endEffectorDataCaptureVector_[e].removeAllDataCaptureTypes();
   }
   endEffectorDataCaptureVector_.clear();
+  forgetLists();
 }
 
+// The first match wins (the look-ups keep the first position of each key).
 HxBoolean HxManipulatorDataCapture::findIndex(const std::string& linkIdentifier, unsigned int& position) const {
-  for (HxU32 l = 0; l < linkDataCaptureVector_.size(); ++l) {
-    if (linkDataCaptureVector_[l].linkIdentifier() == linkIdentifier) {
-      position = l;
-      return true;
-    }
-  }
-  return false;
+  return linkPositions_.find(
+      linkDataCaptureVector_, [](const HxLinkDataCapture& link) -> const std::string& { return link.linkIdentifier(); },
+      linkIdentifier, position);
 }
 
 HxBoolean HxManipulatorDataCapture::findIndex(unsigned int endEffectorIndex, unsigned int& position) const {
-  for (HxU32 e = 0; e < endEffectorDataCaptureVector_.size(); ++e) {
-    if (endEffectorDataCaptureVector_[e].endEffectorIndex() == endEffectorIndex) {
-      position = e;
-      return true;
-    }
-  }
-  return false;
+  return endEffectorPositions_.find(
+      endEffectorDataCaptureVector_,
+      [](const HxEndEffectorDataCapture& endEffector) { return endEffector.endEffectorIndex(); }, endEffectorIndex,
+      position);
 }
 
 const HxDataCaptureTypeVector& HxManipulatorDataCapture::allAvailableDataCaptureTypes() {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "analysis/capture/HxEndEffectorDataCapture.h"
+#include "analysis/capture/HxFirstPositions.h"
 #include "analysis/capture/HxLinkDataCapture.h"
 #include "analysis/types/HxDataCaptureTypeVector.h"
 #include "analysis/xml/HxXmlVectorType.h"
@@ -45,6 +46,8 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   /// Registers "manipulatorIndex", "dataCaptureTypeVector", "linkDataCaptureVector" and
   /// "endEffectorDataCaptureVector", in this order.
   void registerComponents() override;
+  /// The base read (the sub-capture look-ups are rebuilt afterwards).
+  HxBoolean read(HxXmlReader& reader) override;
 
   HX_XML_SERIALISABLE(HxManipulatorDataCapture);
 
@@ -147,14 +150,45 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   /// Position of the first end-effector capture with that index; false when there is none.
   virtual HxBoolean findIndex(unsigned int endEffectorIndex, unsigned int& position) const;
 
+  /// The full size of every type of the capture at all three levels, disabled columns
+  /// included. Kept while types are added, so that asking after each add costs nothing.
+  HxU32 elementCount() const;
+
   /// Every available manipulator-level type, built once on first use (not thread-safe).
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
  private:
+  // The full size of the types held, while kept (see elementCount): a copy or an assignment
+  // starts without it.
+  struct SizeTally {
+    bool kept = false;
+    HxU32 size = 0;
+    SizeTally() = default;
+    SizeTally(const SizeTally&) {}
+    SizeTally& operator=(const SizeTally&) {
+      kept = false;
+      return *this;
+    }
+  };
+
+  // Appends a sub-capture, keeping the look-ups and the tally in step.
+  void appendLink(const HxLinkDataCapture& capture);
+  void appendEndEffector(const HxEndEffectorDataCapture& capture);
+  // Applies `change` to the list `types` (held here) and brings the tally in step with it.
+  template <class Change>
+  HxBoolean changeTypes(const HxDataCaptureTypeVector& types, Change change);
+  // Every list of the capture changed in some other way: the tally is counted again when asked.
+  void forgetLists() const;
+
   HxXmlBasicType<unsigned int> manipulatorIndex_;
   HxDataCaptureTypeVector dataCaptureVector_;
   LinkDataCaptureVector linkDataCaptureVector_;
   EndEffectorDataCaptureVector endEffectorDataCaptureVector_;
+  // The first link capture of each identifier and end-effector capture of each index, kept
+  // while the lists are built (findIndex answers from them).
+  mutable HxFirstPositions<std::string> linkPositions_;
+  mutable HxFirstPositions<unsigned int> endEffectorPositions_;
+  mutable SizeTally tally_;
 
   static HxDataCaptureTypeVector m_theAvailableDataCaptureTypeVector;
   static HxBoolean m_theAvailableTypesReady;

@@ -34,6 +34,8 @@ void HxSystemDataCapture::registerComponents() {
 HxBoolean HxSystemDataCapture::write(HxXmlWriter& writer) const { return HxBaseSystemDataComponent::write(writer); }
 
 HxBoolean HxSystemDataCapture::read(HxXmlReader& reader) {
+  listIndex_.forget();
+  configurationChanged();
   const HxBoolean result = HxBaseSystemDataComponent::read(reader);
   computeElementSize();
   return result;
@@ -60,29 +62,28 @@ HxBoolean HxSystemDataCapture::captureData(const HxSystemSimulation& simulation)
 }
 
 HxBoolean HxSystemDataCapture::findIndex(unsigned int const& m, unsigned int& position) const {
-  // The whole list is walked: of several entries for m, the last one is found.
-  HxBoolean found = false;
-  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
-    if (manipulatorDataCaptureVector_[p].manipulatorIndex() == m) {
-      position = p;
-      found = true;
-    }
-  }
-  return found;
+  // Of several entries for m, the last one is found (as by walking the whole list); the index
+  // keeps the answer per m while the list is being built.
+  return listIndex_.find(manipulatorDataCaptureVector_, m, position);
 }
 
 template <class Add>
 HxBoolean HxSystemDataCapture::addToManipulator(unsigned int const& m, Add add) {
   HxBoolean result = false;
   unsigned int position = 0;
+  configurationChanged();
   if (findIndex(m, position)) {
     result = add(manipulatorDataCaptureVector_[position]);
+    listIndex_.changed(position);
   } else {
     // A manipulator capture is never created empty: it is kept only if the add succeeded.
     HxManipulatorDataCapture capture;
     capture.setManipulatorIndex(m);
     result = add(capture);
-    if (result) manipulatorDataCaptureVector_.pushBack(capture);
+    if (result) {
+      manipulatorDataCaptureVector_.pushBack(capture);
+      listIndex_.appended(manipulatorDataCaptureVector_);
+    }
   }
   if (result) computeElementSize();
   return result;
@@ -128,15 +129,20 @@ template <class Remove>
 HxBoolean HxSystemDataCapture::removeFromManipulator(unsigned int const& m, bool endEffectorLevel, Remove remove) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
+  configurationChanged();
   HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[position];
   const HxBoolean result = remove(capture);
+  listIndex_.changed(position);
 
   // Pruning looks at the manipulator-level types and at the sub-captures of one level only:
   // the end-effector captures after an end-effector removal, the link captures otherwise. An
   // entry whose other sub-captures are still populated is erased all the same.
   const HxU32 subCaptures =
       endEffectorLevel ? capture.endEffectorDataCaptureVector().size() : capture.linkDataCaptureVector().size();
-  if (capture.dataCaptureVector().size() == 0 && subCaptures == 0) manipulatorDataCaptureVector_.erase(position);
+  if (capture.dataCaptureVector().size() == 0 && subCaptures == 0) {
+    manipulatorDataCaptureVector_.erase(position);
+    listIndex_.forget();
+  }
 
   if (result) computeElementSize();
   return result;
@@ -169,7 +175,9 @@ HxBoolean HxSystemDataCapture::removeEndEffectorDataCaptureType(unsigned int con
 }
 
 HxBoolean HxSystemDataCapture::addManipulatorDataCapture(const HxManipulatorDataCapture& capture) {
+  configurationChanged();
   manipulatorDataCaptureVector_.pushBack(capture);
+  listIndex_.appended(manipulatorDataCaptureVector_);
   computeElementSize();
   return true;
 }
@@ -182,7 +190,9 @@ const HxManipulatorDataCapture* HxSystemDataCapture::manipulatorDataCapture(unsi
 HxBoolean HxSystemDataCapture::removeManipulatorDataCapture(unsigned int const& m) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
+  configurationChanged();
   manipulatorDataCaptureVector_.erase(position);
+  listIndex_.forget();
   computeElementSize();
   return true;
 }
@@ -222,6 +232,7 @@ unsigned int HxSystemDataCapture::numDataCaptureTypes(unsigned int const& m, uns
 HxBoolean HxSystemDataCapture::setDisableFlags(unsigned int const& m, const HxToken& token, const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
+  configurationChanged();
   return manipulatorDataCaptureVector_[position].setDisableFlags(token, flags);
 }
 
@@ -229,6 +240,7 @@ HxBoolean HxSystemDataCapture::setDisableFlags(unsigned int const& m, const std:
                                                const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
+  configurationChanged();
   return manipulatorDataCaptureVector_[position].setDisableFlags(link, token, flags);
 }
 
@@ -236,6 +248,7 @@ HxBoolean HxSystemDataCapture::setDisableFlags(unsigned int const& m, unsigned i
                                                const Flags& flags) {
   unsigned int position = 0;
   if (!findIndex(m, position)) return false;
+  configurationChanged();
   return manipulatorDataCaptureVector_[position].setDisableFlags(e, token, flags);
 }
 
@@ -267,8 +280,9 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
 
   storage.setManipulatorDataVector(manipulators);
   storage.computeElementSize();
-  // storeData then never grows its scratch buffer.
+  // storeData then never grows its scratch buffer, nor storeDataDirect its plan for this record.
   activeData_.reserve(largest);
+  plan_.make(manipulatorDataCaptureVector_, storage);
 }
 
 HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
@@ -286,6 +300,15 @@ HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
           storage.setSpecificEndEffectorData(at.manipulator, at.element, at.quantity, 0, activeData_);
         }
       });
+  return true;
+}
+
+HxBoolean HxSystemDataCapture::storeDataDirect(HxSystemDataStorage& storage) const {
+  if (manipulatorDataCaptureVector_.size() == 0) return false;
+  if (!plan_.madeFor(storage)) plan_.make(manipulatorDataCaptureVector_, storage);
+  double* const values = storage.beginDirectStore();
+  if (values == nullptr) return storeData(storage);
+  plan_.store(values);
   return true;
 }
 
@@ -359,15 +382,14 @@ void HxSystemDataCapture::removeAllDataCaptureTypes() {
     manipulatorDataCaptureVector_[p].removeAllDataCaptureTypes();
   }
   manipulatorDataCaptureVector_.clear();
+  listIndex_.forget();
+  configurationChanged();
   elementSize_ = 0;
 }
 
 void HxSystemDataCapture::computeElementSize() {
-  HxU32 size = 0;
-  HxFlatOrder::forEachCapturedType(
-      manipulatorDataCaptureVector_,
-      [&size](const HxFlatPosition&, const HxDataCaptureType& type) { size += type.dataSize(); });
-  elementSize_ = size;
+  // The full size of every type; the index counts again only the captures that changed.
+  elementSize_ = listIndex_.elementCount(manipulatorDataCaptureVector_);
 }
 
 void HxSystemDataCapture::getActiveData(const Flags& flags, const Values& data, Values& activeData) const {

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/capture/HxCaptureListIndex.h"
+#include "analysis/capture/HxFlatStorePlan.h"
 #include "analysis/capture/HxManipulatorDataCapture.h"
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxTypes.h"
@@ -171,6 +173,14 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   /// the record). False for a configuration without manipulator captures. Does not allocate
   /// once warm.
   virtual HxBoolean storeData(HxSystemDataStorage& storage) const;
+  /// Stores the sample as `storeData` does, with the same result in `storage` and the same
+  /// return value, but copies each type's active values once, straight into the record's array
+  /// of values (`HxSystemDataStorage::beginDirectStore`), instead of through the record's
+  /// setters and the scratch buffer; the record's nested objects follow when read. Falls back
+  /// to `storeData` for a record whose element size does not match its shape. Where the values
+  /// land is worked out once per record shape and configuration (at `allocateStorage` for the
+  /// record allocated there). Does not allocate once warm. The recorder's route.
+  HxBoolean storeDataDirect(HxSystemDataStorage& storage) const;
   /// Resizes `values` to the element size and writes the active values packed from position 0,
   /// in flat order; with disabled columns the tail is left unwritten.
   virtual void getDataElements(Values& values) const;
@@ -200,6 +210,8 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   // Applies `remove` to the capture of manipulator m and prunes it (see the source).
   template <class Remove>
   HxBoolean removeFromManipulator(unsigned int const& m, bool endEffectorLevel, Remove remove);
+  // The types or their flags changed: the plan of storeDataDirect is made again.
+  void configurationChanged() { plan_.forget(); }
   // Appends the labels of one type at `position` onward, with `prefix`.
   void appendTypeLabels(const HxDataCaptureType& type, const std::string& prefix, std::vector<std::string>& labels,
                         std::size_t& position) const;
@@ -212,4 +224,8 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   // Scratch texts of getStringElements, kept so that later calls reuse their capacity.
   mutable HxScratch<std::string> prefix_;
   mutable HxScratch<std::string> number_;
+  // Set-up look-ups (last capture per manipulator index, element counts); see HxCaptureListIndex.
+  mutable HxCaptureListIndex listIndex_;
+  // Where storeDataDirect puts each type's values in the record it last stored into.
+  mutable HxFlatStorePlan plan_;
 };

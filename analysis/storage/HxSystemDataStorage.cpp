@@ -1,6 +1,7 @@
 #include "analysis/storage/HxSystemDataStorage.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
@@ -15,25 +16,33 @@ void reserveNumberText(std::string& text) {
     text.reserve(HxDoubleTextCapacity);
   }
 }
+
+// Shape stamps, unique across every record of the process.
+std::uint64_t nextShapeStamp() {
+  static std::atomic<std::uint64_t> counter{0};
+  return counter.fetch_add(1, std::memory_order_relaxed) + 1;
+}
 }  // namespace
 
-HxSystemDataStorage::HxSystemDataStorage() : time_(0.0), pathPointIndex_(0u) {}
+HxSystemDataStorage::HxSystemDataStorage() : time_(0.0), pathPointIndex_(0u), shapeStamp_(nextShapeStamp()) {}
 
 HxSystemDataStorage::HxSystemDataStorage(const HxSystemDataStorage& other)
     : HxBaseSystemDataComponent(other),
-      manipulatorDataVector_(other.manipulatorDataVector_),
+      manipulatorDataVector_((other.syncNested(), other.manipulatorDataVector_)),
       time_(other.time_),
       pathPointIndex_(other.pathPointIndex_),
-      elementSize_(other.elementSize_) {}
+      elementSize_(other.elementSize_),
+      shapeStamp_(nextShapeStamp()) {}
 
 HxSystemDataStorage& HxSystemDataStorage::operator=(const HxSystemDataStorage& other) {
   if (this != &other) {
+    other.syncNested();
+    discardFlatValues();
     HxBaseSystemDataComponent::operator=(other);
     manipulatorDataVector_ = other.manipulatorDataVector_;
     time_ = other.time_;
     pathPointIndex_ = other.pathPointIndex_;
     elementSize_ = other.elementSize_;
-    invalidateText();
   }
   return *this;
 }
@@ -47,7 +56,7 @@ void HxSystemDataStorage::registerComponents() {
 }
 
 HxBoolean HxSystemDataStorage::read(HxXmlReader& reader) {
-  invalidateText();
+  discardFlatValues();
   const HxBoolean result = HxBaseSystemDataComponent::read(reader);
   computeElementSize();
   return result;
@@ -57,8 +66,40 @@ HX_XML_SERIALISABLE_DEFINITIONS(HxSystemDataStorage, HxSimAnalysis::HxGeneralSto
 
 HxSystemDataStorage HxSystemDataStorage::nullObject() { return HxSystemDataStorage(); }
 
+const HxSystemDataStorage::ComponentMap& HxSystemDataStorage::componentMap() const {
+  syncNested();
+  return HxBaseSystemDataComponent::componentMap();
+}
+
 bool HxSystemDataStorage::operator==(const HxSystemDataStorage& other) const {
+  syncNested();
+  other.syncNested();
   return componentsEqual(other) && elementSize_ == other.elementSize_;
+}
+
+void HxSystemDataStorage::discardFlatValues() {
+  flatAhead_ = false;
+  textValid_ = false;
+  valuesValid_ = false;
+  shapeStamp_ = nextShapeStamp();
+}
+
+void HxSystemDataStorage::syncNested() const {
+  if (!flatAhead_) return;
+  flatAhead_ = false;
+  // The array matches the shape (see beginDirectStore): the values follow time and index.
+  const double* from = values_.data() + 2;
+  for (HxManipulatorDataStorage& manipulator : manipulatorDataVector_.vectorContainer()) {
+    manipulator.forEachValue([&from](HxXmlBasicType<double>& value) { value.value() = *from++; });
+  }
+}
+
+double* HxSystemDataStorage::beginDirectStore() {
+  if (!valuesValid_) refreshValues();
+  if (!shapeMatches_) return nullptr;
+  flatAhead_ = true;
+  textValid_ = false;
+  return values_.data();
 }
 
 unsigned int HxSystemDataStorage::type() const { return HxSystemDataComponentKind::Record; }
@@ -75,6 +116,7 @@ void HxSystemDataStorage::refreshValues() const {
     ++position;
   });
   valueCount_ = position < size ? position : size;
+  shapeMatches_ = position == size && size >= 2;
   for (std::size_t k = valueCount_; k < size; ++k) out[k] = 0.0;
 
   valuesView_.values = out;
@@ -137,12 +179,13 @@ void HxSystemDataStorage::getStringElements(std::vector<std::string>& elements) 
 }
 
 const HxSystemDataStorage::ManipulatorDataVector& HxSystemDataStorage::manipulatorDataVector() const {
+  syncNested();
   return manipulatorDataVector_;
 }
 
 void HxSystemDataStorage::setManipulatorDataVector(const ManipulatorDataVector& data) {
+  discardFlatValues();
   manipulatorDataVector_ = data;
-  invalidateText();
 }
 
 HxBoolean HxSystemDataStorage::setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset,
@@ -191,14 +234,18 @@ double HxSystemDataStorage::time() const { return time_.value(); }
 
 void HxSystemDataStorage::setTime(const double& time) {
   time_ = time;
-  invalidateText();
+  // Only the first element changes: the array keeps the values (and those ahead of the nested
+  // objects stay so).
+  textValid_ = false;
+  if (valuesValid_ && !values_.empty()) values_[0] = time;
 }
 
 unsigned int HxSystemDataStorage::pathPointIndex() const { return pathPointIndex_.value(); }
 
 void HxSystemDataStorage::setPathPointIndex(unsigned int index) {
   pathPointIndex_ = index;
-  invalidateText();
+  textValid_ = false;
+  if (valuesValid_ && values_.size() > 1) values_[1] = static_cast<double>(index);
 }
 
 void HxSystemDataStorage::computeElementSize() {
@@ -206,6 +253,7 @@ void HxSystemDataStorage::computeElementSize() {
   for (HxU32 m = 0; m < manipulatorDataVector_.size(); ++m) size += manipulatorDataVector_[m].numValues();
   elementSize_ = size;
   invalidateText();
+  shapeStamp_ = nextShapeStamp();
 }
 
 HxU32 HxSystemDataStorage::elementSize(bool excludeTimeAndIndex) const {
@@ -214,6 +262,7 @@ HxU32 HxSystemDataStorage::elementSize(bool excludeTimeAndIndex) const {
 
 void HxSystemDataStorage::getRealElements(std::vector<double>& out, bool excludeTimeAndIndex) const {
   // A size never computed would wrap when excluding time and index; treat it as empty.
+  syncNested();
   const HxU32 size = (excludeTimeAndIndex && elementSize_ < 2) ? 0 : elementSize(excludeTimeAndIndex);
   if (out.size() != size) out.resize(size);
 

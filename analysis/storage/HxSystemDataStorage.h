@@ -2,6 +2,7 @@
 /// \file
 /// HxSystemDataStorage: one captured sample of the whole simulated system (the sample record).
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,24 +18,34 @@
 ///
 /// Life of a record: `HxSystemDataCapture::allocateStorage` gives it its shape and element size
 /// once; then, per sample, the recorder stamps it (`setTime`, `setPathPointIndex`), the
-/// capture fills it through the specific setters (`storeData`), and every output writer reads
-/// it back flat, as reals (`getRealElements`) or as text (`getStringElements`).
+/// capture fills it (through the specific setters with `storeData`, or straight into the
+/// array of reals with `storeDataDirect`), and every output writer reads it back flat, as reals
+/// (`elementValues`, `getRealElements`) or as text (`elementText`, `getStringElements`).
 ///
 /// Elements in the flat order of a sample (`HxFlatOrder`): the time, the path-point index, then
 /// the values of every manipulator. The element size counts the two leading elements.
 ///
 /// Text cache: several writers ask for the same sample, so the record turns its values into
 /// reals in flat order (`elementValues`) and into text (`elementText`) at most once per sample,
-/// each only when first asked for. Every setter (and `setTime`, `setPathPointIndex`,
-/// `setManipulatorDataVector`, `computeElementSize`, assignment, `read`) marks both stale. The
+/// each only when first asked for. Every setter (and `setManipulatorDataVector`,
+/// `computeElementSize`, assignment, `read`) marks both stale; `setTime` and
+/// `setPathPointIndex` mark the text stale and update their element of the reals. The
 /// text is one block of chars with an offset per element, made with `HxDOUBLE2STRING` straight
 /// into the block; `getStringElements` copies it into the caller's strings. Once warm, none of
 /// this allocates: the block is sized for the longest texts of the current element size, and
 /// the caller's strings keep capacity for the longest number text. The caches are not part of
 /// the value (not copied, not compared, not serialised).
 ///
-/// Not thread-safe: `getStringElements`, `elementText` and `elementValues` are const but
-/// refresh the caches.
+/// Values kept flat: a capture may write a sample straight into the array of reals
+/// (`beginDirectStore`, the recorder's route), which then holds values newer than the nested
+/// `HxManipulatorDataStorage` objects. Those are brought up to date from the array only when
+/// something reads them: `manipulatorDataVector`, the XML form (`write`, `componentMap`),
+/// equality, copy and assignment, `getRealElements`, and every setter or change of shape (which
+/// then work on the nested objects as before). What any of these gives is the same as if the
+/// sample had been stored through the setters.
+///
+/// Not thread-safe: `getStringElements`, `elementText`, `elementValues` and the readers above
+/// are const but refresh the caches or the nested objects.
 class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSource {
  public:
   /// One storage per captured manipulator, in the order of the capture configuration.
@@ -61,6 +72,9 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// record reads back equal to the one written; marks the caches stale. Returns the base
   /// read's result.
   HxBoolean read(HxXmlReader& reader) override;
+  /// The registered members, brought up to date first (the XML form and generic readers go
+  /// through here).
+  const ComponentMap& componentMap() const override;
 
   /// `HxSystemDataComponentKind::Record` (1).
   unsigned int type() const override;
@@ -104,11 +118,11 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
 
   /// Simulation time of the sample.
   virtual double time() const;
-  /// Stamps the sample with its simulation time; marks the caches stale.
+  /// Stamps the sample with its simulation time; marks the text stale.
   virtual void setTime(const double& time);
   /// Index of the path point being executed; 0 unless set.
   virtual unsigned int pathPointIndex() const;
-  /// Sets the path-point index; marks the caches stale.
+  /// Sets the path-point index; marks the text stale.
   virtual void setPathPointIndex(unsigned int index);
 
   /// Recomputes the element size from the current shape: 2 plus the number of values.
@@ -136,11 +150,30 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// order, so that element i of its string elements is the text of i. Owned by the caller.
   HxBaseSystemDataComponent* newLayoutProbe() const override;
 
+  /// A number that changes whenever the record's shape or element size may have changed (and
+  /// differs between records): what a capture worked out about where its values land in this
+  /// record stays right while the stamp is the same.
+  std::uint64_t shapeStamp() const { return shapeStamp_; }
+  /// The elements in flat order as an array of reals for a capture to overwrite in place with
+  /// the current sample (positions 2 onward are the values; time and index are the record's
+  /// own), or null when the element size does not match the shape (then use the setters).
+  /// Marks the text stale and the nested objects behind the array. Does not allocate once the
+  /// record's values have been made (`elementValues`).
+  double* beginDirectStore();
+
  private:
+  // Brings the nested objects up to date from the array (values written in place).
+  void syncNested() const;
+  // The nested objects changed (or are about to): the array and the text are remade from them
+  // on demand. Values the array holds ahead of them are moved into them first.
   void invalidateText() {
+    syncNested();
     textValid_ = false;
     valuesValid_ = false;
   }
+  // Drops the array and the text without moving their values (the nested objects are
+  // replaced as a whole); the shape may change, so the stamp is renewed.
+  void discardFlatValues();
   void refreshValues() const;
   void refreshText() const;
   // Calls visit(double) for every element in flat order: the time and the path-point index
@@ -156,7 +189,8 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
     }
   }
 
-  ManipulatorDataVector manipulatorDataVector_;
+  // Mutable: brought up to date from the array by const readers.
+  mutable ManipulatorDataVector manipulatorDataVector_;
   HxXmlBasicType<double> time_;
   HxXmlBasicType<unsigned int> pathPointIndex_;
   HxU32 elementSize_ = 0;
@@ -168,6 +202,12 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   mutable std::size_t valueCount_ = 0;
   mutable HxElementValues valuesView_;
   mutable bool valuesValid_ = false;
+  // The array holds values newer than the nested objects (then valuesValid_ is true and the
+  // element size matches the shape).
+  mutable bool flatAhead_ = false;
+  // The element size matched the shape when the array was last made.
+  mutable bool shapeMatches_ = false;
+  std::uint64_t shapeStamp_;
   mutable std::vector<char> textChars_;
   mutable std::vector<HxU32> textOffsets_;
   mutable std::string indexText_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <typeinfo>
 
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemDataStorage.h"
@@ -63,10 +64,11 @@ void HxSystemStoredData::allocateStorage(const HxSystemDataCapture& capture) {
     capture.allocateStorage(sampleRecord());
     return;
   }
+  // The record is shaped where it stays (the same as shaping one and appending a copy), so
+  // that the capture's plan for storing into it is made here.
   systemDataVector_.pushBack(capture);
-  HxSystemDataStorage storage;
-  capture.allocateStorage(storage);
-  systemDataVector_.pushBack(storage);
+  systemDataVector_.pushBack(HxSystemDataStorage());
+  capture.allocateStorage(sampleRecord());
 }
 
 void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
@@ -110,7 +112,7 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
 void HxSystemStoredData::saveCapturedData(double time, const HxSystemDataCapture& capture) {
   HxSystemDataStorage& storage = sampleRecord();
   storage.setTime(time);
-  capture.storeData(storage);
+  storeSample(capture, storage);
   writeSample();
 }
 
@@ -119,8 +121,18 @@ void HxSystemStoredData::saveCapturedData(double time, unsigned int pathPointInd
   HxSystemDataStorage& storage = sampleRecord();
   storage.setTime(time);
   storage.setPathPointIndex(pathPointIndex);
-  capture.storeData(storage);
+  storeSample(capture, storage);
   writeSample();
+}
+
+void HxSystemStoredData::storeSample(const HxSystemDataCapture& capture, HxSystemDataStorage& storage) {
+  // The capture's direct route gives the record exactly what storeData gives it; a class
+  // derived from the capture may store differently, so it is asked through storeData.
+  if (typeid(capture) == typeid(HxSystemDataCapture)) {
+    capture.storeDataDirect(storage);
+  } else {
+    capture.storeData(storage);
+  }
 }
 
 void HxSystemStoredData::writeSample() {

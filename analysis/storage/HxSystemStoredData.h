@@ -100,6 +100,8 @@ class HxSystemStoredData {
 
  private:
   HxSystemDataStorage& sampleRecord();
+  // The capture's storeData on the record, by its direct route where that is the same.
+  static void storeSample(const HxSystemDataCapture& capture, HxSystemDataStorage& storage);
   void writeSample();
   // Records a failure of stream `index` when its state turned bad since it was last looked at.
   void noteStreamState(std::size_t index);

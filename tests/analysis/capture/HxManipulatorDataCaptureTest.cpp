@@ -178,4 +178,37 @@ TEST(HxManipulatorDataCapture, CaptureResultsOfEachLevelAndAvailableTypes) {
   EXPECT_EQ(&HxLinkDataCapture::allAvailableDataCaptureTypes(), lists[1]);
 }
 
+// A link capture keeps the link it looked up, yet answers as a fresh copy of it (which has
+// looked nothing up) does: alternating between two simulations whose links differ, with a
+// manipulator out of range, after the links changed, with a link the simulation lacks, and
+// after the identifier changed.
+TEST(HxManipulatorDataCapture, LinkLookupFollowsSimulationAndLinks) {
+  HxScriptedSimulation first(2, std::vector<std::string>{"shoulder", "elbow"}, 1);
+  HxScriptedSimulation second(1, std::vector<std::string>{"elbow", "wrist"}, 1);
+  first.setJointPositions(1, {0.5, 0.75});
+  second.setJointPositions(0, {0.125, 0.25});
+  HxLinkDataCapture link;
+  link.setLinkIdentifier("elbow");
+  link.addDataCaptureType(HxJointPositionDataCaptureTypeToken);
+  auto capture = [&link](const HxSystemSimulation& simulation, unsigned int m, bool result, double value) {
+    const HxLinkDataCapture fresh(link);
+    EXPECT_EQ(fresh.captureData(simulation, m), result);
+    EXPECT_EQ(link.captureData(simulation, m), result);
+    EXPECT_TRUE(link.dataCaptureVector()[0].data()[0].value() == value &&
+                fresh.dataCaptureVector()[0].data()[0].value() == value)
+        << m << " " << value;
+  };
+  capture(first, 1, true, 0.75);
+  capture(second, 0, true, 0.125);
+  capture(first, 1, true, 0.75);
+  capture(second, 1, false, 0.75);
+  first.manipulator(1).clearLinks();
+  first.manipulator(1).addLink(HxLink("elbow", 0));
+  capture(first, 1, true, 0.5);
+  first.manipulator(1).clearLinks();
+  capture(first, 1, false, 0.5);
+  link.setLinkIdentifier("wrist");
+  capture(second, 0, true, 0.25);
+}
+
 }  // namespace

@@ -1,11 +1,13 @@
 // The system capture configuration: order of manipulators, capture and store over a scripted
 // simulation, the system-level lookup (last match), pruning and level checks.
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "analysis/capture/HxFlatOrder.h"
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/types/HxDataCaptureTypes.h"
@@ -152,6 +154,74 @@ TEST(HxSystemDataCapture, RemovalPruningAndDuplicateEntries) {
   EXPECT_TRUE(capture.removeManipulatorDataCapture(1));
   ASSERT_EQ(capture.manipulatorDataCaptureVector().size(), 1u);
   EXPECT_TRUE(capture.manipulatorDataCaptureVector()[0] == first && capture.elementSize() == 3u);
+}
+
+// The look-ups kept while a configuration is built (the last capture per manipulator index,
+// the first link and end-effector capture per key, the element count) answer as walking the
+// lists does after every kind of add and remove, also with a duplicate manipulator index.
+TEST(HxSystemDataCapture, KeptLookUpsAnswerAsWalkingTheLists) {
+  HxScriptedSimulation simulation(3, std::vector<std::string>{"a", "b", "c"}, 2);
+  HxSystemDataCapture capture;
+  auto walkedAnswers = [&](int step) {
+    const HxSystemDataCapture::ManipulatorDataCaptureVector& list = capture.manipulatorDataCaptureVector();
+    HxU32 size = 0;
+    HxFlatOrder::forEachCapturedType(
+        list, [&size](const HxFlatPosition&, const HxDataCaptureType& type) { size += type.dataSize(); });
+    EXPECT_EQ(capture.elementSize(), size) << step;
+    for (unsigned int m = 0; m < 4; ++m) {
+      unsigned int walked = 99, kept = 99;
+      for (HxU32 p = 0; p < list.size(); ++p) walked = list[p].manipulatorIndex() == m ? p : walked;
+      EXPECT_TRUE(capture.findIndex(m, kept) == (walked != 99) && kept == walked) << step << " m " << m;
+    }
+    for (HxU32 p = 0; p < list.size(); ++p) {
+      const HxManipulatorDataCapture& entry = list[p];
+      for (const char* link : {"a", "b", "c"}) {
+        unsigned int walked = 99, kept = 99;
+        for (HxU32 l = entry.linkDataCaptureVector().size(); l-- > 0;) {
+          walked = entry.linkDataCaptureVector()[l].linkIdentifier() == link ? l : walked;
+        }
+        EXPECT_TRUE(entry.findIndex(link, kept) == (walked != 99) && kept == walked) << step << " " << link;
+      }
+      for (unsigned int e = 0; e < 2; ++e) {
+        unsigned int walked = 99, kept = 99;
+        for (HxU32 k = entry.endEffectorDataCaptureVector().size(); k-- > 0;) {
+          walked = entry.endEffectorDataCaptureVector()[k].endEffectorIndex() == e ? k : walked;
+        }
+        EXPECT_TRUE(entry.findIndex(e, kept) == (walked != 99) && kept == walked) << step << " EE " << e;
+      }
+    }
+  };
+  HxManipulatorDataCapture duplicate;
+  duplicate.setManipulatorIndex(1);
+  duplicate.addLinkDataCaptureType("c", HxJointTorqueDataCaptureTypeToken);
+  duplicate.addLinkDataCapture(duplicate.linkDataCaptureVector()[0]);
+  const std::function<bool()> steps[] = {
+      [&] { return capture.addLinkDataCaptureType(0, HxJointPositionDataCaptureTypeToken, simulation.manipulator(0)); },
+      [&] { return capture.addManipulatorDataCaptureType(1, HxBasePositionDataCaptureTypeToken); },
+      [&] { return capture.addEndEffectorDataCaptureType(2, HxEndEffectorVelocityDataCaptureTypeToken, 2u); },
+      [&] { return capture.addLinkDataCaptureType(0, "b", HxExternalForceDataCaptureTypeToken); },
+      [&] { return capture.addManipulatorDataCapture(duplicate); },
+      [&] { return capture.addLinkDataCaptureType(1, "a", HxJointVelocityDataCaptureTypeToken); },
+      [&] { return capture.removeLinkDataCaptureType(0, "a", HxJointPositionDataCaptureTypeToken); },
+      [&] { return capture.removeLinkDataCaptureType(1, HxJointTorqueDataCaptureTypeToken); },
+      [&] { return capture.addEndEffectorDataCaptureType(2, 1u, HxEndEffectorPlacementDataCaptureTypeToken); },
+      [&] { return capture.removeEndEffectorDataCaptureType(2, 0u, HxEndEffectorVelocityDataCaptureTypeToken); },
+      [&] { return capture.removeManipulatorDataCapture(1); },
+      [&] { return capture.addLinkDataCaptureType(1, "c", HxJointPositionDataCaptureTypeToken); },
+      [&] { return capture.removeEndEffectorDataCaptureType(2, HxEndEffectorVelocityDataCaptureTypeToken); },
+      [&] { return capture.removeManipulatorDataCaptureType(1, HxBasePositionDataCaptureTypeToken); },
+      [&] { return capture.removeLinkDataCaptureType(1, "c", HxJointPositionDataCaptureTypeToken); },
+      [&] {
+        capture.removeAllDataCaptureTypes();
+        return capture.addManipulatorDataCaptureType(2, HxCenterOfMassDataCaptureTypeToken);
+      },
+  };
+  for (std::size_t k = 0; k < std::size(steps); ++k) {
+    EXPECT_TRUE(steps[k]()) << k;
+    walkedAnswers(static_cast<int>(k));
+  }
+  const HxSystemDataCapture copy = capture;
+  EXPECT_TRUE(copy.manipulatorDataCapture(2) != nullptr && copy.elementSize() == capture.elementSize());
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -186,6 +187,70 @@ TEST_F(HxSystemStoredDataTest, WithoutWritersNoFileAndReallocatingFollowsAChange
   EXPECT_EQ(slurp(file("run.csv")),
             "Time,Point Path Index,Manip[1]:Center of Mass:X,Manip[1]:Center of Mass:Y,Manip[1]:Center of Mass:Z\n"
             "1.5,2,0.5,1.5,-2\n2,7,0.5,1.5,-2\n2.5,7,0.5,1.5,-2\n");
+}
+
+// The recorder's direct route: a record filled by storeDataDirect answers every reader as one
+// filled through storeData (each reader on a fresh record, so that none profits from another's
+// refresh): nested data, XML form, reals, texts, equality, copy and assignment. A setter after a
+// direct store works on the current values, and a record shaped for another configuration gets
+// what storeData gives it.
+TEST_F(HxSystemStoredDataTest, DirectStoreAnswersAsStoreData) {
+  using Record = HxSystemDataStorage;
+  const std::function<bool(const Record&, const Record&)> readers[] = {
+      [](const Record& a, const Record& b) {
+        return HxFrameworkTest::writeToString(a) == HxFrameworkTest::writeToString(b);
+      },
+      [](const Record& a, const Record& b) { return a.manipulatorDataVector() == b.manipulatorDataVector(); },
+      [](const Record& a, const Record& b) {
+        std::vector<double> x, y;
+        a.getRealElements(x, false);
+        b.getRealElements(y, false);
+        return x == y;
+      },
+      [](const Record& a, const Record& b) {
+        std::vector<std::string> x, y;
+        a.getStringElements(x);
+        b.getStringElements(y);
+        return x == y;
+      },
+      [](const Record& a, const Record& b) { return a == b && b == a; },
+      [](const Record& a, const Record& b) { return Record(a).manipulatorDataVector() == b.manipulatorDataVector(); },
+      [](const Record& a, const Record& b) {
+        Record assigned;
+        assigned = a;
+        return assigned == b;
+      },
+  };
+  for (unsigned int k = 0; k < TwoArmScene::kSamples; ++k) {
+    scene.captureSample(k);
+    for (std::size_t r = 0; r < std::size(readers); ++r) {
+      Record direct;
+      scene.capture.allocateStorage(direct);
+      direct.setTime(TwoArmScene::time(k));
+      direct.setPathPointIndex(TwoArmScene::pathPointIndex(k));
+      ASSERT_TRUE(scene.capture.storeDataDirect(direct));
+      EXPECT_TRUE(readers[r](direct, scene.expected)) << "sample " << k << ", reader " << r;
+    }
+  }
+
+  Record direct, expected = scene.expected;
+  scene.capture.allocateStorage(direct);
+  direct.setTime(scene.expected.time());
+  direct.setPathPointIndex(scene.expected.pathPointIndex());
+  scene.capture.storeDataDirect(direct);
+  EXPECT_TRUE(direct.setSpecificLinkLevelData(0, 1, 1, 2, 99.0) && expected.setSpecificLinkLevelData(0, 1, 1, 2, 99.0));
+  EXPECT_EQ(HxFrameworkTest::writeToString(direct), HxFrameworkTest::writeToString(expected));
+
+  // Shaped for manipulator 1's joints and manipulator 0's base (three of its columns disabled).
+  HxSystemDataCapture other;
+  other.addLinkDataCaptureType(1, HxSimAnalysis::HxJointPositionDataCaptureTypeToken, scene.simulation.manipulator(1));
+  other.addManipulatorDataCaptureType(0, HxSimAnalysis::HxBasePositionDataCaptureTypeToken);
+  other.addManipulatorDataCaptureType(0, HxSimAnalysis::HxCenterOfMassDataCaptureTypeToken);
+  Record viaSetters, viaArray;
+  other.allocateStorage(viaSetters);
+  other.allocateStorage(viaArray);
+  EXPECT_EQ(scene.capture.storeData(viaSetters), scene.capture.storeDataDirect(viaArray));
+  EXPECT_TRUE(viaArray == viaSetters) << HxFrameworkTest::writeToString(viaArray);
 }
 
 // Once the first sample has been written, capturing a sample and saving it through all five
