@@ -69,6 +69,27 @@ std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& c
   return problems;
 }
 
+HxBoolean hxCheckOutputFileName(const std::string& path, const std::vector<std::string>& inputs,
+                                std::set<std::string>& seen, std::string& error) {
+  std::error_code code;
+  if (!seen.insert(path).second) {
+    error = "two writers would both write '" + path + "'";
+    return false;
+  }
+  if (fs::is_directory(path, code)) {
+    error = "cannot write '" + path + "': it is a directory";
+    return false;
+  }
+  for (const std::string& input : inputs) {
+    if (fs::exists(path, code) && fs::equivalent(path, input, code)) {
+      error = "output file '" + path + "' is the input file '" + input +
+              "'; recording would overwrite it: choose another output base name with --output";
+      return false;
+    }
+  }
+  return true;
+}
+
 HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWriterVector& writers,
                                 const std::vector<std::string>& inputs, std::string& error) {
   const fs::path base(outputBase);
@@ -96,21 +117,7 @@ HxBoolean hxCheckOutputWritable(const std::string& outputBase, const HxOutputWri
   std::set<std::string> seen;
   for (HxU32 i = 0; i < writers.size(); ++i) {
     const std::string path = outputBase + writers[i].fileExtension();
-    if (!seen.insert(path).second) {
-      error = "two writers would both write '" + path + "'";
-      return false;
-    }
-    if (fs::is_directory(path, code)) {
-      error = "cannot write '" + path + "': it is a directory";
-      return false;
-    }
-    for (const std::string& input : inputs) {
-      if (fs::exists(path, code) && fs::equivalent(path, input, code)) {
-        error = "output file '" + path + "' is the input file '" + input +
-                "'; recording would overwrite it: choose another output base name with --output";
-        return false;
-      }
-    }
+    if (!hxCheckOutputFileName(path, inputs, seen, error)) return false;
     const bool existed = fs::exists(path, code);
     errno = 0;
     std::ofstream probe(path, std::ios::out | std::ios::app);

@@ -2,6 +2,7 @@
 // The checks hxrecord makes before it records: the capture against the model, the output
 // location against the writers.
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,12 @@
 std::vector<std::string> hxCheckCaptureAgainstModel(const HxSystemDataCapture& capture,
                                                     const HxMujocoSimulation& simulation,
                                                     const std::string& captureName, const std::string& modelName);
+
+/// The checks of one output file's name that need no write: not written twice (`seen` collects
+/// the names so far), not a directory, not one of `inputs` (also through another name or link).
+/// Returns false with a message in `error` otherwise.
+HxBoolean hxCheckOutputFileName(const std::string& path, const std::vector<std::string>& inputs,
+                                std::set<std::string>& seen, std::string& error);
 
 /// Makes sure every file `outputBase` + extension of `writers` can be written: creates the
 /// output directory when it is missing and opens each file for appending (removing those that

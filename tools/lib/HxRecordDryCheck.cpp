@@ -3,6 +3,8 @@
 
 #include "tools/lib/HxRecordDryCheck.h"
 
+#include "tools/lib/HxRecordChecks.h"
+
 #include <unistd.h>
 
 #include <cerrno>
@@ -55,21 +57,7 @@ HxBoolean hxCheckOutputWouldBeWritable(const std::string& outputBase, const HxOu
   std::set<std::string> seen;
   for (HxU32 i = 0; i < writers.size(); ++i) {
     const std::string path = outputBase + writers[i].fileExtension();
-    if (!seen.insert(path).second) {
-      error = "two writers would both write '" + path + "'";
-      return false;
-    }
-    if (fs::is_directory(path, code)) {
-      error = "cannot write '" + path + "': it is a directory";
-      return false;
-    }
-    for (const std::string& input : inputs) {
-      if (fs::exists(path, code) && fs::equivalent(path, input, code)) {
-        error = "output file '" + path + "' is the input file '" + input +
-                "'; recording would overwrite it: choose another output base name with --output";
-        return false;
-      }
-    }
+    if (!hxCheckOutputFileName(path, inputs, seen, error)) return false;
     if (!directoryExists) continue;
     const std::string refusal = fs::exists(path, code) ? writeRefusal(path, false) : writeRefusal(directory, true);
     if (!refusal.empty()) {
