@@ -13,7 +13,10 @@
 // Benchmarks, one iteration per sample (one row of the table):
 //   Path/<writer>      set the row into the simulation, captureData, saveCapturedData with one
 //                      writer alone (Csv, Xml, Mrd, Matlab, Mathematica) or AllFive
+//   Path/Hdf5          the same with the HDF5 writer alone, uncompressed (when it is built)
 //   Path/NoWriter      the same without writers: capture and store only
+//   Writers/<writer>   the writers alone: the row's values put straight into a sample record,
+//                      which the writers write as the recorder drives them
 //   Floor/ToChars      the row as shortest text (std::to_chars, commas, a line end) into a
 //                      1 MiB buffer, handed to write(2) when full. Its bytes are the CSV
 //                      writer's data rows exactly: checked before any benchmark runs, and the
@@ -28,7 +31,7 @@
 //   time_per_value     CPU time per value, in seconds ("66.8n" is 66.8 ns); items are values
 //   vs_floor           Path only: its time per value over its floor's, the floor run right after
 //                      it in the same benchmark over as many rows (text writers and AllFive:
-//                      ToChars; Mrd: Float32; NoWriter: Copy)
+//                      ToChars; Mrd: Float32; Hdf5: Doubles; NoWriter: Copy)
 //   allocs_per_sample  heap allocations per sample once recording runs (the goal is none)
 //   system_share       Path and Floor: the part of the CPU time spent in the kernel (mostly
 //                      copying into the page cache), which no change of the path removes
@@ -60,7 +63,11 @@
 #include <vector>
 
 #include "analysis/capture/HxSystemDataCapture.h"
+#include "analysis/storage/HxSystemDataStorage.h"
 #include "analysis/storage/HxSystemStoredData.h"
+#ifdef HX_BENCH_HDF5
+#include "analysis/hdf5/HxHdf5OutputWriter.h"
+#endif
 #include "analysis/writers/HxMathematicaOutputWriter.h"
 #include "analysis/writers/HxMatlabOutputWriter.h"
 #include "analysis/writers/HxMrdOutputWriter.h"
@@ -368,7 +375,7 @@ double timeFloor(Floor& floor, std::uint64_t samples) {
 // ---------------------------------------------------------------------------------------------
 // The benchmarks.
 
-enum class Writers { None, Csv, Xml, Mrd, Matlab, Mathematica, AllFive };
+enum class Writers { None, Csv, Xml, Mrd, Matlab, Mathematica, AllFive, Hdf5 };
 
 HxOutputWriterVector writersOf(Writers which) {
   const bool all = which == Writers::AllFive;
@@ -378,11 +385,15 @@ HxOutputWriterVector writersOf(Writers which) {
   if (all || which == Writers::Mrd) writers.pushBack(HxMrdOutputWriter());
   if (all || which == Writers::Matlab) writers.pushBack(HxMatlabOutputWriter());
   if (all || which == Writers::Mathematica) writers.pushBack(HxMathematicaOutputWriter());
+#ifdef HX_BENCH_HDF5
+  if (which == Writers::Hdf5) writers.pushBack(HxHdf5OutputWriter());  // uncompressed, default chunks
+#endif
   return writers;
 }
 
 Floor::Kind floorOf(Writers which) {
   if (which == Writers::None) return Floor::Copy;
+  if (which == Writers::Hdf5) return Floor::Doubles;
   return which == Writers::Mrd ? Floor::Float32 : Floor::ToChars;
 }
 
@@ -446,6 +457,90 @@ void BM_Path(benchmark::State& state, Writers which) {
   state.counters["allocs_per_sample"] = static_cast<double>(allocations) / static_cast<double>(samples);
 }
 
+// The writers alone: each row's values are put straight into a sample record, which the writers
+// then write as the recorder drives them (a file each, with the recorder's 64 KiB stream
+// buffers), against the same floor as the path. The record's text is made lazily, when the first
+// text writer asks for it, so the text writers' figure includes making the text once.
+void BM_Writers(benchmark::State& state, Writers which) {
+  const Table& table = *theTable;
+  const HxScopedTempDir directory("bench-record-writers");
+  HxOutputWriterVector writers = writersOf(which);
+  HxSystemDataVector components;
+  components.pushBack(theScene->capture());
+  components.pushBack(HxSystemDataStorage());
+  HxSystemDataStorage& record = dynamic_cast<HxSystemDataStorage&>(components[1]);
+  theScene->capture().allocateStorage(record);
+
+  constexpr std::size_t kStreamBuffer = 1 << 16;
+  std::vector<std::unique_ptr<char[]>> buffers;
+  std::vector<std::unique_ptr<std::ofstream>> streams;
+  auto begin = [&]() {
+    streams.clear();
+    buffers.clear();
+    for (HxU32 i = 0; i < writers.size(); ++i) {
+      buffers.emplace_back(new char[kStreamBuffer]);
+      streams.emplace_back(new std::ofstream);
+      streams.back()->rdbuf()->pubsetbuf(buffers.back().get(), kStreamBuffer);
+      writers[i].openFile(directory.file("run") + writers[i].fileExtension(), *streams.back());
+      writers[i].initialize(components, *streams.back());
+      writers[i].writeComponentOpening(components[0], *streams.back());
+      writers[i].writeDataComponent(components[0], *streams.back());
+      writers[i].writeComponentClosing(components[0], *streams.back());
+      writers[i].writeComponentOpening(record, *streams.back());
+    }
+  };
+  auto put = [&](const double* row) {
+    record.setTime(row[0]);
+    record.setPathPointIndex(static_cast<unsigned int>(row[1]));
+    std::memcpy(record.beginDirectStore() + 2, row + 2, (kColumns - 2) * sizeof(double));
+    for (HxU32 i = 0; i < writers.size(); ++i) writers[i].writeDataComponent(record, *streams[i]);
+  };
+  auto finish = [&]() {
+    for (HxU32 i = 0; i < writers.size(); ++i) {
+      writers[i].writeComponentClosing(record, *streams[i]);
+      writers[i].finalize(components, *streams[i]);
+      streams[i]->close();
+    }
+  };
+  begin();
+  put(table.row(0));
+  std::size_t next = 1;
+
+  HxBenchStopwatch watch;
+  std::uint64_t allocations = 0;
+  HxAllocationCounter counter;
+  watch.start();
+  for (auto _ : state) {
+    if (next == table.rows()) {
+      watch.stop();
+      allocations += counter.allocations();
+      state.PauseTiming();
+      finish();
+      begin();
+      put(table.row(0));
+      next = 1;
+      state.ResumeTiming();
+      counter.restart();
+      watch.start();
+    }
+    put(table.row(next++));
+  }
+  watch.stop();
+  allocations += counter.allocations();
+  finish();
+  for (const auto& stream : streams) {
+    if (!stream->good() && !stream->eof()) state.SkipWithError("a writer's file failed");
+  }
+
+  const std::uint64_t samples = static_cast<std::uint64_t>(state.iterations());
+  Floor floor(floorOf(which), directory.file("floor"));
+  const double floorSeconds = timeFloor(floor, samples);
+  reportPerValue(state, samples);
+  state.counters["vs_floor"] = floorSeconds > 0.0 ? watch.seconds() / floorSeconds : 0.0;
+  state.counters["system_share"] = watch.seconds() > 0.0 ? watch.systemSeconds() / watch.seconds() : 0.0;
+  state.counters["allocs_per_sample"] = static_cast<double>(allocations) / static_cast<double>(samples);
+}
+
 void BM_Floor(benchmark::State& state, Floor::Kind kind) {
   const Table& table = *theTable;
   const HxScopedTempDir directory("bench-record-floor");
@@ -496,7 +591,19 @@ BENCHMARK_CAPTURE(BM_Path, Mrd, Writers::Mrd)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_Path, Matlab, Writers::Matlab)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_Path, Mathematica, Writers::Mathematica)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_Path, AllFive, Writers::AllFive)->Unit(benchmark::kMicrosecond);
+#ifdef HX_BENCH_HDF5
+BENCHMARK_CAPTURE(BM_Path, Hdf5, Writers::Hdf5)->Unit(benchmark::kMicrosecond);
+#endif
 BENCHMARK_CAPTURE(BM_Path, NoWriter, Writers::None)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Writers, Csv, Writers::Csv)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Writers, Xml, Writers::Xml)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Writers, Mrd, Writers::Mrd)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Writers, Matlab, Writers::Matlab)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Writers, Mathematica, Writers::Mathematica)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_Writers, AllFive, Writers::AllFive)->Unit(benchmark::kMicrosecond);
+#ifdef HX_BENCH_HDF5
+BENCHMARK_CAPTURE(BM_Writers, Hdf5, Writers::Hdf5)->Unit(benchmark::kMicrosecond);
+#endif
 BENCHMARK_CAPTURE(BM_Floor, ToChars, Floor::ToChars)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_Floor, Float32, Floor::Float32)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(BM_Floor, Doubles, Floor::Doubles)->Unit(benchmark::kMicrosecond);

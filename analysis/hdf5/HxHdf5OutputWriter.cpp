@@ -26,7 +26,7 @@ HxToken moduleToken(const char* localName) {
 }
 
 // Chunks hold about this many bytes when the writer chooses, and never more than the maximum.
-constexpr std::uint64_t kChosenChunkBytes = std::uint64_t{1} << 18;
+constexpr std::uint64_t kChosenChunkBytes = std::uint64_t{1} << 20;
 constexpr std::uint64_t kMaximumChunkBytes = std::uint64_t{256} << 20;
 
 // A real read from a number's text as strtod reads it in the C locale.
@@ -127,6 +127,8 @@ class HxHdf5Recording {
     }
     const HxU32 level = std::min<HxU32>(writer.compression(), 9);
     if (level > 0 && !check(H5Pset_shuffle(creation.get()) >= 0 && H5Pset_deflate(creation.get(), level) >= 0)) return;
+    // Every row of the extent is written: chunks need no fill before their rows arrive.
+    if (!check(H5Pset_fill_time(creation.get(), H5D_FILL_TIME_NEVER) >= 0)) return;
     // Whole chunks are written at once: no chunk cache, so they go to the file without a copy.
     if (!check(H5Pset_chunk_cache(access.get(), 0, 0, 1.0) >= 0)) return;
     dataset_.reset(
