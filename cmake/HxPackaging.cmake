@@ -5,7 +5,7 @@
 #   libhxsimulationmujoco3          mujoco   the MuJoCo engine behind the simulation interface
 #   libhxsimulationhdf5-3           hdf5     the HDF5 writer and reader
 #   hxsimulationanalysis-tools      tools    hxrecord, hxinfo, hxmrd, hxrepair, example models and configurations
-#   python3-hxsim                   python   the Python package hxsim and hxplot (Architecture all)
+#   python3-hxsim                   python   the Python package hxsim, hxplot and hxsweep (Architecture all)
 # Dependencies on system libraries come from dpkg-shlibdeps; those between the packages are
 # exact versions.
 set(HX_DEB_MAINTAINER "libhxSimulationAnalysis developers <hxsimulationanalysis@example.org>")
@@ -118,13 +118,19 @@ hxsim reads the CSV, XML, MRD, MATLAB, Mathematica and HDF5 (with h5py)
 files of a recording into pandas DataFrames (also files cut short, up to
 their last whole sample), with the units and column descriptions of
 hxrecord's manifest, and summarises them. hxplot draws a display description
-from a recording into a PNG, SVG or PDF file with matplotlib.")
+from a recording into a PNG, SVG or PDF file with matplotlib. hxsweep runs
+many recordings from one sweep file (a grid, cases or random draws of
+hxrecord options and model template values) on a local pool of processes, a
+Dask cluster or a Slurm job array, resumes an interrupted sweep, and sums up
+its runs in one table.")
 # Pure Python: no compiled code, the interpreter's packages as dependencies.
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
-set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3, python3-numpy, python3-pandas, python3-matplotlib")
-# h5py only serves the HDF5 files, which hxrecord writes only when asked to.
-set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-h5py")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "python3, python3-numpy, python3-pandas, python3-matplotlib, python3-yaml, python3-jinja2")
+# h5py only serves the HDF5 files, which hxrecord writes only when asked to; Dask and Slurm's
+# client commands only hxsweep's --dask and --slurm.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-h5py, python3-distributed, slurm-client")
 set(CPACK_COMPONENT_DEV_DEPENDS runtime)
 set(CPACK_COMPONENT_MUJOCO_DEPENDS runtime)
 set(CPACK_COMPONENT_HDF5_DEPENDS runtime)

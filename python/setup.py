@@ -1,4 +1,4 @@
-"""Installs hxsim (`pip install ./python`): pure Python over numpy, pandas and matplotlib."""
+"""Installs hxsim (`pip install ./python`): pure Python over numpy, pandas and matplotlib (hxsweep: PyYAML, Jinja2)."""
 import re
 from pathlib import Path
 
@@ -14,10 +14,10 @@ setup(
     long_description=(HERE / "README.md").read_text(),
     long_description_content_type="text/markdown",
     license="Apache-2.0",
-    packages=["hxsim"],
+    packages=["hxsim", "hxsim.sweep"],
     python_requires=">=3.9",
-    install_requires=["numpy", "pandas", "matplotlib"],
-    # Reading HDF5 recordings (.h5): `pip install ./python[hdf5]`.
-    extras_require={"hdf5": ["h5py"]},
-    entry_points={"console_scripts": ["hxplot = hxsim.hxplot:main"]},
+    install_requires=["numpy", "pandas", "matplotlib", "PyYAML", "Jinja2"],
+    # Reading HDF5 recordings (.h5): `pip install ./python[hdf5]`; hxsweep --dask: `./python[dask]`.
+    extras_require={"hdf5": ["h5py"], "dask": ["distributed"]},
+    entry_points={"console_scripts": ["hxplot = hxsim.hxplot:main", "hxsweep = hxsim.hxsweep:main"]},
 )

@@ -8,17 +8,19 @@ set -euo pipefail
 # Building the libraries and the tools (CLI11 parses their command lines, nlohmann-json writes and
 # reads the recordings' manifests, Nettle gives the SHA-256 of a recording's inputs in its
 # manifest, HDF5 is the format of the sixth writer); the Python package draws the plots (numpy,
-# pandas, matplotlib).
+# pandas, matplotlib) and hxsweep reads sweep files (PyYAML) and fills model templates (Jinja2).
 run_packages=(g++ cmake ninja-build pkg-config libxml2-dev libmujoco-dev libcli11-dev nlohmann-json3-dev
-  nettle-dev libhdf5-dev python3 python3-numpy python3-pandas python3-matplotlib)
+  nettle-dev libhdf5-dev python3 python3-numpy python3-pandas python3-matplotlib python3-yaml python3-jinja2)
 # The tests read the recordings with the tools users read them with (Python, h5py, GNU Octave,
 # xmllint), build the API reference (Doxygen) and the Debian packages (dpkg-dev, file, lintian,
 # help2man for the manual pages); clang-format checks the layout of the C++ files; clang and
-# its runtime libraries (libFuzzer, the sanitizers) build and run the fuzz targets.
+# its runtime libraries (libFuzzer, the sanitizers) build and run the fuzz targets; hxsweep's
+# tests run sweeps on a Dask cluster and on a single-node Slurm cluster (with munge) they start.
 test_packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libxml2-utils octave-common octave python3-h5py python3-pytest python3-setuptools python3-venv python3-pip
-  doxygen dpkg-dev file lintian help2man clang-format clang libclang-rt-14-dev)
+  doxygen dpkg-dev file lintian help2man clang-format clang libclang-rt-14-dev
+  python3-distributed slurmctld slurmd slurm-client munge)
 
 packages=("${run_packages[@]}")
 case "${1:-all}" in

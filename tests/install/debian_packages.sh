@@ -52,9 +52,10 @@ if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
 fi
 if [ "$HX_TOOLS" = 1 ]; then
   [ "$(dpkg-deb -f "$pydeb" Architecture)" = all ] || fail "the Python package is not Architecture: all"
-  [ "$(depends "$pydeb")" = "python3, python3-numpy, python3-pandas, python3-matplotlib" ] ||
+  [ "$(depends "$pydeb")" = "python3, python3-numpy, python3-pandas, python3-matplotlib, python3-yaml, python3-jinja2" ] ||
     fail "the Python package depends on: $(depends "$pydeb")"
-  [ "$(dpkg-deb -f "$pydeb" Suggests)" = "python3-h5py" ] || fail "the Python package does not suggest h5py"
+  [ "$(dpkg-deb -f "$pydeb" Suggests)" = "python3-h5py, python3-distributed, slurm-client" ] ||
+    fail "the Python package suggests: $(dpkg-deb -f "$pydeb" Suggests)"
 fi
 for deb in "${packages[@]}"; do echo "$(basename "$deb"): Depends: $(depends "$deb")"; done
 
@@ -95,18 +96,26 @@ if [ "$HX_TOOLS" = 1 ] && [ "$HX_MUJOCO" = 1 ]; then
   check_recording "$work/rec/run"
 fi
 
-# The packaged Python package imports from the root (outside the source tree), and its hxplot runs
-# and draws the packaged tools' recording.
+# The packaged Python package imports from the root (outside the source tree), its hxplot runs
+# and draws the packaged tools' recording, and its hxsweep runs the packaged example sweep.
 if [ "$HX_TOOLS" = 1 ]; then
   step "the packaged Python package"
   (cd "$work" && PYTHONPATH="$root/usr/lib/python3/dist-packages" PYTHONDONTWRITEBYTECODE=1 "$python" -c \
     'import sys, hxsim; assert hxsim.__file__.startswith(sys.argv[1]), hxsim.__file__' "$root/") ||
     fail "hxsim does not import from the unpacked package"
   PYTHONDONTWRITEBYTECODE=1 "$root/usr/bin/hxplot" --help >/dev/null || fail "the packaged hxplot does not run"
+  PYTHONDONTWRITEBYTECODE=1 "$root/usr/bin/hxsweep" --help >/dev/null || fail "the packaged hxsweep does not run"
   if [ "$HX_MUJOCO" = 1 ]; then
     PYTHONDONTWRITEBYTECODE=1 MPLBACKEND=Agg "$root/usr/bin/hxplot" \
       "$root/usr/share/hxSimulationAnalysis/examples/config/display_description.xml" "$work/rec/run.csv" \
       -o "$work/rec/run.png"
     [ -s "$work/rec/run.png" ] || fail "the packaged hxplot drew no plot"
+    # The packaged example sweep, with the packaged hxrecord beside hxsweep: 24 runs and one invalid case.
+    status=0
+    LD_LIBRARY_PATH="$libdir" PYTHONDONTWRITEBYTECODE=1 "$root/usr/bin/hxsweep" run --quiet --jobs 2 \
+      "$root/usr/share/hxSimulationAnalysis/examples/sweep/arm_sweep.yaml" --out "$work/sweep" || status=$?
+    [ "$status" = 1 ] || fail "the packaged hxsweep ran the example sweep with status $status (expected 1)"
+    summary=$(PYTHONDONTWRITEBYTECODE=1 "$root/usr/bin/hxsweep" summary "$work/sweep" | tail -n 1)
+    [[ "$summary" == "25 runs (24 finished, 1 failed)"* ]] || fail "the packaged example sweep gives: $summary"
   fi
 fi

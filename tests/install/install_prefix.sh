@@ -26,7 +26,7 @@ if [ "$HX_HDF5" = 1 ]; then
 fi
 if [ "$HX_TOOLS" = 1 ]; then
   expected+=("$HX_PREFIX/bin/hxmrd" "$HX_PREFIX/bin/hxrepair" "$HX_PREFIX/bin/hxinfo" "$HX_PREFIX/share/hxSimulationAnalysis/examples/config/default_capture.xml"
-    "$HX_PREFIX/bin/hxplot" "$HX_PREFIX/lib/python3/dist-packages/hxsim/__init__.py")
+    "$HX_PREFIX/bin/hxplot" "$HX_PREFIX/bin/hxsweep" "$HX_PREFIX/lib/python3/dist-packages/hxsim/sweep/__init__.py")
   [ "$HX_MUJOCO" = 1 ] && expected+=("$HX_PREFIX/bin/hxrecord" "$HX_PREFIX/share/hxSimulationAnalysis/examples/models/two_arms_table.xml")
 fi
 for file in "${expected[@]}"; do
@@ -42,6 +42,7 @@ leaked=$(find "$HX_PREFIX" \( -iname '*scripted*' -o -name 'HxMujocoKinematics.h
 if [ "$HX_TOOLS" = 1 ]; then
   "$HX_PREFIX/bin/hxmrd" --help >/dev/null || fail "installed hxmrd does not run"
   PYTHONDONTWRITEBYTECODE=1 "$HX_PREFIX/bin/hxplot" --help >/dev/null || fail "installed hxplot does not run"
+  PYTHONDONTWRITEBYTECODE=1 "$HX_PREFIX/bin/hxsweep" --help >/dev/null || fail "installed hxsweep does not run"
   if [ "$HX_MUJOCO" = 1 ]; then
     out="$HX_WORK/installed-hxrecord"
     work_dir "$out"

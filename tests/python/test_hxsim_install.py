@@ -1,5 +1,5 @@
 """`pip install ./python` into a venv that sees Debian's packages, offline; hxsim then imports from outside
-the source tree and hxplot runs."""
+the source tree and hxplot and hxsweep run."""
 import os
 import shutil
 import subprocess
@@ -26,5 +26,6 @@ def test_pip_install_into_a_venv(tmp_path):
     imported = subprocess.run([str(venv / "bin" / "python"), "-c", "import hxsim; print(hxsim.__file__)"], **run)
     assert imported.returncode == 0, imported.stderr
     assert imported.stdout.startswith(str(venv)), imported.stdout
-    helped = subprocess.run([str(venv / "bin" / "hxplot"), "--help"], **run)
-    assert helped.returncode == 0 and helped.stdout.startswith("Usage: hxplot "), helped.stderr
+    for tool in ("hxplot", "hxsweep"):
+        helped = subprocess.run([str(venv / "bin" / tool), "--help"], **run)
+        assert helped.returncode == 0 and helped.stdout.startswith(f"Usage: {tool} "), helped.stderr
