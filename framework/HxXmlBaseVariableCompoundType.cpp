@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "framework/HxPrint.h"
 #include "framework/HxXmlReader.h"
@@ -47,7 +48,10 @@ class LibraryListSchema : public HxXmlObject {
 HxXmlBaseVariableCompoundType::HxXmlBaseVariableCompoundType() = default;
 
 HxXmlBaseVariableCompoundType::HxXmlBaseVariableCompoundType(const HxXmlBaseVariableCompoundType& other)
-    : HxXmlObject(other), libraries_(other.libraries_) {}
+    : HxXmlObject(other), libraries_(other.libraries_), classCreators_(other.classCreators_) {}
+
+HxXmlBaseVariableCompoundType::HxXmlBaseVariableCompoundType(HxXmlBaseVariableCompoundType&& other) noexcept
+    : HxXmlObject(other), libraries_(std::move(other.libraries_)), classCreators_(other.classCreators_) {}
 
 HxXmlBaseVariableCompoundType& HxXmlBaseVariableCompoundType::operator=(const HxXmlBaseVariableCompoundType& other) {
   if (this != &other) {
@@ -62,7 +66,27 @@ HxXmlBaseVariableCompoundType::~HxXmlBaseVariableCompoundType() = default;
 void HxXmlBaseVariableCompoundType::ensureCreators() const {
   if (creatorsReady_) return;
   creatorsReady_ = true;
-  const_cast<HxXmlBaseVariableCompoundType*>(this)->registerComponentCreators();
+  auto* self = const_cast<HxXmlBaseVariableCompoundType*>(this);
+  // An object of a class that shares its creators, with none registered by hand, uses the
+  // class's table; the first such object makes it from its own registrations.
+  if (classCreators_ != nullptr && creators_.empty() && typeid(*this) == classCreators_->type) {
+    auto* table = const_cast<ClassCreators*>(classCreators_);
+    bool registered = false;
+    std::call_once(table->made, [&] {
+      self->registerComponentCreators();
+      table->creators = creators_;
+      registered = true;
+    });
+    creatorsAreClass_ = !registered;
+    return;
+  }
+  self->registerComponentCreators();
+}
+
+void HxXmlBaseVariableCompoundType::ownCreators() const {
+  if (!creatorsAreClass_) return;
+  creatorsAreClass_ = false;
+  creators_ = classCreators_->creators;
 }
 
 void HxXmlBaseVariableCompoundType::xmlInit() {
@@ -105,11 +129,13 @@ void HxXmlBaseVariableCompoundType::writeSchema(HxXmlSchema& schema) const {
 }
 
 void HxXmlBaseVariableCompoundType::registerComponentCreator(const HxToken& token, Creator creator) {
+  ownCreators();
   creators_[token] = creator;
 }
 
 HxXmlObject* HxXmlBaseVariableCompoundType::newObjectFromToken(const HxToken& token) const {
-  const CreatorMap& creators = creatorMap();
+  ensureCreators();
+  const CreatorMap& creators = creatorsAreClass_ ? classCreators_->creators : creators_;
   const auto found = creators.find(token);
   if (found == creators.end() || !found->second) return nullptr;
   return found->second();
@@ -123,6 +149,7 @@ void HxXmlBaseVariableCompoundType::setAddLibraries(const std::vector<std::strin
 
 const HxXmlBaseVariableCompoundType::CreatorMap& HxXmlBaseVariableCompoundType::creatorMap() const {
   ensureCreators();
+  ownCreators();
   return creators_;
 }
 

@@ -3,7 +3,9 @@
 /// HxXmlBaseVariableCompoundType: base of the polymorphic (owning, creator-based) vectors.
 
 #include <map>
+#include <mutex>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include "framework/HxXmlObject.h"
@@ -27,8 +29,11 @@ class HxXmlBaseVariableCompoundType : public HxXmlObject {
   using CreatorMap = std::map<HxToken, Creator>;
 
   HxXmlBaseVariableCompoundType();
-  /// Copies the library list; the creator map is the copy's own, built on first use.
+  /// Copies the library list; the creator map is the copy's own, built on first use (a class
+  /// that shares its creators, see `shareCreatorsOfClass`, stays shared).
   HxXmlBaseVariableCompoundType(const HxXmlBaseVariableCompoundType& other);
+  /// Takes the library list over, as the copy does the creators.
+  HxXmlBaseVariableCompoundType(HxXmlBaseVariableCompoundType&& other) noexcept;
   /// Assigns the library list; the target keeps its own creator map.
   HxXmlBaseVariableCompoundType& operator=(const HxXmlBaseVariableCompoundType& other);
   ~HxXmlBaseVariableCompoundType() override;
@@ -76,9 +81,36 @@ class HxXmlBaseVariableCompoundType : public HxXmlObject {
   /// Reads the library list from the "addLibraries" element the reader is on.
   HxBoolean readLibraryList(HxXmlReader& reader);
 
+  /// For a class whose `registerComponentCreators` registers the same creators for every
+  /// object: the objects of exactly `Class` (not of a class derived from it) then make objects
+  /// by token from one table of creators made once for the class (by the first object that
+  /// needs it), instead of each registering its creators into a map of its own. An object
+  /// takes a map of its own, a copy of that table, as soon as its map is asked for
+  /// (`creatorMap`) or changed (`registerComponentCreator`), so that what it is asked and what
+  /// it makes are as they would be without the table. Called by the constructors of `Class`.
+  template <class Class>
+  void shareCreatorsOfClass() {
+    static ClassCreators table(typeid(Class));
+    classCreators_ = &table;
+  }
+
  private:
+  // The creators every object of one class registers, made once.
+  struct ClassCreators {
+    explicit ClassCreators(const std::type_info& of) : type(of) {}
+    const std::type_info& type;
+    std::once_flag made;
+    CreatorMap creators;
+  };
+
   void ensureCreators() const;
+  // The object's creators are the class's table: gives it its own copy of the table.
+  void ownCreators() const;
   std::vector<std::string> libraries_;
   mutable CreatorMap creators_;
   mutable bool creatorsReady_ = false;
+  // The class's table, when the class shares its creators; and whether this object's creators
+  // are that table (its own map is then empty and unused).
+  const ClassCreators* classCreators_ = nullptr;
+  mutable bool creatorsAreClass_ = false;
 };

@@ -23,6 +23,10 @@ class HxXmlBasicType : public HxXmlObject {
   HxXmlBasicType() : value_() {}
   /// Wraps `value`; implicit, so a plain value can stand where the wrapper is expected.
   HxXmlBasicType(const T& value) : value_(value) {}  // NOLINT: implicit by design
+  /// Takes the value over; copies the flags.
+  HxXmlBasicType(HxXmlBasicType&&) = default;
+  /// Takes the value over; assigns the flags.
+  HxXmlBasicType& operator=(HxXmlBasicType&&) = default;
   /// Assigns the value only; the flags are kept.
   HxXmlBasicType& operator=(const T& value) {
     value_ = value;

@@ -10,6 +10,8 @@ HxXmlCompoundType::HxXmlCompoundType() = default;
 
 HxXmlCompoundType::HxXmlCompoundType(const HxXmlCompoundType& other) : HxXmlObject(other) {}
 
+HxXmlCompoundType::HxXmlCompoundType(HxXmlCompoundType&& other) noexcept : HxXmlObject(other) {}
+
 HxXmlCompoundType& HxXmlCompoundType::operator=(const HxXmlCompoundType& other) {
   HxXmlObject::operator=(other);
   return *this;

@@ -40,6 +40,8 @@ class HxXmlCompoundType : public HxXmlObject {
   HxXmlCompoundType();
   /// Copies the base only: registrations are the copy's own, made on first use.
   HxXmlCompoundType(const HxXmlCompoundType& other);
+  /// As the copy: the base only, never the source's registrations (they point into the source).
+  HxXmlCompoundType(HxXmlCompoundType&& other) noexcept;
   /// Assigns the base only; the target keeps its own registrations.
   HxXmlCompoundType& operator=(const HxXmlCompoundType& other);
   ~HxXmlCompoundType() override;

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 // Version of this source unit, built at load time.
@@ -18,9 +19,9 @@ HxBoolean addByToken(HxDataCaptureTypeVector& types, const HxToken& token, unsig
   if (types.findDataCaptureByToken(token, nullptr) != nullptr) return true;
   std::unique_ptr<HxDataCaptureType> created(types.newDataCaptureByToken(token));
   if (!created) return false;
-  // The vector stores its own copy; the created object is deleted either way.
   if (created->type() != level) return false;
-  types.pushBack(*created);
+  // A copy of the new default object would be the same: the vector takes the object itself.
+  types.pushBackOwned(std::move(created));
   return true;
 }
 

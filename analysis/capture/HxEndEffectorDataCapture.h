@@ -29,6 +29,8 @@ class HxEndEffectorDataCapture : public HxXmlCompoundType {
   void registerComponents() override;
 
   HX_XML_SERIALISABLE(HxEndEffectorDataCapture);
+  /// Takes the members over (the types are not cloned), leaving `other` without types.
+  HxEndEffectorDataCapture(HxEndEffectorDataCapture&& other) = default;
 
   /// Compares the registered members in registration order.
   bool operator==(const HxEndEffectorDataCapture& other) const { return componentsEqual(other); }

@@ -19,7 +19,9 @@ class HxFirstPositions {
   /// Nothing kept.
   HxFirstPositions() = default;
   /// Starts with nothing kept: what is kept describes the source's list.
-  HxFirstPositions(const HxFirstPositions&) {}
+  HxFirstPositions(const HxFirstPositions&) noexcept {}
+  /// Starts with nothing kept, and so does `other`, whose list goes with it.
+  HxFirstPositions(HxFirstPositions&& other) noexcept { other.forget(); }
   /// Forgets what is kept.
   HxFirstPositions& operator=(const HxFirstPositions&) {
     forget();

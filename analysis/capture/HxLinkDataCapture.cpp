@@ -60,10 +60,22 @@ HxBoolean HxLinkDataCapture::captureData(const HxSystemSimulation& simulation,
 
   HxBoolean result = true;
   const HxU32 linkIndex = resolved_.index;
+  // Straight over the slots; a null slot (never made by the add operations) is left to the
+  // vector's checked access, which reports it.
+  const HxDataCaptureTypeVector::ContainerType& types = dataCaptureVector_.vectorContainer();
   for (HxU32 i = 0; i < count; ++i) {
-    if (!dataCaptureVector_[i].captureData(simulation, manipulatorIndex, linkIndex)) result = false;
+    const HxDataCaptureType& type = types[i] != nullptr ? *types[i] : dataCaptureVector_[i];
+    if (!type.captureData(simulation, manipulatorIndex, linkIndex)) result = false;
   }
   return result;
+}
+
+void HxLinkDataCapture::prefetchTypeList() const { __builtin_prefetch(dataCaptureVector_.vectorContainer().data()); }
+
+void HxLinkDataCapture::prefetchTypes() const {
+  for (const HxDataCaptureType* type : dataCaptureVector_.vectorContainer()) {
+    if (type != nullptr) type->prefetch();
+  }
 }
 
 const HxDataCaptureType* HxLinkDataCapture::dataCaptureType(const HxToken& token) const {

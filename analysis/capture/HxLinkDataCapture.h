@@ -33,6 +33,8 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   HxBoolean read(HxXmlReader& reader) override;
 
   HX_XML_SERIALISABLE(HxLinkDataCapture);
+  /// Takes the members over (the types are not cloned), leaving `other` without types.
+  HxLinkDataCapture(HxLinkDataCapture&& other) = default;
 
   /// Compares the registered members in registration order.
   bool operator==(const HxLinkDataCapture& other) const { return componentsEqual(other); }
@@ -66,6 +68,12 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   /// Identifier of the link within its manipulator.
   const std::string& linkIdentifier() const;
 
+  /// For a loop over many link captures, whose types come from far caches: asks the processor
+  /// to fetch, ahead of `captureData`, the list of types. A hint only; it changes nothing.
+  void prefetchTypeList() const;
+  /// As `prefetchTypeList`, for the types themselves; reads the list, so it comes a while after.
+  void prefetchTypes() const;
+
   /// Every available link-level type, built once on first use (not thread-safe).
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
@@ -78,7 +86,8 @@ class HxLinkDataCapture : public HxXmlCompoundType {
     bool found = false;
     HxU32 index = 0;
     ResolvedLink() = default;
-    ResolvedLink(const ResolvedLink&) {}
+    ResolvedLink(const ResolvedLink&) noexcept {}
+    ResolvedLink(ResolvedLink&& other) noexcept { other.stamp = 0; }
     ResolvedLink& operator=(const ResolvedLink&) {
       stamp = 0;
       return *this;

@@ -50,6 +50,8 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   HxBoolean read(HxXmlReader& reader) override;
 
   HX_XML_SERIALISABLE(HxManipulatorDataCapture);
+  /// Takes the members over (the types and sub-captures are not cloned), leaving `other` empty.
+  HxManipulatorDataCapture(HxManipulatorDataCapture&& other) = default;
 
   /// Compares the registered members in registration order.
   bool operator==(const HxManipulatorDataCapture& other) const { return componentsEqual(other); }
@@ -154,6 +156,13 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   /// included. Kept while types are added, so that asking after each add costs nothing.
   HxU32 elementCount() const;
 
+  /// For a loop over many manipulator captures, whose types come from far caches: asks the
+  /// processor to fetch, ahead of `captureData`, what it reads first, in three stages each of
+  /// which reads what the one before fetched: 0 the lists of manipulator-level types and of link
+  /// captures, 1 the manipulator-level types and the first links' lists of types, 2 the first
+  /// links' types. Hints only; they change nothing.
+  void prefetch(unsigned int stage) const;
+
   /// Every available manipulator-level type, built once on first use (not thread-safe).
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 
@@ -164,16 +173,18 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
     bool kept = false;
     HxU32 size = 0;
     SizeTally() = default;
-    SizeTally(const SizeTally&) {}
+    SizeTally(const SizeTally&) noexcept {}
+    SizeTally(SizeTally&& other) noexcept { other.kept = false; }
     SizeTally& operator=(const SizeTally&) {
       kept = false;
       return *this;
     }
   };
 
-  // Appends a sub-capture, keeping the look-ups and the tally in step.
-  void appendLink(const HxLinkDataCapture& capture);
-  void appendEndEffector(const HxEndEffectorDataCapture& capture);
+  // Appends a sub-capture (moved in: a caller's copy or one built here), keeping the look-ups
+  // and the tally in step.
+  void appendLink(HxLinkDataCapture capture);
+  void appendEndEffector(HxEndEffectorDataCapture capture);
   // Applies `change` to the list `types` (held here) and brings the tally in step with it.
   template <class Change>
   HxBoolean changeTypes(const HxDataCaptureTypeVector& types, Change change);

@@ -1,6 +1,7 @@
 #include "analysis/capture/HxSystemDataCapture.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "analysis/capture/HxFlatOrder.h"
 #include "analysis/storage/HxSystemDataStorage.h"
@@ -13,13 +14,17 @@ namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
+// From this many manipulator captures on, the capture loop fetches ahead what the next ones read:
+// fewer stay in the nearest caches from one sample to the next.
+constexpr HxU32 kManipulatorsFetchedAhead = 64;
+
 // One value vector per type of a list, each sized to the type's active size; `largest` becomes
 // at least the largest data size of the types.
 HxManipulatorDataStorage::QuantityVector shapeOf(const HxDataCaptureTypeVector& types, HxU32& largest) {
   HxManipulatorDataStorage::QuantityVector quantities;
   quantities.reserve(types.size());
   for (HxU32 i = 0; i < types.size(); ++i) {
-    quantities.pushBack(HxManipulatorDataStorage::ValueVector(types[i].activeDataSize()));
+    quantities.vectorContainer().emplace_back(types[i].activeDataSize());
     largest = std::max<HxU32>(largest, types[i].data().size());
   }
   return quantities;
@@ -55,7 +60,15 @@ const HxSystemDataCapture::ManipulatorDataCaptureVector& HxSystemDataCapture::ma
 
 HxBoolean HxSystemDataCapture::captureData(const HxSystemSimulation& simulation) const {
   HxBoolean result = true;
-  for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+  const HxU32 count = manipulatorDataCaptureVector_.size();
+  // With many manipulators, what the next ones capture is fetched ahead, a stage per capture.
+  const bool manyManipulators = count >= kManipulatorsFetchedAhead;
+  for (HxU32 p = 0; p < count; ++p) {
+    if (manyManipulators) {
+      for (HxU32 stage = 0; stage < 3; ++stage) {
+        if (p + 3 - stage < count) manipulatorDataCaptureVector_[p + 3 - stage].prefetch(stage);
+      }
+    }
     if (!manipulatorDataCaptureVector_[p].captureData(simulation)) result = false;
   }
   return result;
@@ -81,7 +94,7 @@ HxBoolean HxSystemDataCapture::addToManipulator(unsigned int const& m, Add add) 
     capture.setManipulatorIndex(m);
     result = add(capture);
     if (result) {
-      manipulatorDataCaptureVector_.pushBack(capture);
+      manipulatorDataCaptureVector_.vectorContainer().push_back(std::move(capture));
       listIndex_.appended(manipulatorDataCaptureVector_);
     }
   }
@@ -258,27 +271,27 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
   HxU32 largest = 0;
 
   // Position p of the record belongs to the manipulator capture at position p, and each entry of
-  // that capture (a link or end-effector capture without types included) to its own list.
+  // that capture (a link or end-effector capture without types included) to its own list. Each
+  // part is made once and moved to its place.
   for (HxU32 p = 0; p < manipulatorDataCaptureVector_.size(); ++p) {
+    const HxManipulatorDataCapture& capture = manipulatorDataCaptureVector_[p];
     HxManipulatorDataStorage::QuantityVector own;
     HxManipulatorDataStorage::ElementVector links;
     HxManipulatorDataStorage::ElementVector endEffectors;
-    HxFlatOrder::forEachCaptureEntry(manipulatorDataCaptureVector_[p], [&](HxU32 level, HxU32, const auto& entry) {
-      const HxManipulatorDataStorage::QuantityVector shape = shapeOf(entry.dataCaptureVector(), largest);
+    links.reserve(capture.linkDataCaptureVector().size());
+    endEffectors.reserve(capture.endEffectorDataCaptureVector().size());
+    HxFlatOrder::forEachCaptureEntry(capture, [&](HxU32 level, HxU32, const auto& entry) {
+      HxManipulatorDataStorage::QuantityVector shape = shapeOf(entry.dataCaptureVector(), largest);
       if (level == HxDataCaptureLevel::Manipulator) {
-        own = shape;
+        own = std::move(shape);
       } else {
-        (level == HxDataCaptureLevel::Link ? links : endEffectors).pushBack(shape);
+        (level == HxDataCaptureLevel::Link ? links : endEffectors).vectorContainer().push_back(std::move(shape));
       }
     });
-    HxManipulatorDataStorage manipulator;
-    manipulator.setManipulatorLevelData(own);
-    manipulator.setLinkLevelData(links);
-    manipulator.setEndEffectorData(endEffectors);
-    manipulators.pushBack(manipulator);
+    manipulators.vectorContainer().emplace_back(std::move(own), std::move(links), std::move(endEffectors));
   }
 
-  storage.setManipulatorDataVector(manipulators);
+  storage.takeManipulatorDataVector(std::move(manipulators));
   storage.computeElementSize();
   // storeData then never grows its scratch buffer, nor storeDataDirect its plan for this record.
   activeData_.reserve(largest);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "analysis/xml/HxSimAnalysisTokens.h"
 
@@ -33,6 +34,12 @@ HxBoolean storeValues(HxManipulatorDataStorage::QuantityVector& quantities, HxU3
 }
 
 }  // namespace
+
+HxManipulatorDataStorage::HxManipulatorDataStorage(QuantityVector&& manipulatorLevelData, ElementVector&& linkLevelData,
+                                                   ElementVector&& endEffectorData)
+    : manipulatorLevelData_(std::move(manipulatorLevelData)),
+      linkLevelData_(std::move(linkLevelData)),
+      endEffectorData_(std::move(endEffectorData)) {}
 
 void HxManipulatorDataStorage::registerComponents() {
   registerComponent(HxSimAnalysis::HxManipulatorLevelDataToken, &manipulatorLevelData_);

@@ -29,11 +29,16 @@ class HxManipulatorDataStorage : public HxXmlCompoundType {
 
   /// No quantities, no links, no end effectors.
   HxManipulatorDataStorage() = default;
+  /// The given data (and so shape), taken over.
+  HxManipulatorDataStorage(QuantityVector&& manipulatorLevelData, ElementVector&& linkLevelData,
+                           ElementVector&& endEffectorData);
 
   /// Registers "manipulatorLevelData", "linkLevelData" and "endEffectorData", in this order.
   void registerComponents() override;
 
   HX_XML_SERIALISABLE(HxManipulatorDataStorage);
+  /// Takes the data over, leaving `other` without any.
+  HxManipulatorDataStorage(HxManipulatorDataStorage&& other) = default;
 
   /// Compares the registered members in registration order.
   bool operator==(const HxManipulatorDataStorage& other) const { return componentsEqual(other); }

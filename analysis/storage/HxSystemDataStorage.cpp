@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "framework/HxNumberText.h"
@@ -186,6 +187,11 @@ const HxSystemDataStorage::ManipulatorDataVector& HxSystemDataStorage::manipulat
 void HxSystemDataStorage::setManipulatorDataVector(const ManipulatorDataVector& data) {
   discardFlatValues();
   manipulatorDataVector_ = data;
+}
+
+void HxSystemDataStorage::takeManipulatorDataVector(ManipulatorDataVector&& data) {
+  discardFlatValues();
+  manipulatorDataVector_ = std::move(data);
 }
 
 HxBoolean HxSystemDataStorage::setSpecificManipulatorLevelData(HxU32 manipulator, HxU32 quantity, HxU32 offset,

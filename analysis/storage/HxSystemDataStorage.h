@@ -87,6 +87,8 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   virtual const ManipulatorDataVector& manipulatorDataVector() const;
   /// Replaces the per-manipulator data (and so the shape); call `computeElementSize` after.
   virtual void setManipulatorDataVector(const ManipulatorDataVector& data);
+  /// As `setManipulatorDataVector`, taking `data` over instead of copying it.
+  void takeManipulatorDataVector(ManipulatorDataVector&& data);
 
   // The specific setters forward to manipulator `manipulator`'s storage; each returns false
   // (nothing stored, nothing printed) for an index out of range or a run that does not fit.

@@ -22,7 +22,8 @@ void HxDataCaptureType::setDisableFlags(const FlagVector& flags) { disableFlags_
 
 const std::string& HxDataCaptureType::label(const HxU32& index) const {
   if (index >= dataLabels_.size()) {
-    return emptyLabel_;
+    static const std::string empty;
+    return empty;
   }
   return dataLabels_[index].value();
 }

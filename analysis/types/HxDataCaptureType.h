@@ -73,6 +73,14 @@ class HxDataCaptureType : public HxXmlCompoundType {
   /// The whole capture buffer, all `dataSize()` columns, switched-off ones included.
   virtual const DataVector& data() const;
 
+  /// For a loop over many types, whose objects would come from far caches: asks the processor to
+  /// fetch what `captureData` reads of this object first (its class and its buffer's place). A
+  /// hint only; it changes nothing.
+  void prefetch() const {
+    __builtin_prefetch(this);
+    __builtin_prefetch(&data_.vectorContainer());
+  }
+
   /// Equal when the flags, the labels and the buffers are equal (checked in that order).
   bool operator==(const HxDataCaptureType& other) const;
   /// Negation of `operator==`.
@@ -99,14 +107,14 @@ class HxDataCaptureType : public HxXmlCompoundType {
     setColumns(first + 3, placement.orientation(), 4);
   }
 
+  /// Written by the const `captureData`. First, so that what a capture reads of the object
+  /// (its class and its buffer's place) lies in its first two cache lines, and so that a copy
+  /// makes its buffer right after itself.
+  mutable DataVector data_;
   /// Serialised as "disableFlags".
   FlagVector disableFlags_;
   /// Serialised as "dataLabels"; set by `initializeColumns`.
   LabelVector dataLabels_;
-  /// Written by the const `captureData`.
-  mutable DataVector data_;
-  /// Returned by `label` for an index past the last label; always empty.
-  std::string emptyLabel_;
 };
 
 /// Declares, inside a concrete data capture type, the members that every one of them has:

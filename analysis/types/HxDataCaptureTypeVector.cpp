@@ -12,7 +12,8 @@ namespace {
 const std::string versionString("3.0.0");
 }  // namespace
 
-HxDataCaptureTypeVector::HxDataCaptureTypeVector() = default;
+// Every vector registers the same creators: they are looked up in one table of the class.
+HxDataCaptureTypeVector::HxDataCaptureTypeVector() { shareCreatorsOfClass<HxDataCaptureTypeVector>(); }
 HX_XML_SERIALISABLE_DEFINITIONS(HxDataCaptureTypeVector, HxSimAnalysis::HxDataCaptureTypeVectorToken)
 
 const HxDataCaptureTypeVector& HxDataCaptureTypeVector::nullObject() {

@@ -28,6 +28,8 @@ class HxDataCaptureTypeVector : public HxXmlVariableVectorType<HxDataCaptureType
 
   HX_XML_SERIALISABLE_HOOKS(HxDataCaptureTypeVector);
   HX_XML_MEMBERWISE_COPY(HxDataCaptureTypeVector);
+  /// Takes the types over (they are not cloned), leaving `other` empty.
+  HxDataCaptureTypeVector(HxDataCaptureTypeVector&& other) = default;
   /// A static empty vector.
   static const HxDataCaptureTypeVector& nullObject();
 

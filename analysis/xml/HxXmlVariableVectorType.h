@@ -65,6 +65,11 @@ class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
   /// Copies the base, then every element by `clone()` (a null slot, or a clone that is not an
   /// `ElementType`, gives a null slot).
   HxXmlVariableVectorType(const HxXmlVariableVectorType& other);
+  /// Takes the base and the elements over, leaving `other` empty.
+  HxXmlVariableVectorType(HxXmlVariableVectorType&& other) noexcept
+      : HxXmlBaseVariableCompoundType(std::move(other)), slots_(std::move(other.slots_)) {
+    other.slots_.clear();
+  }
   /// Self-assignment does nothing; otherwise assigns the base and replaces every element by a
   /// clone of the source's.
   HxXmlVariableVectorType& operator=(const HxXmlVariableVectorType& other);
@@ -105,6 +110,13 @@ class HxXmlVariableVectorType : public HxXmlBaseVariableCompoundType {
   virtual HxBoolean erase(HxU32 first, HxU32 last);
   /// Appends a clone of `element` (a null slot when the clone is not an `ElementType`).
   virtual void pushBack(const ElementType& element);
+  /// Appends `element` itself, taking it over (nothing for null): for an element made to be
+  /// stored, where a clone would be the same.
+  void pushBackOwned(std::unique_ptr<ElementType> element) {
+    if (element == nullptr) return;
+    slots_.push_back(element.get());
+    element.release();
+  }
   /// The slots.
   virtual const ContainerType& vectorContainer() const { return slots_; }
   /// Reserves room for `n` slots.

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "tests/support/HxScopedTempDir.h"
@@ -70,17 +71,23 @@ std::string readersComplain(const std::string& base) {
 
 RunResult hxrepair(const std::string& base) { return run(HX_REPAIR_BINARY, {base}, "/"); }
 
-// SIGINT and SIGTERM stop a long recording at a sample: every file is finished and the exit
-// status says the recording was interrupted.
+// SIGINT, SIGTERM and SIGHUP stop a long recording at a sample, on one thread or two: every file
+// is finished, holds the samples the message gives, and the exit status says the recording was
+// interrupted.
 TEST(HxRecordFaultTest, SignalsFinishTheFiles) {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  const std::pair<int, const char*> cases[] = {{SIGINT, "1"}, {SIGTERM, "2"}, {SIGHUP, "2"}};
+  for (const auto& [signal, threads] : cases) {
     SCOPED_TRACE(signal);
     const HxScopedTempDir directory("signal");
-    Process recording(HX_RECORD_BINARY, {"-q", "-d", "100000", "-o", "run/rec"}, directory.path());
+    Process recording(HX_RECORD_BINARY, {"-q", "-d", "100000", "--threads", threads, "-o", "run/rec"},
+                      directory.path());
     ASSERT_TRUE(waitForSize(directory.file("run/rec.csv"), 200000));
     const RunResult result = recording.stop(signal);
     EXPECT_EQ(result.exitCode, 7) << result.err;
     EXPECT_NE(result.err.find("hxrecord: interrupted by SIG"), std::string::npos) << result.err;
+    const std::string csv = readFile(directory.file("run/rec.csv"));
+    const auto rows = std::count(csv.begin(), csv.end(), '\n') - 1;
+    EXPECT_NE(result.err.find(" hold " + std::to_string(rows) + " samples\n"), std::string::npos) << result.err;
     EXPECT_EQ(readersComplain(directory.file("run/rec")), "");
   }
 }
@@ -104,26 +111,30 @@ TEST(HxRecordFaultTest, RepairAfterKill) {
   EXPECT_EQ(readersComplain(base), "");
 }
 
-// A full file system: hxrecord stops with status 6, names the file and what each file holds;
-// hxrepair then makes the files readable.
+// A full file system, on one thread or two: hxrecord stops with status 6, names the file and
+// what each file holds; hxrepair then makes the files readable.
 TEST(HxRecordFaultTest, FullDiskIsReported) {
-  const HxScopedTempDir directory("full");
-  const std::string mountPoint = directory.file("small");
-  fs::create_directories(mountPoint);
-  if (mount("hxrecord-test", mountPoint.c_str(), "tmpfs", 0, "size=600k") != 0) {
-    GTEST_SKIP() << "cannot mount a small tmpfs here (needs root): " << std::strerror(errno);
+  for (const char* threads : {"1", "2"}) {
+    SCOPED_TRACE(threads);
+    const HxScopedTempDir directory("full");
+    const std::string mountPoint = directory.file("small");
+    fs::create_directories(mountPoint);
+    if (mount("hxrecord-test", mountPoint.c_str(), "tmpfs", 0, "size=600k") != 0) {
+      GTEST_SKIP() << "cannot mount a small tmpfs here (needs root): " << std::strerror(errno);
+    }
+    const RunResult result = hxrecord({"-q", "-d", "60", "--threads", threads, "-o", mountPoint + "/rec"}, directory);
+    EXPECT_EQ(result.exitCode, 6) << result.err;
+    EXPECT_NE(result.err.find("No space left on device"), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find("hxrecord: error: cannot write '" + mountPoint + "/rec."), std::string::npos)
+        << result.err;
+    EXPECT_NE(result.err.find("samples"), std::string::npos) << result.err;
+    // Room again: the repair needs space for its temporary copy.
+    ASSERT_EQ(mount("hxrecord-test", mountPoint.c_str(), "tmpfs", MS_REMOUNT, "size=8m"), 0);
+    const RunResult repaired = hxrepair(mountPoint + "/rec");
+    EXPECT_EQ(repaired.exitCode, 0) << repaired.out << repaired.err;
+    EXPECT_EQ(readersComplain(mountPoint + "/rec"), "");
+    umount2(mountPoint.c_str(), MNT_DETACH);
   }
-  const RunResult result = hxrecord({"-q", "-d", "60", "-o", mountPoint + "/rec"}, directory);
-  EXPECT_EQ(result.exitCode, 6) << result.err;
-  EXPECT_NE(result.err.find("No space left on device"), std::string::npos) << result.err;
-  EXPECT_NE(result.err.find("hxrecord: error: cannot write '" + mountPoint + "/rec."), std::string::npos) << result.err;
-  EXPECT_NE(result.err.find("samples"), std::string::npos) << result.err;
-  // Room again: the repair needs space for its temporary copy.
-  ASSERT_EQ(mount("hxrecord-test", mountPoint.c_str(), "tmpfs", MS_REMOUNT, "size=8m"), 0);
-  const RunResult repaired = hxrepair(mountPoint + "/rec");
-  EXPECT_EQ(repaired.exitCode, 0) << repaired.out << repaired.err;
-  EXPECT_EQ(readersComplain(mountPoint + "/rec"), "");
-  umount2(mountPoint.c_str(), MNT_DETACH);
 }
 
 // Refusals before anything is written: a label that would run code in the MATLAB file, an output

@@ -293,21 +293,18 @@ HxRecordManifest::HxRecordManifest(std::string path, const HxManifestDescription
   };
   // The laid-out text, cut at each marker (with its quotes): the values are filled in between.
   const std::string text = manifest.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  // One pass: every marker starts with the same prefix.
+  const std::string prefix = "\"@hxmanifest-";
   std::size_t done = 0;
-  for (;;) {
-    std::size_t next = std::string::npos;
-    int field = -1;
+  for (std::size_t next = text.find(prefix); next != std::string::npos; next = text.find(prefix, next + 1)) {
     for (int f = Updated; f <= FileSamples; ++f) {
-      const std::size_t at = text.find(std::string("\"") + kMarkers[f] + "\"", done);
-      if (at < next) {
-        next = at;
-        field = f;
-      }
+      const std::size_t length = std::strlen(kMarkers[f]);
+      if (text.compare(next + 1, length, kMarkers[f]) != 0 || text.compare(next + 1 + length, 1, "\"") != 0) continue;
+      pieces_.push_back(text.substr(done, next - done));
+      fields_.push_back(f);
+      done = next + length + 2;
+      break;
     }
-    if (field < 0) break;
-    pieces_.push_back(text.substr(done, next - done));
-    fields_.push_back(field);
-    done = next + std::strlen(kMarkers[field]) + 2;
   }
   pieces_.push_back(text.substr(done));
   fileSamples_.resize(description.files.size());
@@ -423,5 +420,5 @@ bool hxFinishRecordManifest(HxRecordManifest& manifest, const HxRecordSession& s
       fileSamples.push_back(count);
     }
   }
-  return manifest.finish(status, message, samples, session.simulation().time(), fileSamples);
+  return manifest.finish(status, message, samples, session.summary().simulatedTime, fileSamples);
 }

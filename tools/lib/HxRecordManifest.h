@@ -119,7 +119,8 @@ class HxRecordManifest {
 
 /// Writes the final status of the recording `session` made: `status` as record() returns it,
 /// `samples` taken, the message of the first error after `errorsBefore` (or the notice of an
-/// interruption), the samples each file holds (counted by the repair after a write failure).
+/// interruption), the samples each file holds (counted by the repair after a write failure) and
+/// the simulated time of the session's summary.
 /// False when the manifest is not written (see HxRecordManifest::finish).
 bool hxFinishRecordManifest(HxRecordManifest& manifest, const HxRecordSession& session, HxRecordStatus status,
                             std::uint64_t samples, std::size_t errorsBefore);

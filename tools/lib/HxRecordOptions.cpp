@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <thread>
 #include <utility>
 
 #include "framework/HxNumberText.h"
@@ -61,6 +62,8 @@ bool parseFormats(const std::string& name, const std::string& list, std::vector<
 
 }  // namespace
 
+unsigned hxDefaultRecordThreads() { return std::thread::hardware_concurrency() >= 2 ? 2 : 1; }
+
 const std::string& hxRecordUsage() {
   static const std::string usage =
       "Usage: hxrecord [options]\n"
@@ -110,6 +113,10 @@ const std::string& hxRecordUsage() {
       "                              state follows the controller's output, kinematics only\n"
       "      --dwell SECONDS         time a reached path point is held before the next one\n"
       "                              (default 0.25)\n"
+      "      --threads 1|2           1: step, capture and write on one thread; 2: write the\n"
+      "                              files on a second thread while the simulation runs\n"
+      "                              (default 2 when the machine has two processors or more);\n"
+      "                              the files are the same either way\n"
       "  -q, --quiet                 no progress bar and no summary\n"
       "      --list-types            print the quantity types (token, level, columns, units,\n"
       "                              whether a capture file can name them) and exit\n"
@@ -219,6 +226,12 @@ HxBoolean hxParseRecordOptions(const std::vector<std::string>& arguments, HxReco
       HxCommandLine::reject("invalid value '" + value + "' for " + name + ": expected 'dynamic' or 'kinematic'");
     }
     options.mode = value == "dynamic" ? Mode::Dynamic : Mode::Kinematic;
+  });
+  line.addValue({"--threads"}, [&options](const std::string& name, const std::string& value) {
+    if (value != "1" && value != "2") {
+      HxCommandLine::reject("invalid value '" + value + "' for " + name + ": expected 1 or 2");
+    }
+    options.threads = value == "1" ? 1 : 2;
   });
   if (!line.parse(arguments, error)) return false;
   if (!options.formats.empty() && !options.writersFile.empty()) {

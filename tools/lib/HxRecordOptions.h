@@ -19,6 +19,10 @@ enum class HxRecordStatus : int {
   Interrupted = 7,            ///< SIGINT, SIGTERM or SIGHUP stopped the recording (its files are finished)
 };
 
+/// The thread count of a recording when none is given: 2 when the machine has at least two
+/// processors, else 1.
+unsigned hxDefaultRecordThreads();
+
 /// What one hxrecord run does. An empty file name selects the built-in default scene's file
 /// (the example files embedded at build time).
 struct HxRecordOptions {
@@ -47,6 +51,9 @@ struct HxRecordOptions {
   /// Output base name: each writer's file is this name plus the writer's extension.
   std::string outputBase = "hxrecord-out/recording";
   HxMujocoSimulation::Mode mode = HxMujocoSimulation::Mode::Dynamic;
+  /// Threads that record: 1 steps, captures and writes on one thread; 2 writes the files on a
+  /// thread of its own while the simulation steps and captures (see hxDefaultRecordThreads).
+  unsigned threads = hxDefaultRecordThreads();
   /// No progress bar and no summary (errors and warnings are still printed).
   bool quiet = false;
   /// Print the usage text and do nothing else.

@@ -2,13 +2,17 @@
 
 #include "tools/lib/HxRecordSession.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <mutex>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "analysis/storage/HxSystemDataStorage.h"
@@ -24,6 +28,7 @@
 #include "tools/lib/HxRecordDryCheck.h"
 #include "tools/lib/HxRecordManifest.h"
 #include "tools/lib/HxRecordPlot.h"
+#include "tools/lib/HxRecordQueue.h"
 #include "tools/lib/HxRecordSceneFile.h"
 #include "tools/lib/HxRecordSignals.h"
 #include "tools/lib/HxRecordText.h"
@@ -285,11 +290,29 @@ HxU32 HxRecordSession::systemPathPointIndex() const {
   return index == std::numeric_limits<HxU32>::max() ? 0 : index;
 }
 
+// What one recording's sample loop records into, and what happened in it.
+struct HxRecordSession::Run {
+  HxSystemStoredData& recorder;
+  HxRecordManifest& manifest;
+  const SampleObserver& sampleObserver;
+  const ProgressObserver& progressObserver;
+  HxRecordStatus status = HxRecordStatus::Success;
+  // Samples saved (handed to the writers) and the time of the last of them.
+  HxU32 samples = 0;
+  double lastTime = 0.0;
+};
+
 HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, const ProgressObserver& progressObserver) {
   if (!prepared_) return fail(HxRecordStatus::SimulationFailed, "nothing to record: the session is not prepared");
   using Clock = std::chrono::steady_clock;
-  HxMujocoSimulation& simulation = *simulation_;
-  Hx::ScopedPrintCapture messages;
+  // The library's messages while recording, from either thread.
+  std::mutex messagesMutex;
+  std::vector<Hx::PrintRecord> messages;
+  const Hx::ScopedPrintCapture capturedMessages(
+      [&](Hx::Print::PrintType type, const std::string& context, const std::string& text) {
+        const std::lock_guard<std::mutex> lock(messagesMutex);
+        messages.push_back(Hx::PrintRecord{type, context, text});
+      });
   // HDF5 files carry what the manifest says of their columns and of the recording.
   const HxManifestDescription description = hxDescribeRecording(*this);
   hxDescribeToHdf5Writers(description, writers_);
@@ -297,7 +320,7 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
   recorder.setOutputWriterVector(writers_);
   recorder.allocateStorage(capture_);
   // The manifest says what is being recorded; the watcher process marks it interrupted should
-  // this process die before it writes the final status.
+  // this process die before it writes the final status. It is forked before any thread starts.
   const std::size_t errorsBefore = errors_.size();
   HxRecordManifest manifest(hxManifestPath(options_.outputBase), description);
   HxManifestWatch watch;
@@ -306,32 +329,65 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
   } else {
     warnings_.push_back(manifest.error());
   }
-  recorder.beginSaveToFile(options_.outputBase);
 
+  Run run{recorder, manifest, sampleObserver, progressObserver};
+  const auto start = Clock::now();
+  if (options_.threads >= 2) {
+    recordOnTwoThreads(run);
+  } else {
+    recordOnOneThread(run);
+  }
+  const auto end = Clock::now();
+  for (const Hx::PrintRecord& message : messages) {
+    if (message.type >= Hx::Print::Warning) warnings_.push_back(hxOneLine(message.text));
+  }
+  HxRecordStatus status = run.status;
+  // After a write failure the simulation may have gone on beyond the last sample saved.
+  const bool writeFailed = recorder.failedOutputFile() >= 0;
+  const double reached = writeFailed ? run.lastTime : simulation_->time();
+  if (writeFailed) {
+    reportWriteFailure(recorder, run.samples, reached);
+    status = HxRecordStatus::OutputError;
+  } else if (stopFlag_ != nullptr && *stopFlag_ != 0 && status == HxRecordStatus::Success) {
+    notices_.push_back("interrupted by " + std::string(hxSignalName(*stopFlag_)) + " at t = " + hxSecondsText(reached) +
+                       " s: the files are finished and hold " + std::to_string(run.samples) + " samples");
+    status = HxRecordStatus::Interrupted;
+  }
+  status = summarize(status, run.samples, reached, std::chrono::duration<double>(end - start).count());
+  const bool written = hxFinishRecordManifest(manifest, *this, status, run.samples, errorsBefore);
+  if (!written && manifest.active()) warnings_.push_back(manifest.error());
+  watch.release(written);
+  return status;
+}
+
+void HxRecordSession::recordOnOneThread(Run& run) {
+  using Clock = std::chrono::steady_clock;
+  HxMujocoSimulation& simulation = *simulation_;
+  HxSystemStoredData& recorder = run.recorder;
   const double total = totalSteps_ * simulation.timestep();
-  HxU32 samples = 0;
+  recorder.beginSaveToFile(options_.outputBase);
   auto takeSample = [&]() {
     capture_.captureData(simulation);
     recorder.saveCapturedData(simulation.time(), systemPathPointIndex(), capture_);
-    if (sampleObserver) sampleObserver(samples, simulation);
-    ++samples;
-    if (progressObserver) progressObserver(simulation.time(), total);
+    if (run.sampleObserver) run.sampleObserver(run.samples, simulation);
+    ++run.samples;
+    run.lastTime = simulation.time();
+    if (run.progressObserver) run.progressObserver(simulation.time(), total);
   };
   // Whatever stops the recording, it stops after a whole sample, so that every file ends with it.
   auto stopRequested = [&]() { return recorder.failedOutputFile() >= 0 || (stopFlag_ != nullptr && *stopFlag_ != 0); };
 
   // A sample at the start, then one every stepsPerSample_ steps; the files reach the disk at
   // least once a second, so that a recording killed outright loses no more than that.
-  HxRecordStatus status = HxRecordStatus::Success;
-  const auto start = Clock::now();
-  auto lastFlush = start;
+  auto lastFlush = Clock::now();
   takeSample();
   for (HxU32 step = 1; step <= totalSteps_ && !stopRequested(); ++step) {
     if (!simulation.step()) {
-      status = fail(HxRecordStatus::SimulationFailed,
-                    "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
-                        (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
-                        "; the files hold the samples before it");
+      run.status =
+          fail(HxRecordStatus::SimulationFailed,
+               "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
+                   (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
+                   "; the files hold the samples before it");
       break;
     }
     if (step % stepsPerSample_ != 0) continue;
@@ -339,38 +395,110 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
     const auto now = Clock::now();
     if (now - lastFlush >= std::chrono::seconds(1)) {
       recorder.flushOutputFiles();
-      manifest.update(samples, simulation.time());
+      run.manifest.update(run.samples, simulation.time());
       lastFlush = now;
     }
   }
-  const bool interrupted = stopFlag_ != nullptr && *stopFlag_ != 0 && recorder.failedOutputFile() < 0;
   recorder.finishSaveToFile();
-  const auto end = Clock::now();
-  keepWarnings(messages, warnings_);
-  if (recorder.failedOutputFile() >= 0) {
-    reportWriteFailure(recorder, samples);
-    status = HxRecordStatus::OutputError;
-  } else if (interrupted && status == HxRecordStatus::Success) {
-    notices_.push_back("interrupted by " + std::string(hxSignalName(*stopFlag_)) +
-                       " at t = " + hxSecondsText(simulation.time()) + " s: the files are finished and hold " +
-                       std::to_string(samples) + " samples");
-    status = HxRecordStatus::Interrupted;
-  }
-  status = summarize(status, samples, std::chrono::duration<double>(end - start).count());
-  const bool written = hxFinishRecordManifest(manifest, *this, status, samples, errorsBefore);
-  if (!written && manifest.active()) warnings_.push_back(manifest.error());
-  watch.release(written);
-  return status;
 }
 
-void HxRecordSession::reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples) {
+void HxRecordSession::recordOnTwoThreads(Run& run) {
+  using Clock = std::chrono::steady_clock;
+  HxMujocoSimulation& simulation = *simulation_;
+  HxSystemStoredData& recorder = run.recorder;
+  const double total = totalSteps_ * simulation.timestep();
+  // The recording thread saves from a copy of the configuration, into which each sample's
+  // capture buffers are copied: the capture itself, with the history some quantities keep
+  // between samples, stays on this thread.
+  HxSystemDataCapture recordingCapture(capture_);
+  const HxCaptureBuffers captured(capture_);
+  const HxCaptureBuffers saved(recordingCapture);
+  HxSampleQueue queue(kQueueSlots, captured.size());
+
+  // The recording thread owns the recorder from here to its end: it opens the files, saves
+  // every sample in order, flushes the files (and rewrites the manifest) at least once a
+  // second and finishes them. After a write failure it takes no more samples, which stops the
+  // stepping.
+  auto recordSamples = [&]() {
+    recorder.beginSaveToFile(options_.outputBase);
+    auto lastFlush = Clock::now();
+    while (const HxQueuedSample* sample = queue.next()) {
+      saved.copyFrom(sample->values.data());
+      recorder.saveCapturedData(sample->time, sample->pathPointIndex, recordingCapture);
+      ++run.samples;
+      run.lastTime = sample->time;
+      queue.release();
+      const auto now = Clock::now();
+      if (recorder.failedOutputFile() < 0 && now - lastFlush >= std::chrono::seconds(1)) {
+        recorder.flushOutputFiles();
+        run.manifest.update(run.samples, run.lastTime);
+        lastFlush = now;
+      }
+      if (recorder.failedOutputFile() >= 0) {
+        queue.stop();
+        break;
+      }
+    }
+    recorder.finishSaveToFile();
+  };
+  // The stop signals are handled on this thread, where the stop flag is read: the recording
+  // thread starts with them blocked.
+  sigset_t stopSignals, previousMask;
+  sigemptyset(&stopSignals);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&stopSignals, signal);
+  pthread_sigmask(SIG_BLOCK, &stopSignals, &previousMask);
+  std::thread recording;
+  try {
+    recording = std::thread(recordSamples);
+  } catch (const std::system_error&) {
+    // No thread to be had (a limit on threads or memory): the recording is made on this one.
+    pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
+    recordOnOneThread(run);
+    return;
+  }
+  pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
+
+  // False when the recording thread takes no more samples.
+  HxU32 taken = 0;
+  auto takeSample = [&]() {
+    HxQueuedSample* const slot = queue.acquire();
+    if (slot == nullptr) return false;
+    capture_.captureData(simulation);
+    captured.copyTo(slot->values.data());
+    slot->time = simulation.time();
+    slot->pathPointIndex = systemPathPointIndex();
+    queue.publish();
+    if (run.sampleObserver) run.sampleObserver(taken, simulation);
+    ++taken;
+    if (run.progressObserver) run.progressObserver(simulation.time(), total);
+    return true;
+  };
+  bool taking = takeSample();
+  // As with one thread, stepping stops at a stop signal and at a write failure.
+  for (HxU32 step = 1; taking && step <= totalSteps_ && !queue.stopped() && !(stopFlag_ != nullptr && *stopFlag_ != 0);
+       ++step) {
+    if (!simulation.step()) {
+      run.status =
+          fail(HxRecordStatus::SimulationFailed,
+               "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
+                   (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
+                   "; the files hold the samples before it");
+      break;
+    }
+    if (step % stepsPerSample_ == 0) taking = takeSample();
+  }
+  queue.close();
+  recording.join();
+}
+
+void HxRecordSession::reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples, double time) {
   const HxU32 failed = static_cast<HxU32>(recorder.failedOutputFile());
   const HxOutputFileState state = recorder.outputFileState(failed);
   const std::string path = options_.outputBase + writers_[failed].fileExtension();
   errors_.push_back("cannot write '" + path +
                     "': " + (state.error != 0 ? std::strerror(state.error) : std::string("the write failed")) +
-                    "; recording stopped at t = " + hxSecondsText(simulation_->time()) + " s after " +
-                    std::to_string(samples) + " samples");
+                    "; recording stopped at t = " + hxSecondsText(time) + " s after " + std::to_string(samples) +
+                    " samples");
   // What each file really holds: a file cut short holds fewer whole samples than were handed to it.
   bool cut = false;
   for (const HxFileRepair& file : hxRepairRecording(options_.outputBase, true)) {
@@ -384,14 +512,14 @@ void HxRecordSession::reportWriteFailure(const HxSystemStoredData& recorder, HxU
     errors_.push_back("once there is room again, 'hxrepair " + options_.outputBase + "' repairs the files cut short");
 }
 
-HxRecordStatus HxRecordSession::summarize(HxRecordStatus status, HxU32 samples, double wallTime) {
+HxRecordStatus HxRecordSession::summarize(HxRecordStatus status, HxU32 samples, double simulatedTime, double wallTime) {
   summary_ = HxRecordSummary();
   summary_.samples = samples;
   // The columns of a data line are the sample record's elements, as the library shapes it.
   HxSystemDataStorage record;
   capture_.allocateStorage(record);
   summary_.columns = record.elementSize();
-  summary_.simulatedTime = simulation_->time();
+  summary_.simulatedTime = simulatedTime;
   summary_.wallTime = wallTime;
   summary_.sampleInterval = stepsPerSample_ * simulation_->timestep();
   summary_.mode = simulation_->mode();

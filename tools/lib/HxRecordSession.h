@@ -2,6 +2,7 @@
 // HxRecordSession: one hxrecord recording, from loading the scene to the finished files.
 
 #include <csignal>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -26,12 +27,22 @@
 /// the system's path-point index (the smallest index of the manipulators that follow a path).
 /// A sample is taken at time 0 and after every sampleInterval. Failures are reported through
 /// the status and `errors()`; the library's own messages during loading are collected there too.
+///
+/// With options().threads 2 the files are written on a second thread: the calling thread steps
+/// the simulation and captures each sample into a ring of kQueueSlots slots, from which the
+/// recording thread, owner of the recorder and its files, saves them in order. A full ring
+/// makes the stepping wait. The files are the same as with one thread.
 class HxRecordSession {
  public:
-  /// Called after each saved sample with its number (0 first) and the simulation.
+  /// Called, on the thread that called record(), after each captured sample with its number (0
+  /// first) and the simulation. With one thread the sample is saved by then; with two it may
+  /// still be on its way to the files.
   using SampleObserver = std::function<void(HxU32 sample, const HxMujocoSimulation& simulation)>;
-  /// Called now and then with the simulated time reached and the total to record.
+  /// Called now and then, on the thread that called record(), with the simulated time reached
+  /// and the total to record.
   using ProgressObserver = std::function<void(double simulated, double total)>;
+  /// Samples the stepping thread may be ahead of the files with two threads.
+  static constexpr std::size_t kQueueSlots = 64;
 
   explicit HxRecordSession(HxRecordOptions options);
   ~HxRecordSession();
@@ -52,6 +63,8 @@ class HxRecordSession {
   HxRecordStatus record(const SampleObserver& sampleObserver = {}, const ProgressObserver& progressObserver = {});
 
   /// A signal number that, once not 0, stops a recording at its next sample (see HxStopSignals).
+  /// It is read on the thread that calls record(); a recording thread blocks the stop signals,
+  /// so that their handlers run there too.
   void setStopFlag(const volatile std::sig_atomic_t* flag) { stopFlag_ = flag; }
 
   const HxRecordOptions& options() const { return options_; }
@@ -83,12 +96,18 @@ class HxRecordSession {
   HxRecordStatus loadConfigurations();
   HxRecordStatus checkTiming();
   HxRecordStatus checkLabels();
-  // Errors that say, after a write failure, which file failed and what every file holds.
-  void reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples);
+  // Errors that say, after a write failure, which file failed and what every file holds; the
+  // last of the `samples` saved was taken at `time`.
+  void reportWriteFailure(const HxSystemStoredData& recorder, HxU32 samples, double time);
   HxU32 systemPathPointIndex() const;
-  // Fills summary_ after a recording of `samples` samples; returns `status`, or OutputError when
-  // a file is missing after all.
-  HxRecordStatus summarize(HxRecordStatus status, HxU32 samples, double wallTime);
+  // The sample loops, from the files' start to their finish: everything on this thread, or the
+  // files written on a second one. `run` says what to record into and holds what happened.
+  struct Run;
+  void recordOnOneThread(Run& run);
+  void recordOnTwoThreads(Run& run);
+  // Fills summary_ after a recording of `samples` samples up to `simulatedTime`; returns
+  // `status`, or OutputError when a file is missing after all.
+  HxRecordStatus summarize(HxRecordStatus status, HxU32 samples, double simulatedTime, double wallTime);
 
   HxRecordOptions options_;
   std::unique_ptr<HxMujocoSimulation> simulation_;

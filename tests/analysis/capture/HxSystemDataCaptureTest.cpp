@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include "analysis/xml/HxSimAnalysisTokens.h"
 #include "simulation/scripted/HxScriptedSimulation.h"
 #include "tests/analysis/types/HxTypesTestSupport.h"
+#include "tests/support/HxAllocationCounter.h"
 
 namespace {
 
@@ -222,6 +224,57 @@ TEST(HxSystemDataCapture, KeptLookUpsAnswerAsWalkingTheLists) {
   }
   const HxSystemDataCapture copy = capture;
   EXPECT_TRUE(copy.manipulatorDataCapture(2) != nullptr && copy.elementSize() == capture.elementSize());
+}
+
+// A manipulator of many links, and many manipulators (enough, each, for the capture to fetch
+// what comes next ahead), capture every link's own values, through to the last, without
+// allocating. A copy of the configuration captures into its own types: the original keeps what
+// it captured.
+TEST(HxSystemDataCapture, ManyLinksOrManipulatorsCaptureTheirOwnValuesAndCopiesStayApart) {
+  // 128 links or 64 manipulators: the lists then end where their room does.
+  for (const std::pair<HxU32, HxU32>& shape : {std::pair<HxU32, HxU32>{1, 128}, {64, 1}}) {
+    const HxU32 manipulators = shape.first, joints = shape.second;
+    HxScriptedSimulation simulation(manipulators, joints, 0);
+    simulation.setDynamicsEnabled(true);
+    auto setValues = [&](double offset) {
+      for (HxU32 m = 0; m < manipulators; ++m) {
+        std::vector<double> values(joints);
+        for (HxU32 j = 0; j < joints; ++j) values[j] = offset + m + j;
+        simulation.setJointPositions(m, values);
+        simulation.individualSimulator(m).setJointTorques(values);
+      }
+    };
+    HxSystemDataCapture capture;
+    std::vector<double> expected;
+    for (HxU32 m = 0; m < manipulators; ++m) {
+      for (HxU32 l = 0; l < joints; ++l) {
+        const std::string& link = simulation.manipulator(m).link(l)->identifier();
+        ASSERT_TRUE(capture.addLinkDataCaptureType(m, link, HxJointPositionDataCaptureTypeToken));
+        ASSERT_TRUE(capture.addLinkDataCaptureType(m, link, HxJointTorqueDataCaptureTypeToken));
+        expected.insert(expected.end(), {0.5 + m + l, 0.5 + m + l});
+      }
+    }
+    auto captured = [](const HxSystemDataCapture& from) {
+      std::vector<double> values;
+      HxFlatOrder::forEachCapturedType(
+          from.manipulatorDataCaptureVector(),
+          [&](const HxFlatPosition&, const HxDataCaptureType& type) { values.push_back(type.data()[0].value()); });
+      return values;
+    };
+
+    setValues(0.5);
+    EXPECT_TRUE(capture.captureData(simulation));
+    HxAllocationCounter counter;
+    EXPECT_TRUE(capture.captureData(simulation));
+    EXPECT_EQ(counter.allocations(), 0u);
+    EXPECT_EQ(captured(capture), expected);
+
+    HxSystemDataCapture copy = capture;
+    setValues(1000.5);
+    EXPECT_TRUE(copy.captureData(simulation));
+    EXPECT_EQ(captured(capture), expected);
+    EXPECT_EQ(captured(copy).back(), expected.back() + 1000);
+  }
 }
 
 }  // namespace

@@ -133,4 +133,34 @@ TEST(HxDataCaptureTypeVector, CreatorsAndLookUp) {
               index == 1u);
 }
 
+// Vectors make their types from one table of the class's creators; a creator registered on one
+// vector changes what that vector makes and lists, never what other vectors, made before or after
+// it, make. A class derived from the vector with creators of its own makes only those.
+TEST(HxDataCaptureTypeVector, CreatorsRegisteredOnOneVectorStayItsOwn) {
+  const HxToken& position = HxJointPositionDataCaptureType::classToken();
+  auto makes = [&](const HxDataCaptureTypeVector& vector) {
+    const std::unique_ptr<HxDataCaptureType> made(vector.newDataCaptureByToken(position));
+    return made ? made->token().token() : std::string("none");
+  };
+  HxDataCaptureTypeVector before, changed;
+  EXPECT_EQ(makes(before), position.token());
+  EXPECT_EQ(makes(changed), position.token());
+  changed.registerComponentCreator(position, &HxJointTorqueDataCaptureType::creator);
+  const HxDataCaptureTypeVector after;
+  EXPECT_EQ(makes(changed), HxJointTorqueDataCaptureType::classToken().token());
+  EXPECT_EQ(changed.creatorMap().at(position), &HxJointTorqueDataCaptureType::creator);
+  EXPECT_EQ(makes(before), position.token());
+  EXPECT_EQ(makes(after), position.token());
+  EXPECT_EQ(before.creatorMap().at(position), &HxJointPositionDataCaptureType::creator);
+  EXPECT_EQ(HxDataCaptureTypeVector(changed).creatorMap().at(position), &HxJointPositionDataCaptureType::creator)
+      << "a copy registers the class's creators";
+
+  struct TorquesOnly : HxDataCaptureTypeVector {
+    void registerComponentCreators() override { registerComponentCreatorsOf<HxJointTorqueDataCaptureType>(); }
+  };
+  const TorquesOnly torques;
+  EXPECT_EQ(makes(torques), "none");
+  EXPECT_EQ(torques.creatorMap().size(), 1u);
+}
+
 }  // namespace

@@ -1,0 +1,100 @@
+// HxRecordQueue: the capture buffers as one array, and the ring between hxrecord's threads.
+
+#include "tools/lib/HxRecordQueue.h"
+
+#include <algorithm>
+#include <string>
+
+#include "analysis/capture/HxFlatOrder.h"
+
+namespace {
+// Version of this source unit, built at load time.
+[[maybe_unused]] const std::string HxVersion("3.0.0");
+}  // namespace
+
+HxCaptureBuffers::HxCaptureBuffers(const HxSystemDataCapture& capture) {
+  HxFlatOrder::forEachCapturedType(capture.manipulatorDataCaptureVector(),
+                                   [this](const HxFlatPosition&, const HxDataCaptureType& type) {
+                                     // The buffer is a mutable member that the const captureData
+                                     // fills: writing it is what a capture does.
+                                     Buffer& buffer = const_cast<Buffer&>(type.data().vectorContainer());
+                                     entries_.push_back(Entry{&buffer, buffer.size()});
+                                     size_ += buffer.size();
+                                   });
+}
+
+void HxCaptureBuffers::copyTo(double* values) const {
+  for (const Entry& entry : entries_) {
+    const std::size_t count = std::min(entry.size, entry.buffer->size());
+    for (std::size_t k = 0; k < count; ++k) values[k] = (*entry.buffer)[k].value();
+    values += entry.size;
+  }
+}
+
+void HxCaptureBuffers::copyFrom(const double* values) const {
+  for (const Entry& entry : entries_) {
+    const std::size_t count = std::min(entry.size, entry.buffer->size());
+    for (std::size_t k = 0; k < count; ++k) (*entry.buffer)[k].value() = values[k];
+    values += entry.size;
+  }
+}
+
+HxSampleQueue::HxSampleQueue(std::size_t slots, std::size_t values)
+    : slots_(std::max<std::size_t>(slots, 1)), batch_(std::clamp<std::size_t>(slots / 2, 1, kBatch)) {
+  for (HxQueuedSample& slot : slots_) slot.values.assign(values, 0.0);
+}
+
+HxQueuedSample* HxSampleQueue::acquire() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (published_ == slots_.size() && !stopped_) {
+    producerWaits_ = true;
+    changed_.wait(lock, [this] { return stopped_ || published_ + batch_ <= slots_.size(); });
+    producerWaits_ = false;
+  }
+  if (stopped_) return nullptr;
+  return &slots_[(first_ + published_) % slots_.size()];
+}
+
+void HxSampleQueue::publish() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  ++published_;
+  const bool wake = consumerWaits_ && published_ >= batch_;
+  lock.unlock();
+  if (wake) changed_.notify_all();
+}
+
+void HxSampleQueue::close() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    closed_ = true;
+  }
+  changed_.notify_all();
+}
+
+HxQueuedSample* HxSampleQueue::next() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (published_ == 0 && !closed_) {
+    consumerWaits_ = true;
+    changed_.wait_for(lock, kLongestWait, [this] { return published_ >= batch_ || closed_; });
+    consumerWaits_ = false;
+  }
+  if (published_ == 0) return nullptr;
+  return &slots_[first_];
+}
+
+void HxSampleQueue::release() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  first_ = (first_ + 1) % slots_.size();
+  --published_;
+  const bool wake = producerWaits_ && published_ + batch_ <= slots_.size();
+  lock.unlock();
+  if (wake) changed_.notify_all();
+}
+
+void HxSampleQueue::stop() {
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    stopped_ = true;
+  }
+  changed_.notify_all();
+}
