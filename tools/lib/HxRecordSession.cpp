@@ -35,6 +35,13 @@
 #include "tools/lib/HxRepair.h"
 
 namespace {
+// What hxrecord says when a step fails.
+std::string unstableMessage(const HxMujocoSimulation& simulation) {
+  return "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
+         (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
+         "; the files hold the samples before it";
+}
+
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
@@ -383,11 +390,7 @@ void HxRecordSession::recordOnOneThread(Run& run) {
   takeSample();
   for (HxU32 step = 1; step <= totalSteps_ && !stopRequested(); ++step) {
     if (!simulation.step()) {
-      run.status =
-          fail(HxRecordStatus::SimulationFailed,
-               "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
-                   (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
-                   "; the files hold the samples before it");
+      run.status = fail(HxRecordStatus::SimulationFailed, unstableMessage(simulation));
       break;
     }
     if (step % stepsPerSample_ != 0) continue;
@@ -478,11 +481,7 @@ void HxRecordSession::recordOnTwoThreads(Run& run) {
   for (HxU32 step = 1; taking && step <= totalSteps_ && !queue.stopped() && !(stopFlag_ != nullptr && *stopFlag_ != 0);
        ++step) {
     if (!simulation.step()) {
-      run.status =
-          fail(HxRecordStatus::SimulationFailed,
-               "the simulation became unstable at t = " + hxSecondsText(simulation.time()) + " s" +
-                   (simulation.lastError().empty() ? std::string() : ": " + hxOneLine(simulation.lastError())) +
-                   "; the files hold the samples before it");
+      run.status = fail(HxRecordStatus::SimulationFailed, unstableMessage(simulation));
       break;
     }
     if (step % stepsPerSample_ == 0) taking = takeSample();

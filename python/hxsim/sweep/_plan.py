@@ -189,13 +189,13 @@ def _cases(path, cases):
             for i, case in enumerate(cases)]
 
 
-def _random(path, spec):
+def _random(path, block):
     """`count` draws with Python's Mersenne Twister seeded with `seed`: per draw, each parameter in the file's
     order takes one number in [0, 1), so the draws are the same on every machine and Python version."""
     where = "parameters: random"
-    if not isinstance(spec, dict) or set(spec) - {"seed", "count", "draw"} or "draw" not in spec:
+    if not isinstance(block, dict) or set(block) - {"seed", "count", "draw"} or "draw" not in block:
         raise SweepError(_where(path, f"{where}: expected a mapping of seed, count and draw"), status=2)
-    seed, count, draw = spec.get("seed", 0), spec.get("count"), spec["draw"]
+    seed, count, draw = block.get("seed", 0), block.get("count"), block["draw"]
     for name, value in (("seed", seed), ("count", count)):
         if not isinstance(value, int) or isinstance(value, bool) or value < (1 if name == "count" else 0):
             raise SweepError(_where(path, f"{where}: {name}: expected a whole number"
