@@ -47,24 +47,32 @@ void HxFlatStorePlan::make(const ManipulatorCaptures& captures, const HxSystemDa
   // Both walks are in flat order: each type meets its quantity (or learns there is none) by
   // one merge.
   entries_.clear();
+  picked_.clear();
   std::size_t next = 0;
   HxFlatOrder::forEachCapturedType(captures, [&](const HxFlatPosition& at, const HxDataCaptureType& type) {
     while (next < slots_.size() && before(slots_[next].at, at)) ++next;
-    Entry entry;
-    entry.type = &type;
-    if (next < slots_.size() && same(slots_[next].at, at)) {
-      entry.offset = slots_[next].offset;
-      entry.slots = slots_[next].size;
-    }
+    if (next == slots_.size() || !same(slots_[next].at, at)) return;  // the record has no such quantity
+
+    // The active values; a run that does not fit, or an empty one, is not stored at all.
     const auto& flags = type.disableFlags().vectorContainer();
-    entry.firstDisabled = static_cast<HxU32>(flags.size());
-    for (std::size_t j = 0; j < flags.size(); ++j) {
-      if (flags[j].value()) {
-        entry.firstDisabled = static_cast<HxU32>(j);
-        break;
+    const HxU32 size = type.valueCount();
+    const std::size_t firstPicked = picked_.size();
+    bool allActive = true;
+    for (HxU32 j = 0; j < size; ++j) {
+      if (j < flags.size() && flags[j].value()) {
+        allActive = false;
+      } else {
+        picked_.push_back(j);
       }
     }
-    entries_.push_back(entry);
+    const HxU32 active = static_cast<HxU32>(picked_.size() - firstPicked);
+    if (allActive) picked_.resize(firstPicked);
+    if (active == 0 || active > slots_[next].size) {
+      picked_.resize(firstPicked);
+      return;
+    }
+    entries_.push_back(
+        Entry{type.values(), slots_[next].offset, active, allActive ? 0 : static_cast<HxU32>(firstPicked + 1)});
   });
   record_ = &record;
   stamp_ = record.shapeStamp();
@@ -72,25 +80,12 @@ void HxFlatStorePlan::make(const ManipulatorCaptures& captures, const HxSystemDa
 
 void HxFlatStorePlan::store(double* values) const {
   for (const Entry& entry : entries_) {
-    const auto& data = entry.type->data().vectorContainer();
-    const std::size_t size = data.size();
-    double* to = values + entry.offset;
-    if (entry.firstDisabled >= size) {
-      // Nothing switched off among the values (the usual case): the whole run, if it fits.
-      if (size == 0 || size > entry.slots) continue;
-      for (std::size_t k = 0; k < size; ++k) to[k] = data[k].value();
-      continue;
-    }
-    // Some values switched off: count the active ones first, since a run that does not fit is
-    // not stored at all.
-    const auto& flags = entry.type->disableFlags().vectorContainer();
-    const std::size_t flagged = std::min(flags.size(), size);
-    std::size_t active = size - flagged;
-    for (std::size_t j = 0; j < flagged; ++j) active += flags[j].value() ? 0 : 1;
-    if (active == 0 || active > entry.slots) continue;
-    for (std::size_t j = 0; j < size; ++j) {
-      if (j < flagged && flags[j].value()) continue;
-      *to++ = data[j].value();
+    double* const to = values + entry.to;
+    if (entry.picked == 0) {
+      for (HxU32 k = 0; k < entry.count; ++k) to[k] = entry.from[k];
+    } else {
+      const HxU32* const picked = picked_.data() + entry.picked - 1;
+      for (HxU32 k = 0; k < entry.count; ++k) to[k] = entry.from[picked[k]];
     }
   }
 }

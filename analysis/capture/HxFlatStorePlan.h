@@ -52,14 +52,14 @@ class HxFlatStorePlan {
   void store(double* values) const;
 
  private:
+  // One type whose values are stored: `count` values from `from` to the array's `to` on, or,
+  // with `picked` set, the `count` values at the positions picked_[picked - 1] on of `from`
+  // (the type has switched-off columns).
   struct Entry {
-    const HxDataCaptureType* type = nullptr;
-    // Position of the record's quantity in the array, and its number of values (0: the record
-    // has no such quantity).
-    HxU32 offset = 0;
-    HxU32 slots = 0;
-    // Position of the first disable flag that is set (the flags' size when none is).
-    HxU32 firstDisabled = 0;
+    const double* from = nullptr;
+    HxU32 to = 0;
+    HxU32 count = 0;
+    HxU32 picked = 0;
   };
   // One slot of the record's quantities, in flat order, with its place in that order.
   struct Slot {
@@ -69,6 +69,7 @@ class HxFlatStorePlan {
   };
 
   std::vector<Entry> entries_;
+  std::vector<HxU32> picked_;
   std::vector<Slot> slots_;
   const HxSystemDataStorage* record_ = nullptr;
   std::uint64_t stamp_ = 0;

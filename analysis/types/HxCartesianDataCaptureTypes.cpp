@@ -149,7 +149,6 @@ HxBoolean HxEndEffectorVelocityDataCaptureType::captureData(const HxSystemSimula
   // components.
   if (!endEffectorMotion(simulation, m, e, workingState_, motion_, &HxEndEffector::velocity)) return false;
   setColumns(0, motion_, 6);
-  data_.resize(6);
   return true;
 }
 
@@ -163,6 +162,5 @@ HxBoolean HxEndEffectorAccelerationDataCaptureType::captureData(const HxSystemSi
   if (m < simulation.activeStates().size()) workingState_ = simulation.activeStates()[m];
   if (!endEffectorMotion(simulation, m, e, workingState_, motion_, &HxEndEffector::acceleration)) return false;
   setColumns(0, motion_, 6);
-  data_.resize(6);
   return true;
 }

@@ -7,9 +7,44 @@ const std::string versionString("3.0.0");
 }  // namespace
 
 HxDataCaptureType::HxDataCaptureType() = default;
-HxDataCaptureType::HxDataCaptureType(const HxDataCaptureType& other) = default;
-HxDataCaptureType& HxDataCaptureType::operator=(const HxDataCaptureType& other) = default;
+
+HxDataCaptureType::HxDataCaptureType(const HxDataCaptureType& other)
+    : HxXmlCompoundType(other), disableFlags_(other.disableFlags_), dataLabels_(other.dataLabels_) {
+  copyValuesFrom(other);
+}
+
+HxDataCaptureType& HxDataCaptureType::operator=(const HxDataCaptureType& other) {
+  if (this == &other) return *this;
+  HxXmlCompoundType::operator=(other);
+  disableFlags_ = other.disableFlags_;
+  dataLabels_ = other.dataLabels_;
+  copyValuesFrom(other);
+  return *this;
+}
+
 HxDataCaptureType::~HxDataCaptureType() = default;
+
+void HxDataCaptureType::sizeValues(HxU32 count) {
+  if (count > kLocalValues) {
+    wide_ = std::make_unique<double[]>(count);
+    values_ = wide_.get();
+  } else {
+    wide_.reset();
+    values_ = local_;
+  }
+  valueCount_ = count;
+  for (HxU32 i = 0; i < count; ++i) values_[i] = 0.0;
+  data_.resize(count);
+}
+
+void HxDataCaptureType::copyValuesFrom(const HxDataCaptureType& other) {
+  if (valueCount_ != other.valueCount_) sizeValues(other.valueCount_);
+  setCapturedValues(other.values_);
+}
+
+void HxDataCaptureType::setCapturedValues(const double* values) const {
+  for (HxU32 i = 0; i < valueCount_; ++i) values_[i] = values[i];
+}
 
 void HxDataCaptureType::registerComponents() {
   registerComponent(HxSimAnalysis::HxDisableFlagsToken, &disableFlags_);
@@ -41,7 +76,10 @@ HxU32 HxDataCaptureType::activeDataSize() const {
   return count;
 }
 
-const HxDataCaptureType::DataVector& HxDataCaptureType::data() const { return data_; }
+const HxDataCaptureType::DataVector& HxDataCaptureType::data() const {
+  for (HxU32 i = 0; i < valueCount_; ++i) data_[i].value() = values_[i];
+  return data_;
+}
 
 bool HxDataCaptureType::operator==(const HxDataCaptureType& other) const {
   if (!HxXmlCompoundType::operator==(other)) {
@@ -53,26 +91,17 @@ bool HxDataCaptureType::operator==(const HxDataCaptureType& other) const {
   if (!(dataLabels_ == other.dataLabels_)) {
     return false;
   }
-  return data_ == other.data_;
+  if (valueCount_ != other.valueCount_) return false;
+  for (HxU32 i = 0; i < valueCount_; ++i) {
+    if (!(values_[i] == other.values_[i])) return false;
+  }
+  return true;
 }
 
 void HxDataCaptureType::initializeColumns(HxU32 count, const char* const* labels) {
-  data_.resize(count);
+  sizeValues(count);
   dataLabels_.resize(count);
   for (HxU32 i = 0; i < count; ++i) {
     dataLabels_[i] = std::string(labels[i]);
-  }
-}
-
-void HxDataCaptureType::resetData() const {
-  const HxU32 columns = dataSize();
-  if (data_.size() != columns) {
-    // The constructors size the buffer, so this branch only guards against a buffer of
-    // another size; it is left at once with the right size.
-    data_.assign(columns, HxXmlBasicType<double>(0.0));
-    return;
-  }
-  for (HxU32 i = 0; i < columns; ++i) {
-    data_[i].value() = 0.0;
   }
 }

@@ -2,6 +2,7 @@
 /// \file
 /// HxDataCaptureType: abstract base of the captured quantities.
 
+#include <memory>
 #include <string>
 
 #include "analysis/xml/HxXmlVectorType.h"
@@ -25,6 +26,10 @@ class HxSystemSimulation;
 ///
 /// Serialised members: "disableFlags" and "dataLabels". The capture buffer is copied and
 /// compared but never serialised.
+///
+/// The captured values live in a plain array of doubles inside the object (`values`), which is
+/// what a capture writes and what a recorder copies from; the buffer of serialisable reals that
+/// `data` returns is brought up to date from it when `data` is called.
 ///
 /// Several concrete types keep history between samples, so one object serves exactly one
 /// manipulator, link or end effector, and must be captured from one thread at a time.
@@ -73,12 +78,23 @@ class HxDataCaptureType : public HxXmlCompoundType {
   /// The whole capture buffer, all `dataSize()` columns, switched-off ones included.
   virtual const DataVector& data() const;
 
+  /// The captured values as a plain array of `valueCount()` doubles, all columns, switched-off
+  /// ones included: the same values as `data()`, read without bringing that buffer up to date.
+  /// Valid as long as the object lives.
+  const double* values() const { return values_; }
+  /// Number of values in `values()`: the number of columns the object was made with.
+  HxU32 valueCount() const { return valueCount_; }
+  /// Sets all `valueCount()` values from `values[0]` on, as a capture of those values would: for
+  /// a host that captured them elsewhere (another copy of this type, another thread) and
+  /// records them here.
+  void setCapturedValues(const double* values) const;
+
   /// For a loop over many types, whose objects would come from far caches: asks the processor to
   /// fetch what `captureData` reads of this object first (its class and its buffer's place). A
   /// hint only; it changes nothing.
   void prefetch() const {
     __builtin_prefetch(this);
-    __builtin_prefetch(&data_.vectorContainer());
+    __builtin_prefetch(values_);
   }
 
   /// Equal when the flags, the labels and the buffers are equal (checked in that order).
@@ -89,11 +105,17 @@ class HxDataCaptureType : public HxXmlCompoundType {
  protected:
   /// Sizes the labels and the buffer for `count` columns and sets the labels, in column order.
   void initializeColumns(HxU32 count, const char* const* labels);
-  /// Sets the buffer to `dataSize()` zeros, in place: once the buffer has that size this
-  /// allocates nothing.
-  void resetData() const;
+  /// Sets every value to zero. Allocates nothing.
+  void resetData() const {
+    if (values_ == local_) {
+      // A few fixed stores, cheaper than a call to clear a variable count of one to seven values.
+      for (double& value : local_) value = 0.0;
+    } else {
+      for (HxU32 i = 0; i < valueCount_; ++i) values_[i] = 0.0;
+    }
+  }
   /// Column `index` of the buffer, for the concrete `captureData`.
-  double& column(HxU32 index) const { return data_[index].value(); }
+  double& column(HxU32 index) const { return values_[index]; }
   /// Columns `first` to `first + count - 1` from `values[0]` to `values[count - 1]`.
   template <class Values>
   void setColumns(HxU32 first, const Values& values, HxU32 count) const {
@@ -107,9 +129,23 @@ class HxDataCaptureType : public HxXmlCompoundType {
     setColumns(first + 3, placement.orientation(), 4);
   }
 
-  /// Written by the const `captureData`. First, so that what a capture reads of the object
-  /// (its class and its buffer's place) lies in its first two cache lines, and so that a copy
-  /// makes its buffer right after itself.
+ private:
+  /// Makes room for `count` values, all zero, and as many serialisable reals for `data`.
+  void sizeValues(HxU32 count);
+  /// Takes `other`'s number of values and its values.
+  void copyValuesFrom(const HxDataCaptureType& other);
+
+  /// Columns a type keeps inside the object; a type of more columns keeps them on the heap.
+  static constexpr HxU32 kLocalValues = 7;
+
+  /// The captured values, written by the const `captureData`: `local_` or `wide_`. First, with
+  /// the local values, so that what a capture touches of the object (its class, this pointer
+  /// and its values) lies in its first cache lines.
+  double* values_ = local_;
+  HxU32 valueCount_ = 0;
+  mutable double local_[kLocalValues] = {};
+  std::unique_ptr<double[]> wide_;
+  /// What `data` returns: the values as serialisable reals, brought up to date by `data`.
   mutable DataVector data_;
   /// Serialised as "disableFlags".
   FlagVector disableFlags_;

@@ -15,27 +15,22 @@ namespace {
 HxCaptureBuffers::HxCaptureBuffers(const HxSystemDataCapture& capture) {
   HxFlatOrder::forEachCapturedType(capture.manipulatorDataCaptureVector(),
                                    [this](const HxFlatPosition&, const HxDataCaptureType& type) {
-                                     // The buffer is a mutable member that the const captureData
-                                     // fills: writing it is what a capture does.
-                                     Buffer& buffer = const_cast<Buffer&>(type.data().vectorContainer());
-                                     entries_.push_back(Entry{&buffer, buffer.size()});
-                                     size_ += buffer.size();
+                                     types_.push_back(&type);
+                                     size_ += type.valueCount();
                                    });
 }
 
 void HxCaptureBuffers::copyTo(double* values) const {
-  for (const Entry& entry : entries_) {
-    const std::size_t count = std::min(entry.size, entry.buffer->size());
-    for (std::size_t k = 0; k < count; ++k) values[k] = (*entry.buffer)[k].value();
-    values += entry.size;
+  for (const HxDataCaptureType* type : types_) {
+    std::copy_n(type->values(), type->valueCount(), values);
+    values += type->valueCount();
   }
 }
 
 void HxCaptureBuffers::copyFrom(const double* values) const {
-  for (const Entry& entry : entries_) {
-    const std::size_t count = std::min(entry.size, entry.buffer->size());
-    for (std::size_t k = 0; k < count; ++k) (*entry.buffer)[k].value() = values[k];
-    values += entry.size;
+  for (const HxDataCaptureType* type : types_) {
+    type->setCapturedValues(values);
+    values += type->valueCount();
   }
 }
 

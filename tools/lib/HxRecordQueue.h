@@ -37,14 +37,7 @@ class HxCaptureBuffers {
   void copyFrom(const double* values) const;
 
  private:
-  using Buffer = HxDataCaptureType::DataVector::ContainerType;
-  // One type's capture buffer and the number of its values. The buffers are the types' own,
-  // which captureData (a const operation) writes; copyFrom writes them likewise.
-  struct Entry {
-    Buffer* buffer;
-    std::size_t size;
-  };
-  std::vector<Entry> entries_;
+  std::vector<const HxDataCaptureType*> types_;
   std::size_t size_ = 0;
 };
 
