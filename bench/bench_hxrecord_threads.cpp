@@ -1,9 +1,10 @@
 // What a whole hxrecord recording of the default scene costs in wall time, with one thread and
 // with the files written on a second thread (--threads 1 and 2), against the same simulation
 // stepped with recording off. Each iteration is one recording through the session hxrecord's
-// main runs (HxRecordSession::record: the manifest and its watcher, the five files of the default
-// writer list opened, every sample captured and saved, the files finished, the summary); loading
-// and checking the scene (prepare) is left out, as is making the output directory.
+// main runs (HxRecordSession::record: the manifest and its watcher, hxrecord started as one; the
+// five files of the default writer list opened, every sample captured and saved, the files
+// finished, the summary); loading and checking the scene (prepare) is left out, as is making the
+// output directory.
 //
 // Benchmarks (real time, one recording per iteration):
 //   Threads/Off         the prepared session's simulation stepped over the whole duration, no
@@ -66,6 +67,7 @@ std::unique_ptr<HxRecordSession> preparedSession(const std::string& base, unsign
   options.duration = g_duration;
   options.outputBase = base;
   options.threads = threads;
+  options.watcherProgram = HX_RECORD_BINARY;
   auto session = std::make_unique<HxRecordSession>(options);
   if (session->prepare() != HxRecordStatus::Success) return nullptr;
   return session;

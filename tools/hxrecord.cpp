@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/lib/HxManifestWatch.h"
 #include "tools/lib/HxRecord.h"
 
 namespace {
@@ -16,7 +17,10 @@ namespace {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // The progress bar only makes sense on a terminal.
+  // hxrecord started by itself to watch a recording's manifest (see HxManifestWatch).
+  if (argc == 4 && std::string(argv[1]) == kHxWatchManifestOption) hxWatchManifestMain(argv[2], argv[3]);
+  // The progress bar only makes sense on a terminal. The watcher is this program, started
+  // afresh: a fork would share the recording's memory.
   return hxRecordMain(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr,
-                      isatty(fileno(stderr)) != 0);
+                      isatty(fileno(stderr)) != 0, "/proc/self/exe");
 }

@@ -3,6 +3,7 @@
 #include "tools/lib/HxManifestWatch.h"
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,14 +26,12 @@ namespace {
 // What hxrecord sends before it closes the pipe once the final status is written.
 constexpr char kFinished = 'F';
 
-// The watcher itself, in the forked process: never returns.
+// The signals that stop hxrecord, which then writes the final status itself: the watcher ignores
+// them (a terminal's interrupt reaches the whole process group).
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// The watcher itself, reading `pipe`, once every other file is closed: never returns.
 [[noreturn]] void watch(int pipe, const std::string& manifestPath, const std::string& base) {
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) std::signal(signal, SIG_IGN);
-  // Nothing of the parent's stays open here: not its files, not the pipes its own reader waits on.
-  const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
-  for (int fd = 0; fd <= 2 && null >= 0; ++fd) ::dup2(null, fd);
-  ::close_range(3, static_cast<unsigned>(pipe) - 1, 0);
-  ::close_range(static_cast<unsigned>(pipe) + 1, std::numeric_limits<unsigned>::max(), 0);
   char received = 0;
   ssize_t got = 0;
   while ((got = ::read(pipe, &received, 1)) < 0 && errno == EINTR) {
@@ -40,16 +39,77 @@ constexpr char kFinished = 'F';
   if (got != 1 || received != kFinished) hxMarkManifestInterrupted(manifestPath, base);
   ::_exit(0);
 }
+
+void ignoreStopSignals() {
+  for (const int signal : kStopSignals) std::signal(signal, SIG_IGN);
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+// Standard streams on /dev/null, but `keep` when it is one of them.
+void silenceStandardStreams(int keep) {
+  const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
+  for (int fd = 0; fd <= 2 && null >= 0; ++fd) {
+    if (fd != keep) ::dup2(null, fd);
+  }
+}
+
+// Starts `program --watch-manifest MANIFEST BASE` reading `pipe` as its standard input, with the
+// stop signals blocked until it ignores them. Its other files are closed by the program itself.
+pid_t spawnWatcher(const std::string& program, int pipe, const std::string& manifestPath, const std::string& base) {
+  posix_spawn_file_actions_t actions;
+  posix_spawnattr_t attributes;
+  if (posix_spawn_file_actions_init(&actions) != 0) return -1;
+  if (posix_spawnattr_init(&attributes) != 0) {
+    posix_spawn_file_actions_destroy(&actions);
+    return -1;
+  }
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int signal : kStopSignals) sigaddset(&blocked, signal);
+  std::string programCopy = program, option = kHxWatchManifestOption, manifest = manifestPath, files = base;
+  char* const arguments[] = {programCopy.data(), option.data(), manifest.data(), files.data(), nullptr};
+  pid_t pid = -1;
+  if (posix_spawn_file_actions_adddup2(&actions, pipe, 0) == 0 &&
+      posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK) == 0 &&
+      posix_spawnattr_setsigmask(&attributes, &blocked) == 0 &&
+      posix_spawn(&pid, program.c_str(), &actions, &attributes, arguments, environ) != 0) {
+    pid = -1;
+  }
+  posix_spawnattr_destroy(&attributes);
+  posix_spawn_file_actions_destroy(&actions);
+  return pid;
+}
 }  // namespace
+
+const char* const kHxWatchManifestOption = "--watch-manifest";
+
+void hxWatchManifestMain(const std::string& manifestPath, const std::string& base) {
+  ignoreStopSignals();
+  sigset_t blocked;
+  sigemptyset(&blocked);
+  for (const int signal : kStopSignals) sigaddset(&blocked, signal);
+  sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
+  silenceStandardStreams(0);
+  ::close_range(3, std::numeric_limits<unsigned>::max(), 0);
+  watch(0, manifestPath, base);
+}
 
 HxManifestWatch::~HxManifestWatch() { release(false); }
 
-bool HxManifestWatch::start(const std::string& manifestPath, const std::string& base) {
+bool HxManifestWatch::start(const std::string& manifestPath, const std::string& base, const std::string& program) {
   int fds[2];
   if (::pipe2(fds, O_CLOEXEC) != 0) return false;
-  const pid_t pid = ::fork();
+  pid_t pid = program.empty() ? -1 : spawnWatcher(program, fds[0], manifestPath, base);
+  if (pid < 0) pid = ::fork();
   if (pid == 0) {
+    // The forked watcher: nothing of the parent's stays open here, not its files, not the pipes
+    // its own reader waits on.
     ::close(fds[1]);
+    ignoreStopSignals();
+    silenceStandardStreams(fds[0]);
+    const unsigned pipe = static_cast<unsigned>(fds[0]);
+    if (pipe > 3) ::close_range(3, pipe - 1, 0);
+    ::close_range(std::max(pipe + 1, 3u), std::numeric_limits<unsigned>::max(), 0);
     watch(fds[0], manifestPath, base);
   }
   ::close(fds[0]);

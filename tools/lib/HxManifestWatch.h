@@ -6,15 +6,20 @@
 
 #include <string>
 
-/// The watcher of one recording. start() forks it; it ignores SIGINT, SIGTERM and SIGHUP (those
-/// stop hxrecord, which then writes the final status itself) and waits for the pipe from
-/// hxrecord to close. Closed after release(true) it just ends; closed in any other way (the
+/// The watcher of one recording. start() starts it, as a program of its own when one is named
+/// (see hxWatchManifestMain), a fork of this process otherwise; it ignores SIGINT, SIGTERM and
+/// SIGHUP (those stop hxrecord, which then writes the final status itself) and waits for the
+/// pipe from hxrecord to close. Closed after release(true) it just ends; closed in any other way (the
 /// process died) it marks the manifest interrupted, see hxMarkManifestInterrupted. release()
 /// waits for it to end, so it never outlives a run and leaves no zombie; the destructor
 /// releases it when nobody did.
 ///
-/// start() must be called while the process is single-threaded. The watcher holds no file but
-/// its end of the pipe (standard streams go to /dev/null) and leaves through _exit.
+/// A forked watcher shares this process's memory page by page until one of them writes a page:
+/// every page the recording then writes first costs a copy and, with a second thread, a flush
+/// of the other processor's address cache. A watcher program shares nothing, which is why
+/// hxrecord starts itself as the watcher. start() must be called while the process is
+/// single-threaded. The watcher holds no file but its end of the pipe (standard streams go to
+/// /dev/null) and leaves through _exit.
 class HxManifestWatch {
  public:
   HxManifestWatch() = default;
@@ -22,9 +27,12 @@ class HxManifestWatch {
   HxManifestWatch(const HxManifestWatch&) = delete;
   HxManifestWatch& operator=(const HxManifestWatch&) = delete;
 
-  /// Forks the watcher of the manifest at `manifestPath`, whose files are `base` plus their
-  /// extensions. False when it cannot (no pipe, no process): the recording then goes on without.
-  bool start(const std::string& manifestPath, const std::string& base);
+  /// Starts the watcher of the manifest at `manifestPath`, whose files are `base` plus their
+  /// extensions: `program` run as `program --watch-manifest MANIFEST BASE` with the pipe as its
+  /// standard input, or, when `program` is empty or cannot be started, a fork of this process.
+  /// False when neither can be started (no pipe, no process): the recording then goes on
+  /// without.
+  bool start(const std::string& manifestPath, const std::string& base, const std::string& program = std::string());
   /// Tells the watcher whether the final status was written (when it was not, the watcher writes
   /// "interrupted"), closes the pipe and waits for the watcher to end.
   void release(bool finalStatusWritten);
@@ -33,6 +41,13 @@ class HxManifestWatch {
   pid_t pid_ = -1;
   int pipe_ = -1;
 };
+
+/// The option that makes a program the watcher (hxrecord: `--watch-manifest MANIFEST BASE`).
+extern const char* const kHxWatchManifestOption;
+
+/// The watcher program's work: waits on standard input, the pipe from the recording process,
+/// and does what a forked watcher does. Never returns.
+[[noreturn]] void hxWatchManifestMain(const std::string& manifestPath, const std::string& base);
 
 /// When the manifest at `manifestPath` still says "recording", rewrites it (atomically) as
 /// "interrupted", with a message saying the recording process ended without finishing, the

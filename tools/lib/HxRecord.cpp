@@ -17,8 +17,10 @@ namespace {
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 }  // namespace
 
-int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool progressBar) {
+int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool progressBar,
+                 const std::string& watcherProgram) {
   HxRecordOptions options;
+  options.watcherProgram = watcherProgram;
   std::string error;
   if (!hxParseRecordOptions(arguments, options, error)) {
     err << "hxrecord: error: " << error << "\nTry 'hxrecord --help'.\n";

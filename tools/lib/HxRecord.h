@@ -17,5 +17,7 @@
 /// The whole program: parses `arguments` (without the program name), prepares and records,
 /// drawing a progress bar on `err` when `progressBar` is true and the run is not quiet, and
 /// prints the summary on `out` (unless quiet). Every error goes to `err` as
-/// "hxrecord: error: <message>". Returns the exit status.
-int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool progressBar);
+/// "hxrecord: error: <message>". Returns the exit status. `watcherProgram` is the program that
+/// watches the manifest (HxRecordOptions::watcherProgram): the hxrecord program itself.
+int hxRecordMain(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err, bool progressBar,
+                 const std::string& watcherProgram = std::string());

@@ -62,8 +62,11 @@ HxManifestDescription hxDescribeRecording(const HxRecordSession& session);
 /// "timestep" and "sampleInterval" (seconds).
 void hxDescribeToHdf5Writers(const HxManifestDescription& description, HxOutputWriterVector& writers);
 
-/// The manifest of one recording, always replaced whole: its text goes into BASE.json.tmp, is
-/// flushed to the disk and renamed over BASE.json, so that a reader never sees half of it.
+/// The manifest of one recording, always replaced whole: its text goes into BASE.json.tmp, which
+/// is renamed over BASE.json, so that a reader never sees half of it. Like the recording's files,
+/// which a flush hands to the kernel, it is not forced to the disk: a manifest forced there
+/// before its files could, after a power cut, claim samples they lost; and forcing costs the
+/// recording tens of milliseconds at every write.
 ///
 ///     HxRecordManifest manifest(hxManifestPath(base), hxDescribeRecording(session));
 ///     manifest.begin();                       // status "recording", 0 samples
@@ -129,7 +132,8 @@ bool hxFinishRecordManifest(HxRecordManifest& manifest, const HxRecordSession& s
 /// NUL); allocates nothing.
 void hxUtcTimestamp(char (&out)[21]);
 
-/// Replaces the file at `path` with `size` bytes of `data` through `temporary` (written, flushed
-/// to the disk, renamed over `path`). Allocates nothing. False with `errno` set on failure (the
+/// Replaces the file at `path` with `size` bytes of `data` through `temporary` (written, then
+/// renamed over `path`): a reader sees the old text or the new one. Not forced to the disk (see
+/// HxRecordManifest). Allocates nothing. False with `errno` set on failure (the
 /// temporary file is then removed).
 bool hxReplaceFile(const char* path, const char* temporary, const char* data, std::size_t size);

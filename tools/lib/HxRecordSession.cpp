@@ -327,12 +327,12 @@ HxRecordStatus HxRecordSession::record(const SampleObserver& sampleObserver, con
   recorder.setOutputWriterVector(writers_);
   recorder.allocateStorage(capture_);
   // The manifest says what is being recorded; the watcher process marks it interrupted should
-  // this process die before it writes the final status. It is forked before any thread starts.
+  // this process die before it writes the final status. It starts before any thread does.
   const std::size_t errorsBefore = errors_.size();
   HxRecordManifest manifest(hxManifestPath(options_.outputBase), description);
   HxManifestWatch watch;
   if (manifest.begin()) {
-    watch.start(manifest.path(), options_.outputBase);
+    watch.start(manifest.path(), options_.outputBase, options_.watcherProgram);
   } else {
     warnings_.push_back(manifest.error());
   }
@@ -460,6 +460,8 @@ void HxRecordSession::recordOnTwoThreads(Run& run) {
     return;
   }
   pthread_sigmask(SIG_SETMASK, &previousMask, nullptr);
+  // So that top, ps and perf show which thread is which.
+  pthread_setname_np(recording.native_handle(), "hxrecord-write");
 
   // False when the recording thread takes no more samples.
   HxU32 taken = 0;
