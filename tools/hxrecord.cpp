@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -17,10 +18,15 @@ namespace {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // hxrecord started by itself to watch a recording's manifest (see HxManifestWatch).
-  if (argc == 4 && std::string(argv[1]) == kHxWatchManifestOption) hxWatchManifestMain(argv[2], argv[3]);
-  // The progress bar only makes sense on a terminal. The watcher is this program, started
-  // afresh: a fork would share the recording's memory.
+  // Started by the watcher of a recording this program was making when it died (HxManifestWatch).
+  if (argc == 4 && std::string(argv[1]) == kHxMarkInterruptedOption) {
+    hxMarkManifestInterrupted(argv[2], argv[3]);
+    return 0;
+  }
+  // The watcher runs this very program should the recording die; a fork would share its memory.
+  std::error_code error;
+  const std::string self = std::filesystem::read_symlink("/proc/self/exe", error).string();
+  // The progress bar only makes sense on a terminal.
   return hxRecordMain(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr,
-                      isatty(fileno(stderr)) != 0, "/proc/self/exe");
+                      isatty(fileno(stderr)) != 0, self);
 }

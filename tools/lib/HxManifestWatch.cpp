@@ -53,8 +53,17 @@ void silenceStandardStreams(int keep) {
   }
 }
 
-// Starts `program --watch-manifest MANIFEST BASE` reading `pipe` as its standard input, with the
-// stop signals blocked until it ignores them. Its other files are closed by the program itself.
+// The watcher when a program is named: the system's shell, which starts in a millisecond and
+// holds next to no memory, waits for the word on the pipe (its standard input); only when the
+// word does not come does it start the program, whose libraries take far longer to load, to
+// mark the manifest. It ignores the stop signals. $1 is the program, $2 the manifest, $3 the
+// files' base.
+constexpr char kWatcherScript[] =
+    "trap '' INT TERM HUP PIPE; read -r word; [ \"$word\" = F ] || exec \"$1\" --mark-interrupted \"$2\" \"$3\"";
+static_assert(kFinished == 'F', "the script waits for the word hxrecord sends");
+
+// Starts the shell watcher reading `pipe` as its standard input, its other streams on /dev/null
+// and no other file open, the stop signals blocked until it ignores them.
 pid_t spawnWatcher(const std::string& program, int pipe, const std::string& manifestPath, const std::string& base) {
   posix_spawn_file_actions_t actions;
   posix_spawnattr_t attributes;
@@ -66,13 +75,18 @@ pid_t spawnWatcher(const std::string& program, int pipe, const std::string& mani
   sigset_t blocked;
   sigemptyset(&blocked);
   for (const int signal : kStopSignals) sigaddset(&blocked, signal);
-  std::string programCopy = program, option = kHxWatchManifestOption, manifest = manifestPath, files = base;
-  char* const arguments[] = {programCopy.data(), option.data(), manifest.data(), files.data(), nullptr};
+  std::string shell = "/bin/sh", option = "-c", script = kWatcherScript, name = "hxrecord-watch", programCopy = program,
+              manifest = manifestPath, files = base;
+  char* const arguments[] = {shell.data(),       option.data(),   script.data(), name.data(),
+                             programCopy.data(), manifest.data(), files.data(),  nullptr};
   pid_t pid = -1;
   if (posix_spawn_file_actions_adddup2(&actions, pipe, 0) == 0 &&
+      posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0) == 0 &&
+      posix_spawn_file_actions_adddup2(&actions, 1, 2) == 0 &&
+      posix_spawn_file_actions_addclosefrom_np(&actions, 3) == 0 &&
       posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK) == 0 &&
       posix_spawnattr_setsigmask(&attributes, &blocked) == 0 &&
-      posix_spawn(&pid, program.c_str(), &actions, &attributes, arguments, environ) != 0) {
+      posix_spawn(&pid, shell.c_str(), &actions, &attributes, arguments, environ) != 0) {
     pid = -1;
   }
   posix_spawnattr_destroy(&attributes);
@@ -81,18 +95,7 @@ pid_t spawnWatcher(const std::string& program, int pipe, const std::string& mani
 }
 }  // namespace
 
-const char* const kHxWatchManifestOption = "--watch-manifest";
-
-void hxWatchManifestMain(const std::string& manifestPath, const std::string& base) {
-  ignoreStopSignals();
-  sigset_t blocked;
-  sigemptyset(&blocked);
-  for (const int signal : kStopSignals) sigaddset(&blocked, signal);
-  sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
-  silenceStandardStreams(0);
-  ::close_range(3, std::numeric_limits<unsigned>::max(), 0);
-  watch(0, manifestPath, base);
-}
+const char* const kHxMarkInterruptedOption = "--mark-interrupted";
 
 HxManifestWatch::~HxManifestWatch() { release(false); }
 

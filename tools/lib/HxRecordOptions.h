@@ -62,9 +62,10 @@ struct HxRecordOptions {
   bool version = false;
   /// Print the table of quantity types and do nothing else.
   bool listTypes = false;
-  /// Program that watches the manifest while recording (run as `PROGRAM --watch-manifest
-  /// MANIFEST BASE`): hxrecord names itself; empty, the watcher is a fork of this process, whose
-  /// memory the recording then copies page by page as it writes it. Not an option.
+  /// Program that marks the manifest interrupted should the recording die (run by the watcher
+  /// as `PROGRAM --mark-interrupted MANIFEST BASE`): hxrecord names itself. Empty, the watcher is
+  /// a fork of this process, whose memory the recording then copies page by page as it writes
+  /// it. Not an option.
   std::string watcherProgram;
   /// The command line as run, program name first, for the recording's manifest; not parsed.
   std::vector<std::string> commandLine;
