@@ -21,11 +21,12 @@ namespace {
 constexpr HxU32 kLinksFetchedAhead = 64;
 
 // With many links, a link's types are reached through two pointers, to its list of types and to
-// each type, that lead to far caches: before link `position` captures, the list of the link after
-// next and the types of the next link (whose list came meanwhile) are fetched ahead.
+// each type, that lead to far caches: before link `position` captures, the list of the link four
+// ahead and the types of the link two ahead (whose list came meanwhile) are fetched, far enough
+// ahead for the far caches to answer in time.
 void fetchAhead(const HxManipulatorDataCapture::LinkDataCaptureVector::ContainerType& links, HxU32 position) {
-  if (position + 2 < links.size()) links[position + 2].prefetchTypeList();
-  if (position + 1 < links.size()) links[position + 1].prefetchTypes();
+  if (position + 4 < links.size()) links[position + 4].prefetchTypeList();
+  if (position + 2 < links.size()) links[position + 2].prefetchTypes();
 }
 
 // The full size of a list of types.

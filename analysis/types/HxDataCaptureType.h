@@ -2,6 +2,7 @@
 /// \file
 /// HxDataCaptureType: abstract base of the captured quantities.
 
+#include <algorithm>
 #include <memory>
 #include <string>
 
@@ -75,7 +76,8 @@ class HxDataCaptureType : public HxXmlCompoundType {
   virtual HxU32 activeDataSize() const;
   /// Level code: 0 manipulator, 1 link/joint, 2 end effector.
   virtual HxU32 type() const = 0;
-  /// The whole capture buffer, all `dataSize()` columns, switched-off ones included.
+  /// The whole capture buffer, all `dataSize()` columns, switched-off ones included, brought up
+  /// to date from `values()` by this call (so, like a capture, from one thread at a time).
   virtual const DataVector& data() const;
 
   /// The captured values as a plain array of `valueCount()` doubles, all columns, switched-off
@@ -90,11 +92,13 @@ class HxDataCaptureType : public HxXmlCompoundType {
   void setCapturedValues(const double* values) const;
 
   /// For a loop over many types, whose objects would come from far caches: asks the processor to
-  /// fetch what `captureData` reads of this object first (its class and its buffer's place). A
+  /// fetch what `captureData` reads and writes of this object first (its class, and the start of
+  /// its values, which lie within the object's first 72 bytes), without reading the object. A
   /// hint only; it changes nothing.
   void prefetch() const {
-    __builtin_prefetch(this);
-    __builtin_prefetch(values_);
+    const char* const object = reinterpret_cast<const char*>(this);
+    __builtin_prefetch(object);
+    __builtin_prefetch(object + 64, 1);
   }
 
   /// Equal when the flags, the labels and the buffers are equal (checked in that order).
@@ -105,14 +109,14 @@ class HxDataCaptureType : public HxXmlCompoundType {
  protected:
   /// Sizes the labels and the buffer for `count` columns and sets the labels, in column order.
   void initializeColumns(HxU32 count, const char* const* labels);
-  /// Sets every value to zero. Allocates nothing.
+  /// Sets every value to zero. Allocates nothing, and touches only the values: a type of one
+  /// value (most link quantities) writes one double, not a call to clear memory.
   void resetData() const {
-    if (values_ == local_) {
-      // A few fixed stores, cheaper than a call to clear a variable count of one to seven values.
-      for (double& value : local_) value = 0.0;
-    } else {
-      for (HxU32 i = 0; i < valueCount_; ++i) values_[i] = 0.0;
+    if (valueCount_ == 1) {
+      values_[0] = 0.0;
+      return;
     }
+    std::fill_n(values_, valueCount_, 0.0);
   }
   /// Column `index` of the buffer, for the concrete `captureData`.
   double& column(HxU32 index) const { return values_[index]; }
