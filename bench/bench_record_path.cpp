@@ -458,8 +458,8 @@ void BM_Path(benchmark::State& state, Writers which) {
 }
 
 // The writers alone: each row's values are put straight into a sample record, which the writers
-// then write as the recorder drives them (a file each, with the recorder's 64 KiB stream
-// buffers), against the same floor as the path. The record's text is made lazily, when the first
+// then write as the recorder drives them (a file each, with stream buffers of the recorder's
+// size), against the same floor as the path. The record's text is made lazily, when the first
 // text writer asks for it, so the text writers' figure includes making the text once.
 void BM_Writers(benchmark::State& state, Writers which) {
   const Table& table = *theTable;
@@ -471,7 +471,7 @@ void BM_Writers(benchmark::State& state, Writers which) {
   HxSystemDataStorage& record = dynamic_cast<HxSystemDataStorage&>(components[1]);
   theScene->capture().allocateStorage(record);
 
-  constexpr std::size_t kStreamBuffer = 1 << 16;
+  constexpr std::size_t kStreamBuffer = HxSystemStoredData::kFileBufferBytes;
   std::vector<std::unique_ptr<char[]>> buffers;
   std::vector<std::unique_ptr<std::ofstream>> streams;
   auto begin = [&]() {

@@ -12,13 +12,11 @@ namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
-/// An output file stream with a buffer large enough for many sample rows, so that a file is
-/// written in a few large system calls instead of one or two per sample. At 1 MiB the kernel's
-/// cost per write call (block reservation, dirty-page accounting) is spread over enough bytes
-/// to vanish beside the copying; with 64 KiB it was a third of the system time of five writers.
+/// An output file stream with a buffer large enough for many sample rows (kFileBufferBytes), so
+/// that a file is written in a few large system calls instead of one or two per sample.
 class HxRecordingFileStream : public std::ofstream {
  public:
-  static constexpr std::size_t kBufferSize = 1 << 20;
+  static constexpr std::size_t kBufferSize = HxSystemStoredData::kFileBufferBytes;
 
   HxRecordingFileStream() : buffer_(new char[kBufferSize]) { rdbuf()->pubsetbuf(buffer_.get(), kBufferSize); }
   /// Closes (flushing into the buffer's file) while the buffer still exists.

@@ -2,6 +2,7 @@
 /// \file
 /// HxSystemStoredData: the recorder.
 
+#include <cstddef>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -47,6 +48,11 @@ struct HxOutputFileState {
 /// system data vector whose elements are not a capture and a record raises std::bad_cast.
 class HxSystemStoredData {
  public:
+  /// Size of each output file's stream buffer. At 1 MiB the kernel's cost per write call (block
+  /// reservation, dirty-page accounting) is spread over enough bytes to vanish beside the
+  /// copying; with 64 KiB it was a third of the system time of five writers.
+  static constexpr std::size_t kFileBufferBytes = std::size_t{1} << 20;
+
   /// No configuration, no writers, no streams, idle.
   HxSystemStoredData();
   /// Copies the system data vector, the writers and the saving flag as it stands, but no
@@ -73,7 +79,7 @@ class HxSystemStoredData {
   /// save still open are closed unfinished (no trailer: an MRD header stays blank, an XML
   /// document unclosed). Each writer then writes its header and the label block, and opens
   /// its data block; these reach the file at once (the stream is flushed), while samples are
-  /// gathered in each stream's 64 KiB buffer. With no writers, no file is made. Enters the
+  /// gathered in each stream's 1 MiB buffer. With no writers, no file is made. Enters the
   /// saving state.
   void beginSaveToFile(const std::string& fileName);
 

@@ -19,7 +19,7 @@ constexpr std::size_t kValueTextCapacity = HxDoubleTextCapacity;
 
 /// Largest piece handed to a stream in one call. libstdc++'s file buffer sends every write of
 /// 1 KiB or more straight to the file, one system call each, past its buffer; smaller pieces
-/// fill the buffer, so a recorder's 64 KiB buffers reach the file in a few large writes
+/// fill the buffer, so a recorder's 1 MiB buffers reach the file in a few large writes
 /// instead of one per sample and writer.
 constexpr std::size_t kStreamPiece = 1000;
 

@@ -92,7 +92,7 @@ TEST(HxRecordFaultTest, SignalsFinishTheFiles) {
   }
 }
 
-// After SIGKILL the files hold what was flushed: with rows this small, 64 KiB buffers would
+// After SIGKILL the files hold what was flushed: with rows this small, 1 MiB buffers would
 // still hold every sample after 2.5 s; the flush once a second put them in the files. hxrepair
 // makes every file readable.
 TEST(HxRecordFaultTest, RepairAfterKill) {
