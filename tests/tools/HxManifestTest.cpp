@@ -132,6 +132,14 @@ TEST(HxManifestTest, FinalStatusOfEveryEnding) {
                       directory.path());
     // Past the first flush, so that the files hold samples.
     ASSERT_TRUE(eventually([&] { return manifestOf(killed).value("samples", 0) > 0; }));
+    // The watcher is a program of its own, not a fork sharing the recording's memory.
+    const std::string self = "/proc/" + std::to_string(recording.pid());
+    std::istringstream children(readFile(self + "/task/" + std::to_string(recording.pid()) + "/children"));
+    pid_t watcher = 0;
+    ASSERT_TRUE(children >> watcher) << "hxrecord has no watcher";
+    std::error_code error;
+    EXPECT_NE(std::filesystem::read_symlink("/proc/" + std::to_string(watcher) + "/exe", error),
+              std::filesystem::read_symlink(self + "/exe", error));
     EXPECT_EQ(recording.stop(SIGKILL).exitCode, 128 + SIGKILL);
   }
   ASSERT_TRUE(eventually([&] { return manifestOf(killed).value("status", "") != "recording"; }));

@@ -65,6 +65,8 @@ class Process {
     if (pid_ > 0) stop(SIGKILL);
   }
 
+  /// The process id (hxrecord's own: the shell that starts it execs it).
+  pid_t pid() const { return pid_; }
   /// Sends `signal` (none when 0) and waits for the end.
   RunResult stop(int signal = 0) {
     if (signal != 0) ::kill(pid_, signal);
