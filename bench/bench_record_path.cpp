@@ -29,9 +29,10 @@
 //
 // Counters:
 //   time_per_value     CPU time per value, in seconds ("66.8n" is 66.8 ns); items are values
-//   vs_floor           Path only: its time per value over its floor's, the floor run right after
-//                      it in the same benchmark over as many rows (text writers and AllFive:
-//                      ToChars; Mrd: Float32; Hdf5: Doubles; NoWriter: Copy)
+//   vs_floor           Path and Writers: its time per value over its floor's, the floor run in
+//                      the same benchmark over as many rows, 500 rows at a time between every
+//                      500 recorded, so that both meet the machine in the same state (text
+//                      writers and AllFive: ToChars; Mrd: Float32; Hdf5: Doubles; NoWriter: Copy)
 //   allocs_per_sample  heap allocations per sample once recording runs (the goal is none)
 //   system_share       Path and Floor: the part of the CPU time spent in the kernel (mostly
 //                      copying into the page cache), which no change of the path removes
@@ -350,26 +351,91 @@ class Floor {
   double record_[kColumns] = {};
 };
 
-// Puts `samples` rows into `floor` as BM_Path's timing sees them (rows 1 to the last, round the
-// table, the file started afresh outside the time at the end of each pass) and returns the CPU
-// seconds it took.
-double timeFloor(Floor& floor, std::uint64_t samples) {
-  const Table& table = *theTable;
-  std::size_t next = 1;
-  HxBenchStopwatch watch;
-  watch.start();
-  for (std::uint64_t i = 0; i < samples; ++i) {
-    if (next == table.rows()) {
-      watch.stop();
-      floor.restart();
-      next = 1;
-      watch.start();
+// A floor run beside a benchmark, a chunk at a time: rows 1 to the last, round the table, the
+// file started afresh outside the time at the end of each pass, as the benchmark's own passes.
+class FloorBeside {
+ public:
+  explicit FloorBeside(Floor& floor) : floor_(floor) {}
+
+  /// Puts the next `rows` rows, timed.
+  void run(std::uint64_t rows) {
+    const Table& table = *theTable;
+    watch_.start();
+    for (std::uint64_t i = 0; i < rows; ++i) {
+      if (next_ == table.rows()) {
+        watch_.stop();
+        floor_.restart();
+        next_ = 1;
+        watch_.start();
+      }
+      floor_.put(table.row(next_++));
     }
-    floor.put(table.row(next++));
+    watch_.stop();
   }
-  floor.flush();
-  watch.stop();
-  return watch.seconds();
+  /// Writes what is buffered, timed, and returns the CPU seconds of all the runs.
+  double finish() {
+    watch_.start();
+    floor_.flush();
+    watch_.stop();
+    return watch_.seconds();
+  }
+
+ private:
+  Floor& floor_;
+  std::size_t next_ = 1;
+  HxBenchStopwatch watch_;
+};
+
+// Rows between two runs of the floor: a few milliseconds of either, so that both meet the
+// machine (its caches, the kernel's write-back of earlier files) in the same state.
+constexpr std::uint64_t kRowsPerChunk = 500;
+
+// What the benchmark loop of a path or of the writers measured.
+struct Timing {
+  HxBenchStopwatch watch;
+  double floorSeconds = 0.0;
+  std::uint64_t allocations = 0;
+};
+
+// The benchmark loop shared by Path and Writers: `record(row)` per iteration over rows 1 to the
+// last of the table, round and round; at the end of a pass `restart()` starts the files afresh
+// and records row 0, outside the time. Every kRowsPerChunk rows, and at the end, `floor` takes
+// as many rows, outside the benchmark's time. Allocations are counted while recording only.
+template <class Record, class Restart>
+Timing runBesideFloor(benchmark::State& state, Floor& floor, Record record, Restart restart) {
+  const Table& table = *theTable;
+  FloorBeside beside(floor);
+  Timing timing;
+  std::size_t next = 1;
+  std::uint64_t sinceFloor = 0;
+  HxAllocationCounter counter;
+  // Leaves the recording's time for a while (the floor, a pass's restart) and comes back.
+  auto aside = [&](auto work) {
+    timing.watch.stop();
+    timing.allocations += counter.allocations();
+    state.PauseTiming();
+    work();
+    state.ResumeTiming();
+    counter.restart();
+    timing.watch.start();
+  };
+  timing.watch.start();
+  for (auto _ : state) {
+    if (next == table.rows()) {
+      aside(restart);
+      next = 1;
+    }
+    record(table.row(next++));
+    if (++sinceFloor == kRowsPerChunk) {
+      aside([&] { beside.run(kRowsPerChunk); });
+      sinceFloor = 0;
+    }
+  }
+  timing.watch.stop();
+  timing.allocations += counter.allocations();
+  beside.run(sinceFloor);
+  timing.floorSeconds = beside.finish();
+  return timing;
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -404,6 +470,16 @@ void reportPerValue(benchmark::State& state, std::uint64_t samples) {
       benchmark::Counter(values, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
+// Reports a loop's figures beside its floor's.
+void reportBesideFloor(benchmark::State& state, const Timing& timing) {
+  const std::uint64_t samples = static_cast<std::uint64_t>(state.iterations());
+  const double seconds = timing.watch.seconds();
+  reportPerValue(state, samples);
+  state.counters["vs_floor"] = timing.floorSeconds > 0.0 ? seconds / timing.floorSeconds : 0.0;
+  state.counters["system_share"] = seconds > 0.0 ? timing.watch.systemSeconds() / seconds : 0.0;
+  state.counters["allocs_per_sample"] = static_cast<double>(timing.allocations) / static_cast<double>(samples);
+}
+
 void BM_Path(benchmark::State& state, Writers which) {
   const Table& table = *theTable;
   Scene& scene = *theScene;
@@ -412,49 +488,26 @@ void BM_Path(benchmark::State& state, Writers which) {
   HxSystemStoredData recorder;
   recorder.setOutputWriterVector(writersOf(which));
   recorder.allocateStorage(scene.capture());
+  Floor floor(floorOf(which), directory.file("floor"));
 
   // A pass through the table: fresh files, the first row recorded to warm every buffer.
-  std::size_t next = 0;
   auto beginPass = [&]() {
     recorder.beginSaveToFile(base);
     scene.record(table.row(0), recorder);
-    next = 1;
   };
   beginPass();
-
-  HxBenchStopwatch watch;
-  std::uint64_t allocations = 0;
-  HxAllocationCounter counter;
-  watch.start();
-  for (auto _ : state) {
-    if (next == table.rows()) {
-      watch.stop();
-      allocations += counter.allocations();
-      state.PauseTiming();
-      recorder.finishSaveToFile();
-      beginPass();
-      state.ResumeTiming();
-      counter.restart();
-      watch.start();
-    }
-    scene.record(table.row(next++), recorder);
-  }
-  watch.stop();
-  allocations += counter.allocations();
+  const Timing timing = runBesideFloor(
+      state, floor, [&](const double* row) { scene.record(row, recorder); },
+      [&]() {
+        recorder.finishSaveToFile();
+        beginPass();
+      });
   recorder.finishSaveToFile();
-  if (recorder.failedOutputFile() >= 0) {
-    state.SkipWithError("a recording file failed");
+  if (recorder.failedOutputFile() >= 0 || floor.failed()) {
+    state.SkipWithError("a recording file or the floor's file failed");
     return;
   }
-
-  // The floor over as many rows, in the same conditions.
-  const std::uint64_t samples = static_cast<std::uint64_t>(state.iterations());
-  Floor floor(floorOf(which), directory.file("floor"));
-  const double floorSeconds = timeFloor(floor, samples);
-  reportPerValue(state, samples);
-  state.counters["vs_floor"] = floorSeconds > 0.0 ? watch.seconds() / floorSeconds : 0.0;
-  state.counters["system_share"] = watch.seconds() > 0.0 ? watch.systemSeconds() / watch.seconds() : 0.0;
-  state.counters["allocs_per_sample"] = static_cast<double>(allocations) / static_cast<double>(samples);
+  reportBesideFloor(state, timing);
 }
 
 // The writers alone: each row's values are put straight into a sample record, which the writers
@@ -502,43 +555,26 @@ void BM_Writers(benchmark::State& state, Writers which) {
       streams[i]->close();
     }
   };
+  Floor floor(floorOf(which), directory.file("floor"));
   begin();
   put(table.row(0));
-  std::size_t next = 1;
-
-  HxBenchStopwatch watch;
-  std::uint64_t allocations = 0;
-  HxAllocationCounter counter;
-  watch.start();
-  for (auto _ : state) {
-    if (next == table.rows()) {
-      watch.stop();
-      allocations += counter.allocations();
-      state.PauseTiming();
-      finish();
-      begin();
-      put(table.row(0));
-      next = 1;
-      state.ResumeTiming();
-      counter.restart();
-      watch.start();
-    }
-    put(table.row(next++));
-  }
-  watch.stop();
-  allocations += counter.allocations();
+  const Timing timing = runBesideFloor(state, floor, put, [&]() {
+    finish();
+    begin();
+    put(table.row(0));
+  });
   finish();
   for (const auto& stream : streams) {
-    if (!stream->good() && !stream->eof()) state.SkipWithError("a writer's file failed");
+    if (!stream->good() && !stream->eof()) {
+      state.SkipWithError("a writer's file failed");
+      return;
+    }
   }
-
-  const std::uint64_t samples = static_cast<std::uint64_t>(state.iterations());
-  Floor floor(floorOf(which), directory.file("floor"));
-  const double floorSeconds = timeFloor(floor, samples);
-  reportPerValue(state, samples);
-  state.counters["vs_floor"] = floorSeconds > 0.0 ? watch.seconds() / floorSeconds : 0.0;
-  state.counters["system_share"] = watch.seconds() > 0.0 ? watch.systemSeconds() / watch.seconds() : 0.0;
-  state.counters["allocs_per_sample"] = static_cast<double>(allocations) / static_cast<double>(samples);
+  if (floor.failed()) {
+    state.SkipWithError("the floor's file failed");
+    return;
+  }
+  reportBesideFloor(state, timing);
 }
 
 void BM_Floor(benchmark::State& state, Floor::Kind kind) {
