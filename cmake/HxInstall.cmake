@@ -16,24 +16,22 @@ install(TARGETS hx_framework hx_simulation hx_analysis EXPORT hxSimulationAnalys
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 install(EXPORT hxSimulationAnalysisTargets NAMESPACE hx::
   DESTINATION ${HX_CMAKE_PACKAGE_DIR} COMPONENT dev)
-set(HX_MUJOCO_LIBRARY_FILE "")
-if(TARGET hx_simulation_mujoco)
-  install(TARGETS hx_simulation_mujoco EXPORT hxSimulationAnalysisMujocoTargets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT mujoco NAMELINK_COMPONENT dev)
-  install(EXPORT hxSimulationAnalysisMujocoTargets NAMESPACE hx::
-    DESTINATION ${HX_CMAKE_PACKAGE_DIR} COMPONENT dev)
-  set(HX_MUJOCO_LIBRARY_FILE
-    ${CMAKE_SHARED_LIBRARY_PREFIX}hxSimulationMujoco${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
-endif()
-set(HX_HDF5_LIBRARY_FILE "")
-if(TARGET hx_analysis_hdf5)
-  install(TARGETS hx_analysis_hdf5 EXPORT hxSimulationAnalysisHdf5Targets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT hdf5 NAMELINK_COMPONENT dev)
-  install(EXPORT hxSimulationAnalysisHdf5Targets NAMESPACE hx::
-    DESTINATION ${HX_CMAKE_PACKAGE_DIR} COMPONENT dev)
-  set(HX_HDF5_LIBRARY_FILE
-    ${CMAKE_SHARED_LIBRARY_PREFIX}hxSimulationHdf5${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
-endif()
+# An optional library: its own component, its exported targets in a file of their own. Sets
+# `file_variable` to the installed library's file name, empty when the target is not built.
+function(hx_install_optional_library target export component output_name file_variable)
+  set(file "")
+  if(TARGET ${target})
+    install(TARGETS ${target} EXPORT ${export}
+      LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT ${component} NAMELINK_COMPONENT dev)
+    install(EXPORT ${export} NAMESPACE hx:: DESTINATION ${HX_CMAKE_PACKAGE_DIR} COMPONENT dev)
+    set(file ${CMAKE_SHARED_LIBRARY_PREFIX}${output_name}${CMAKE_SHARED_LIBRARY_SUFFIX}.${PROJECT_VERSION})
+  endif()
+  set(${file_variable} "${file}" PARENT_SCOPE)
+endfunction()
+hx_install_optional_library(hx_simulation_mujoco hxSimulationAnalysisMujocoTargets mujoco hxSimulationMujoco
+  HX_MUJOCO_LIBRARY_FILE)
+hx_install_optional_library(hx_analysis_hdf5 hxSimulationAnalysisHdf5Targets hdf5 hxSimulationHdf5
+  HX_HDF5_LIBRARY_FILE)
 
 # Public headers, under one include root, laid out as the project includes them.
 hx_public_headers(HX_PUBLIC_HEADERS)
