@@ -19,6 +19,8 @@
 #include "tools/lib/HxRecordManifest.h"
 #include "tools/lib/HxRepair.h"
 
+const char* const kHxMarkInterruptedOption = "--mark-interrupted";
+
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
@@ -56,10 +58,9 @@ void silenceStandardStreams(int keep) {
 // The watcher when a program is named: the system's shell, which starts in a millisecond and
 // holds next to no memory, waits for the word on the pipe (its standard input); only when the
 // word does not come does it start the program, whose libraries take far longer to load, to
-// mark the manifest. It ignores the stop signals. $1 is the program, $2 the manifest, $3 the
-// files' base.
-constexpr char kWatcherScript[] =
-    "trap '' INT TERM HUP PIPE; read -r word; [ \"$word\" = F ] || exec \"$1\" --mark-interrupted \"$2\" \"$3\"";
+// mark the manifest: "$@" is the program's command line (kHxMarkInterruptedOption, the manifest
+// and the files' base). It ignores the stop signals.
+constexpr char kWatcherScript[] = "trap '' INT TERM HUP PIPE; read -r word; [ \"$word\" = F ] || exec \"$@\"";
 static_assert(kFinished == 'F', "the script waits for the word hxrecord sends");
 
 // Starts the shell watcher reading `pipe` as its standard input, its other streams on /dev/null
@@ -75,10 +76,10 @@ pid_t spawnWatcher(const std::string& program, int pipe, const std::string& mani
   sigset_t blocked;
   sigemptyset(&blocked);
   for (const int signal : kStopSignals) sigaddset(&blocked, signal);
-  std::string shell = "/bin/sh", option = "-c", script = kWatcherScript, name = "hxrecord-watch", programCopy = program,
-              manifest = manifestPath, files = base;
-  char* const arguments[] = {shell.data(),       option.data(),   script.data(), name.data(),
-                             programCopy.data(), manifest.data(), files.data(),  nullptr};
+  std::string shell = "/bin/sh", command = "-c", script = kWatcherScript, name = "hxrecord-watch",
+              programCopy = program, mark = kHxMarkInterruptedOption, manifest = manifestPath, files = base;
+  char* const arguments[] = {shell.data(), command.data(),  script.data(), name.data(), programCopy.data(),
+                             mark.data(),  manifest.data(), files.data(),  nullptr};
   pid_t pid = -1;
   if (posix_spawn_file_actions_adddup2(&actions, pipe, 0) == 0 &&
       posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0) == 0 &&
@@ -94,8 +95,6 @@ pid_t spawnWatcher(const std::string& program, int pipe, const std::string& mani
   return pid;
 }
 }  // namespace
-
-const char* const kHxMarkInterruptedOption = "--mark-interrupted";
 
 HxManifestWatch::~HxManifestWatch() { release(false); }
 
