@@ -1,8 +1,9 @@
 """hxplot: draws a display description from a recording into an image file."""
-import argparse
 import sys
 import warnings
 from pathlib import Path
+
+from ._cli import HelpFormatter, Parser
 
 PROGRAM = "hxplot"
 FORMATS = (".png", ".svg", ".pdf")
@@ -22,20 +23,10 @@ examples:
 exit status: 0 the plot was written, 1 a file could not be read or written, 2 bad usage."""
 
 
-class _Formatter(argparse.RawDescriptionHelpFormatter):
-    def add_usage(self, usage, actions, groups, prefix=None):
-        super().add_usage(usage, actions, groups, "Usage: " if prefix is None else prefix)
-
-
-class _Parser(argparse.ArgumentParser):
-    def error(self, message):
-        self.exit(2, f"{PROGRAM}: error: {message}\n{PROGRAM}: see '{PROGRAM} --help'\n")
-
-
 def _parser():
     from . import __version__
-    parser = _Parser(prog=PROGRAM, description=DESCRIPTION, epilog=EPILOG,
-                     formatter_class=_Formatter)
+    parser = Parser(prog=PROGRAM, description=DESCRIPTION, epilog=EPILOG,
+                    formatter_class=HelpFormatter)
     parser.add_argument("display", metavar="DISPLAY.xml", help="display description (displaySystemDataCapture)")
     parser.add_argument("recording", metavar="RECORDING", help="recorded file or manifest")
     parser.add_argument("-o", "--output", metavar="FILE",

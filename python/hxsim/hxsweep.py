@@ -7,6 +7,8 @@ import textwrap
 import warnings
 from pathlib import Path
 
+from ._cli import HelpFormatter, Parser
+
 PROGRAM = "hxsweep"
 
 DESCRIPTION = """\
@@ -66,24 +68,15 @@ invalid sweep file; 3 a file or folder cannot be read or written (DIR is no swee
 (Ctrl-C, SIGTERM): the runs under way are recorded as interrupted, 'hxsweep run' again resumes."""
 
 
-class _Formatter(argparse.RawDescriptionHelpFormatter):
-    def add_usage(self, usage, actions, groups, prefix=None):
-        super().add_usage(usage, actions, groups, "Usage: " if prefix is None else prefix)
-
-
-class _Parser(argparse.ArgumentParser):
-    def error(self, message):
-        self.exit(2, f"{PROGRAM}: error: {message}\n{PROGRAM}: see '{self.prog} --help'\n")
-
-
 def _parser():
     from . import __version__
-    parser = _Parser(prog=PROGRAM, usage="%(prog)s [-h] [--version] COMMAND ...", description=DESCRIPTION,
-                     epilog=EPILOG, formatter_class=_Formatter)
+    parser = Parser(prog=PROGRAM, usage="%(prog)s [-h] [--version] COMMAND ...", description=DESCRIPTION,
+                    epilog=EPILOG, formatter_class=HelpFormatter)
     parser.add_argument("--version", action="version", version=f"{PROGRAM} {__version__}")
-    commands = parser.add_subparsers(dest="command", metavar="COMMAND", parser_class=_Parser, help=argparse.SUPPRESS)
+    commands = parser.add_subparsers(dest="command", metavar="COMMAND", parser_class=Parser, help=argparse.SUPPRESS,
+                                     prog=PROGRAM)
     commands.required = True
-    common = dict(formatter_class=_Formatter)
+    common = dict(formatter_class=HelpFormatter)
     wrap = lambda text: textwrap.fill(text, 96)  # noqa: E731
 
     plan = commands.add_parser("plan", help="print the runs of a sweep file", description=wrap(

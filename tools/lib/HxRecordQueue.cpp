@@ -51,19 +51,14 @@ HxQueuedSample* HxSampleQueue::acquire() {
 }
 
 void HxSampleQueue::publish() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  ++published_;
-  const bool wake = consumerWaits_ && published_ >= batch_;
-  lock.unlock();
-  if (wake) changed_.notify_all();
+  changeAndWake([this] {
+    ++published_;
+    return consumerWaits_ && published_ >= batch_;
+  });
 }
 
 void HxSampleQueue::close() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    closed_ = true;
-  }
-  changed_.notify_all();
+  changeAndWake([this] { return closed_ = true; });
 }
 
 HxQueuedSample* HxSampleQueue::next() {
@@ -78,18 +73,13 @@ HxQueuedSample* HxSampleQueue::next() {
 }
 
 void HxSampleQueue::release() {
-  std::unique_lock<std::mutex> lock(mutex_);
-  first_ = (first_ + 1) % slots_.size();
-  --published_;
-  const bool wake = producerWaits_ && published_ + batch_ <= slots_.size();
-  lock.unlock();
-  if (wake) changed_.notify_all();
+  changeAndWake([this] {
+    first_ = (first_ + 1) % slots_.size();
+    --published_;
+    return producerWaits_ && published_ + batch_ <= slots_.size();
+  });
 }
 
 void HxSampleQueue::stop() {
-  {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    stopped_ = true;
-  }
-  changed_.notify_all();
+  changeAndWake([this] { return stopped_ = true; });
 }

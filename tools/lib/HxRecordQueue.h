@@ -99,6 +99,16 @@ class HxSampleQueue {
   bool stopped() const { return stopped_.load(std::memory_order_relaxed); }
 
  private:
+  // Runs `change` under the lock; when it returns true, wakes the waiting side once the lock is
+  // let go.
+  template <class Change>
+  void changeAndWake(Change change) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    const bool wake = change();
+    lock.unlock();
+    if (wake) changed_.notify_all();
+  }
+
   std::vector<HxQueuedSample> slots_;
   std::size_t batch_;
   std::mutex mutex_;
