@@ -73,6 +73,7 @@
 #include "analysis/writers/HxMatlabOutputWriter.h"
 #include "analysis/writers/HxMrdOutputWriter.h"
 #include "analysis/writers/HxOutputWriterVector.h"
+#include "analysis/writers/HxRecordingFileStream.h"
 #include "analysis/writers/HxTextOutputWriter.h"
 #include "analysis/writers/HxXmlOutputWriter.h"
 #include "analysis/xml/HxSimAnalysisTokens.h"
@@ -511,8 +512,8 @@ void BM_Path(benchmark::State& state, Writers which) {
 }
 
 // The writers alone: each row's values are put straight into a sample record, which the writers
-// then write as the recorder drives them (a file each, with stream buffers of the recorder's
-// size), against the same floor as the path. The record's text is made lazily, when the first
+// then write as the recorder drives them (a file each, through the recorder's kind of file
+// stream), against the same floor as the path. The record's text is made lazily, when the first
 // text writer asks for it, so the text writers' figure includes making the text once.
 void BM_Writers(benchmark::State& state, Writers which) {
   const Table& table = *theTable;
@@ -524,16 +525,11 @@ void BM_Writers(benchmark::State& state, Writers which) {
   HxSystemDataStorage& record = dynamic_cast<HxSystemDataStorage&>(components[1]);
   theScene->capture().allocateStorage(record);
 
-  constexpr std::size_t kStreamBuffer = HxSystemStoredData::kFileBufferBytes;
-  std::vector<std::unique_ptr<char[]>> buffers;
-  std::vector<std::unique_ptr<std::ofstream>> streams;
+  std::vector<std::unique_ptr<HxRecordingFileStream>> streams;
   auto begin = [&]() {
     streams.clear();
-    buffers.clear();
     for (HxU32 i = 0; i < writers.size(); ++i) {
-      buffers.emplace_back(new char[kStreamBuffer]);
-      streams.emplace_back(new std::ofstream);
-      streams.back()->rdbuf()->pubsetbuf(buffers.back().get(), kStreamBuffer);
+      streams.emplace_back(new HxRecordingFileStream);
       writers[i].openFile(directory.file("run") + writers[i].fileExtension(), *streams.back());
       writers[i].initialize(components, *streams.back());
       writers[i].writeComponentOpening(components[0], *streams.back());

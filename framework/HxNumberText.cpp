@@ -29,18 +29,6 @@ void HxINT2STRING(unsigned int value, unsigned int radix, std::string& out) {
   out.assign(buffer, result.ptr);
 }
 
-char* HxDOUBLE2STRING(double value, char* buffer) {
-  // NaN gets one spelling whatever its sign and payload.
-  if (std::isnan(value)) {
-    buffer[0] = 'n';
-    buffer[1] = 'a';
-    buffer[2] = 'n';
-    return buffer + 3;
-  }
-  // Shortest round-trip form; "inf" and "-inf" come out of to_chars as they are.
-  return std::to_chars(buffer, buffer + HxDoubleTextCapacity, value).ptr;
-}
-
 void HxDOUBLE2STRING(double value, std::string& out) {
   char buffer[HxDoubleTextCapacity];
   out.assign(buffer, HxDOUBLE2STRING(value, buffer));

@@ -2,6 +2,8 @@
 /// \file
 /// Number-to-text conversions of the toolkit, independent of the locale.
 
+#include <charconv>
+#include <cmath>
 #include <string>
 #include <string_view>
 
@@ -20,8 +22,18 @@ std::string HxDOUBLE2STRING(double value);
 /// As above, assigned into `out` (no allocation once `out` has capacity for the text).
 void HxDOUBLE2STRING(double value, std::string& out);
 /// As above, into a caller's buffer of at least HxDoubleTextCapacity chars; returns the end of
-/// the text (not terminated).
-char* HxDOUBLE2STRING(double value, char* buffer);
+/// the text (not terminated). Inline: a recorder formats every value of every sample with it.
+inline char* HxDOUBLE2STRING(double value, char* buffer) {
+  // NaN gets one spelling whatever its sign and payload.
+  if (std::isnan(value)) {
+    buffer[0] = 'n';
+    buffer[1] = 'a';
+    buffer[2] = 'n';
+    return buffer + 3;
+  }
+  // Shortest round-trip form; "inf" and "-inf" come out of to_chars as they are.
+  return std::to_chars(buffer, buffer + HxDoubleTextCapacity, value).ptr;
+}
 
 /// Parses a whole text (surrounding blanks allowed) as a double: decimal or exponent form,
 /// "inf", "-inf", "nan". Returns false, leaving `value` alone, for anything else.

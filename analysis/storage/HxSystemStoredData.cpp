@@ -7,24 +7,12 @@
 
 #include "analysis/capture/HxSystemDataCapture.h"
 #include "analysis/storage/HxSystemDataStorage.h"
+#include "analysis/writers/HxRecordingFileStream.h"
 
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
-/// An output file stream with a buffer large enough for many sample rows (kFileBufferBytes), so
-/// that a file is written in a few large system calls instead of one or two per sample.
-class HxRecordingFileStream : public std::ofstream {
- public:
-  static constexpr std::size_t kBufferSize = HxSystemStoredData::kFileBufferBytes;
-
-  HxRecordingFileStream() : buffer_(new char[kBufferSize]) { rdbuf()->pubsetbuf(buffer_.get(), kBufferSize); }
-  /// Closes (flushing into the buffer's file) while the buffer still exists.
-  ~HxRecordingFileStream() override { close(); }
-
- private:
-  std::unique_ptr<char[]> buffer_;
-};
 }  // namespace
 
 HxSystemStoredData::HxSystemStoredData() = default;
@@ -43,7 +31,7 @@ HxSystemStoredData& HxSystemStoredData::operator=(const HxSystemStoredData& othe
 }
 
 HxSystemStoredData::~HxSystemStoredData() {
-  for (std::ofstream* stream : outputStreams_) delete stream;
+  for (HxRecordingFileStream* stream : outputStreams_) delete stream;
   outputStreams_.clear();
 }
 
@@ -73,7 +61,7 @@ void HxSystemStoredData::allocateStorage(const HxSystemDataCapture& capture) {
 
 void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
   // A save in progress is abandoned, not finished: its files are closed without trailers.
-  for (std::ofstream* stream : outputStreams_) delete stream;
+  for (HxRecordingFileStream* stream : outputStreams_) delete stream;
   outputStreams_.clear();
   fileStates_.clear();
   firstFailedFile_ = -1;
@@ -88,7 +76,7 @@ void HxSystemStoredData::beginSaveToFile(const std::string& fileName) {
   fileStates_.resize(writers);
   for (HxU32 i = 0; i < writers; ++i) {
     HxBaseOutputWriter& writer = outputWriterVector_[i];
-    std::ofstream* stream = new HxRecordingFileStream();
+    HxRecordingFileStream* stream = new HxRecordingFileStream();
     outputStreams_.push_back(stream);
     errno = 0;
     writer.openFile(fileName + writer.fileExtension(), *stream);
@@ -173,7 +161,7 @@ void HxSystemStoredData::finishSaveToFile() {
   const std::size_t count = std::min<std::size_t>(outputWriterVector_.size(), outputStreams_.size());
   for (std::size_t i = 0; i < count; ++i) {
     HxBaseOutputWriter& writer = outputWriterVector_[static_cast<HxU32>(i)];
-    std::ofstream& stream = *outputStreams_[i];
+    HxRecordingFileStream& stream = *outputStreams_[i];
     errno = 0;
     writer.writeComponentClosing(systemDataVector_[1], stream);
     writer.finalize(systemDataVector_, stream);

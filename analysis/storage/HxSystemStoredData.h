@@ -9,6 +9,7 @@
 
 #include "analysis/capture/HxSystemDataVector.h"
 #include "analysis/writers/HxOutputWriterVector.h"
+#include "analysis/writers/HxRecordingFileStream.h"
 
 class HxSystemDataCapture;
 class HxSystemDataStorage;
@@ -48,10 +49,8 @@ struct HxOutputFileState {
 /// system data vector whose elements are not a capture and a record raises std::bad_cast.
 class HxSystemStoredData {
  public:
-  /// Size of each output file's stream buffer. At 1 MiB the kernel's cost per write call (block
-  /// reservation, dirty-page accounting) is spread over enough bytes to vanish beside the
-  /// copying; with 64 KiB it was a third of the system time of five writers.
-  static constexpr std::size_t kFileBufferBytes = std::size_t{1} << 20;
+  /// Size of each output file's stream buffer (see HxRecordingFileStream).
+  static constexpr std::size_t kFileBufferBytes = HxRecordingFileStream::kBufferBytes;
 
   /// No configuration, no writers, no streams, idle.
   HxSystemStoredData();
@@ -114,7 +113,7 @@ class HxSystemStoredData {
 
   HxSystemDataVector systemDataVector_;
   HxOutputWriterVector outputWriterVector_;
-  std::vector<std::ofstream*> outputStreams_;
+  std::vector<HxRecordingFileStream*> outputStreams_;
   bool saving_ = false;
   // What the file-state queries report: one entry per stream, and the first that failed.
   std::vector<HxOutputFileState> fileStates_;

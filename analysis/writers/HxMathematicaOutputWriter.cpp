@@ -111,8 +111,8 @@ void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataCompone
   const std::size_t n = fields.size();
   const unsigned int type = component.type();
 
-  char* const row = HxWriterRow::prepare(row_, fields, 4);
-  char* out = row;
+  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, 4), HxWriterRow::rowReserve(fields, 4));
+  char* out = row.begin();
   if (n != 0 && (type == HxSystemDataComponentKind::Capture || type == HxSystemDataComponentKind::Record)) {
     const bool labels = type == HxSystemDataComponentKind::Capture;
     // The first field opens the row; a sample row also begins with the comma that separates
@@ -131,5 +131,5 @@ void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataCompone
   }
   *out++ = '}';
   *out++ = '\n';
-  HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
+  row.finish(out);
 }

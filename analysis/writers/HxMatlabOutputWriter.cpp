@@ -37,20 +37,24 @@ void HxMatlabOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& c
   if (type != HxSystemDataComponentKind::Capture && type != HxSystemDataComponentKind::Record) return;
   const bool labels = type == HxSystemDataComponentKind::Capture;
 
-  char* const row = HxWriterRow::prepare(row_, fields, labels ? 3 : 1);
-  char* out = row;
   const HxElementText* block = fields.block();
   if (!labels && block != nullptr && n != 0) {
     // A data row is the text block with every separator made a tab and the last one the ";"
     // before the line end.
     const std::size_t size = block->blockSize();
-    out = HxWriterRow::put(out, std::string_view(block->chars, size));
-    for (std::size_t i = 1; i < n; ++i) row[block->offsets[i] - 1] = '\t';
-    row[size - 1] = ';';
+    HxWriterRow::Row row(stream, row_, size + 1);
+    char* const begin = row.begin();
+    char* out = HxWriterRow::put(begin, std::string_view(block->chars, size));
+    for (std::size_t i = 1; i < n; ++i) begin[block->offsets[i] - 1] = '\t';
+    begin[size - 1] = ';';
     *out++ = '\n';
-    HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
+    row.finish(out);
     return;
   }
+
+  const std::size_t extra = labels ? 3 : 1;
+  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, extra), HxWriterRow::rowReserve(fields, extra));
+  char* out = row.begin();
 
   // Every field but the last: quoted labels or bare values, each followed by a tab.
   if (n != 1) {
@@ -72,7 +76,7 @@ void HxMatlabOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& c
       out = HxWriterRow::put(out, ";\n");
     }
   }
-  HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
+  row.finish(out);
 }
 
 void HxMatlabOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, std::ostream& stream) const {

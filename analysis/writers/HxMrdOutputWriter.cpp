@@ -90,11 +90,10 @@ void HxMrdOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
   // A sample whose component gives its reals is narrowed without going through its text.
   const HxElementValues* values = type == HxSystemDataComponentKind::Record ? component.elementValues() : nullptr;
   if (values != nullptr) {
-    if (bytes_.size() < 4 * values->count) bytes_.resize(4 * values->count);
-    char* const begin = bytes_.data();
-    char* out = begin;
+    HxWriterRow::Row row(stream, bytes_, 4 * values->count);
+    char* out = row.begin();
     for (std::size_t i = 0; i < values->count; ++i) out = putBigEndian(out, narrowAsText(values->values[i]));
-    HxWriterRow::write(stream, begin, static_cast<std::size_t>(out - begin));
+    row.finish(out);
     ++sampleCount_;
     return;
   }

@@ -24,14 +24,18 @@ void HxTextOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& com
   // A text block already holds the elements joined by commas: the line is the block with its
   // last separator made the line end.
   if (const HxElementText* block = fields.block()) {
-    if (n != 0) HxWriterRow::write(stream, block->chars, block->blockSize() - 1);
-    stream.write("\n", 1);
+    const std::size_t size = block->blockSize();
+    HxWriterRow::Row row(stream, row_, size + 1);
+    char* out = row.begin();
+    if (n != 0) out = HxWriterRow::put(out, std::string_view(block->chars, size - 1));
+    *out++ = '\n';
+    row.finish(out);
     return;
   }
 
-  // Otherwise the whole line is built first and handed to the stream in one write.
-  char* const row = HxWriterRow::prepare(row_, fields, 1);
-  char* out = row;
+  // Otherwise the line is built from the fields.
+  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, 1), HxWriterRow::rowReserve(fields, 1));
+  char* out = row.begin();
   if (n != 1) {
     for (std::size_t i = 0; i + 1 < n; ++i) {
       out = HxWriterRow::put(out, fields[i]);
@@ -40,5 +44,5 @@ void HxTextOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& com
   }
   if (n > 0) out = HxWriterRow::put(out, fields[n - 1]);
   *out++ = '\n';
-  HxWriterRow::write(stream, row, static_cast<std::size_t>(out - row));
+  row.finish(out);
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
+#include "analysis/writers/HxRecordingFileStream.h"
 #include "framework/HxNumberText.h"
 
 /// Row buffers and stream output shared by the writers.
@@ -69,17 +70,54 @@ class Fields {
   std::vector<std::string>& scratch_;
 };
 
+/// One row of a writer's output, written where it costs least: straight into the free room of
+/// a recording file buffer (HxRecordingFileBuffer) when that is the stream's buffer, else into the writer's own row
+/// buffer, which `finish` hands to the stream (as `write` would).
+///
+///     HxWriterRow::Row row(stream, row_, capacity);
+///     char* out = row.begin();
+///     ... at most `capacity` bytes through out ...
+///     row.finish(out);
+class Row {
+ public:
+  /// Room for at most `capacity` bytes. `buffer` is the writer's row buffer, grown to
+  /// `reserve` (at least `capacity`) when it is too small and the file buffer is not at hand.
+  Row(std::ostream& stream, std::string& buffer, std::size_t capacity, std::size_t reserve = 0);
+  Row(const Row&) = delete;
+  Row& operator=(const Row&) = delete;
+
+  /// Where the row starts.
+  char* begin() const { return begin_; }
+  /// Keeps the row, which ends at `end`.
+  void finish(const char* end);
+
+ private:
+  std::ostream& stream_;
+  HxRecordingFileBuffer* file_ = nullptr;
+  char* begin_ = nullptr;
+};
+
+/// Size of a row of `fields` with `extraPerField` characters of decoration each and four more.
+inline std::size_t rowCapacity(const Fields& fields, std::size_t extraPerField) {
+  return fields.textSize() + fields.size() * extraPerField + 4;
+}
+
+/// Size a writer's row buffer grows to for such rows: the first sample sizes it for the longest
+/// values a sample can hold, so later samples never grow it (no allocation per sample once
+/// recording runs).
+inline std::size_t rowReserve(const Fields& fields, std::size_t extraPerField) {
+  const std::size_t needed = rowCapacity(fields, extraPerField);
+  const std::size_t longestSample = fields.size() * (kValueTextCapacity + extraPerField) + 4;
+  return needed > longestSample ? needed : longestSample;
+}
+
 /// Makes `row` at least large enough for the fields plus `extraPerField` characters of
 /// decoration each and four more, and returns where to write. The first sample sizes the row
 /// for the longest values a sample can hold, so later samples never grow it (no allocation
 /// per sample once recording runs). The caller writes through the pointer and hands the
 /// stream only the part it wrote.
 inline char* prepare(std::string& row, const Fields& fields, std::size_t extraPerField) {
-  const std::size_t needed = fields.textSize() + fields.size() * extraPerField + 4;
-  if (row.size() < needed) {
-    const std::size_t longestSample = fields.size() * (kValueTextCapacity + extraPerField) + 4;
-    row.resize(needed > longestSample ? needed : longestSample);
-  }
+  if (row.size() < rowCapacity(fields, extraPerField)) row.resize(rowReserve(fields, extraPerField));
   return row.data();
 }
 

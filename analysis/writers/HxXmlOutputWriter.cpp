@@ -92,7 +92,8 @@ void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
     emptyVector_.appendElementToStream(xmlWriter_, component);
     return;
   }
-  put(row_.data(), fillTemplate(*text));
+  HxWriterRow::Row row(documentStream_, row_, template_.size() + text->blockSize());
+  row.finish(fillTemplate(*text, row.begin()));
 }
 
 bool HxXmlOutputWriter::render(const HxBaseSystemDataComponent& component, std::string& text,
@@ -141,26 +142,23 @@ bool HxXmlOutputWriter::buildTemplate(const HxBaseSystemDataComponent& component
 
   // Room for the longest value texts, so that later samples do not allocate; and the template
   // filled with this component's texts must be what the framework wrote for it.
-  const std::size_t needed = template_.size() + count * (HxDoubleTextCapacity + 1);
-  if (row_.size() < needed) row_.resize(needed);
-  return std::string_view(row_.data(), fillTemplate(*text)) == rendered_;
+  // The texts of the elements are at most the block, separators included.
+  const std::size_t longest = template_.size() + count * (HxDoubleTextCapacity + 1);
+  const std::size_t needed = template_.size() + text->blockSize();
+  if (row_.size() < needed || row_.size() < longest) row_.resize(needed > longest ? needed : longest);
+  const char* const end = fillTemplate(*text, row_.data());
+  return std::string_view(row_.data(), static_cast<std::size_t>(end - row_.data())) == rendered_;
 }
 
-std::size_t HxXmlOutputWriter::fillTemplate(const HxElementText& text) const {
-  // The texts of the elements are at most the block, separators included.
-  const std::size_t needed = template_.size() + text.blockSize();
-  if (row_.size() < needed) row_.resize(needed);
+char* HxXmlOutputWriter::fillTemplate(const HxElementText& text, char* out) const {
   const char* const source = template_.data();
-  char* const begin = row_.data();
-  char* out = begin;
   std::size_t done = 0;
   for (std::size_t k = 0; k < slots_.size(); ++k) {
     out = HxWriterRow::put(out, std::string_view(source + done, slots_[k].begin - done));
     out = HxWriterRow::put(out, text.element(slotElements_[k]));
     done = slots_[k].end;
   }
-  out = HxWriterRow::put(out, std::string_view(source + done, template_.size() - done));
-  return static_cast<std::size_t>(out - begin);
+  return HxWriterRow::put(out, std::string_view(source + done, template_.size() - done));
 }
 
 void HxXmlOutputWriter::put(const char* data, std::size_t size) const {

@@ -61,8 +61,9 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   /// Writes `component` through the framework to the document and makes the template of its
   /// layout from `source`'s layout probe. Returns whether the template holds.
   bool buildTemplate(const HxBaseSystemDataComponent& component, const HxElementSource& source) const;
-  /// The template with `text`'s elements in its slots, into `row_`; returns its size.
-  std::size_t fillTemplate(const HxElementText& text) const;
+  /// Writes the template with `text`'s elements in its slots at `out`, which has room for the
+  /// template and `text`'s block; returns the end of what it wrote.
+  char* fillTemplate(const HxElementText& text, char* out) const;
   /// Hands bytes to the document's buffer, as the XML writer would.
   void put(const char* data, std::size_t size) const;
 

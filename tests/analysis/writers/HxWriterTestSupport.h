@@ -55,11 +55,11 @@ class FakeComponent : public HxBaseSystemDataComponent {
 inline FakeComponent labels(std::vector<std::string> strings) { return FakeComponent(0, std::move(strings)); }
 inline FakeComponent sample(std::vector<std::string> strings) { return FakeComponent(1, std::move(strings)); }
 
-/// The bytes the recorder writes for one file: header, label block, data block with the
-/// samples, and, when `finish` is true, the closing of the data block and the trailer.
-inline std::string recorded(HxBaseOutputWriter& writer, const HxBaseSystemDataComponent& labelComponent,
-                            const std::vector<const HxBaseSystemDataComponent*>& samples, bool finish = true) {
-  std::ostringstream stream;
+/// Writes to `stream` what the recorder writes for one file: header, label block, data block
+/// with the samples, and, when `finish` is true, the closing of the data block and the trailer.
+inline void record(HxBaseOutputWriter& writer, const HxBaseSystemDataComponent& labelComponent,
+                   const std::vector<const HxBaseSystemDataComponent*>& samples, std::ostream& stream,
+                   bool finish = true) {
   const HxSystemDataVector data;
   const FakeComponent dataBlock(1, {});
   writer.initialize(data, stream);
@@ -72,6 +72,13 @@ inline std::string recorded(HxBaseOutputWriter& writer, const HxBaseSystemDataCo
     writer.writeComponentClosing(dataBlock, stream);
     writer.finalize(data, stream);
   }
+}
+
+/// The same bytes as a string.
+inline std::string recorded(HxBaseOutputWriter& writer, const HxBaseSystemDataComponent& labelComponent,
+                            const std::vector<const HxBaseSystemDataComponent*>& samples, bool finish = true) {
+  std::ostringstream stream;
+  record(writer, labelComponent, samples, stream, finish);
   return stream.str();
 }
 
