@@ -3,6 +3,7 @@
 /// HxBaseSystemDataComponent: common base of capture configurations and sample records.
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,9 @@
 #include "framework/HxTypes.h"
 #include "framework/HxXmlCompoundType.h"
 #include "framework/HxXmlSerialisable.h"
+
+/// Bytes past its end that a padded HxElementText block may be read (see `HxElementText::padded`).
+constexpr std::size_t HxElementTextPadding = 32;
 
 /// A component's string elements as one block of text, for writers that copy them as they stand.
 /// Element i occupies `chars[offsets[i]]` up to, not including, `chars[offsets[i + 1] - 1]`, and
@@ -22,6 +26,9 @@ struct HxElementText {
   const HxU32* offsets = nullptr;
   /// Number of elements.
   std::size_t count = 0;
+  /// The block may be read HxElementTextPadding bytes past its end (what lies there is
+  /// unspecified), so that a writer may copy any short element as a fixed number of bytes.
+  bool padded = false;
 
   /// Element `i` (below `count`).
   std::string_view element(std::size_t i) const {
@@ -63,6 +70,10 @@ class HxElementSource {
   /// but for their elements' texts. Left empty (the default) when the component cannot tell.
   /// Does not allocate once `layout` has room.
   virtual void describeLayout(std::vector<HxU32>& layout) const { layout.clear(); }
+  /// A number that stays the same only while `describeLayout` would describe the same layout,
+  /// and differs between components, so that a writer may skip describing it again; 0 (the
+  /// default) when the component cannot tell.
+  virtual std::uint64_t layoutStamp() const { return 0; }
   /// A new component of the same class and layout whose string elements all differ: element i
   /// is the text of the number i. Owned by the caller; null (the default) when the component
   /// offers none.

@@ -128,8 +128,9 @@ void HxSystemDataStorage::refreshValues() const {
 void HxSystemDataStorage::refreshText() const {
   if (!valuesValid_) refreshValues();
   const HxU32 size = elementSize_;
-  // Room for the longest text of every element and its separator: sized once per shape.
-  const std::size_t capacity = static_cast<std::size_t>(size) * (HxDoubleTextCapacity + 1);
+  // Room for the longest text of every element and its separator, and the padding past the
+  // block: sized once per shape.
+  const std::size_t capacity = static_cast<std::size_t>(size) * (HxDoubleTextCapacity + 1) + HxElementTextPadding;
   if (textChars_.size() < capacity) textChars_.resize(capacity);
   const std::size_t offsetCount = static_cast<std::size_t>(size) + 1;
   if (textOffsets_.size() != offsetCount) textOffsets_.resize(offsetCount);
@@ -156,6 +157,7 @@ void HxSystemDataStorage::refreshText() const {
   textView_.chars = begin;
   textView_.offsets = offsets;
   textView_.count = size;
+  textView_.padded = true;
   textValid_ = true;
 }
 

@@ -148,6 +148,8 @@ class HxSystemDataStorage : public HxBaseSystemDataComponent, public HxElementSo
   /// end effectors and, entry by entry in flat order, its number of quantities and the size of
   /// each. Does not allocate once `layout` has room.
   void describeLayout(std::vector<HxU32>& layout) const override;
+  /// The shape stamp (see `shapeStamp`), which follows every change of the layout.
+  std::uint64_t layoutStamp() const override { return shapeStamp_; }
   /// A copy whose time is 0, whose path-point index is 1 and whose values are 2, 3, ... in flat
   /// order, so that element i of its string elements is the text of i. Owned by the caller.
   HxBaseSystemDataComponent* newLayoutProbe() const override;

@@ -111,10 +111,14 @@ void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataCompone
   const std::size_t n = fields.size();
   const unsigned int type = component.type();
 
-  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, 4), HxWriterRow::rowReserve(fields, 4));
+  constexpr std::size_t slack = HxWriterRow::kCopySlack;
+  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, 4) + slack,
+                       HxWriterRow::rowReserve(fields, 4) + slack);
   char* out = row.begin();
   if (n != 0 && (type == HxSystemDataComponentKind::Capture || type == HxSystemDataComponentKind::Record)) {
     const bool labels = type == HxSystemDataComponentKind::Capture;
+    // Fields of a padded block are copied as whole blocks of slack bytes.
+    const bool padded = fields.block() != nullptr && fields.block()->padded;
     // The first field opens the row; a sample row also begins with the comma that separates
     // it from the row before.
     out = HxWriterRow::put(out, labels ? "{\"" : ",{");
@@ -125,7 +129,7 @@ void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataCompone
       *out++ = ' ';
       *out++ = ',';
       if (labels) *out++ = '"';
-      out = HxWriterRow::put(out, fields[i]);
+      out = padded ? HxWriterRow::putPadded(out, fields[i]) : HxWriterRow::put(out, fields[i]);
       if (labels) *out++ = '"';
     }
   }

@@ -3,6 +3,7 @@
 /// Row buffers and stream output shared by the writers (internal to analysis/writers).
 
 #include <cstddef>
+#include <cstring>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -124,6 +125,18 @@ inline char* prepare(std::string& row, const Fields& fields, std::size_t extraPe
 /// Copies `text` to `out` and returns the end of the copy.
 inline char* put(char* out, std::string_view text) {
   text.copy(out, text.size());
+  return out + text.size();
+}
+
+/// Bytes that `putPadded` may read past its text and write past its copy.
+constexpr std::size_t kCopySlack = HxElementTextPadding;
+
+/// Copies `text` to `out` as `put` does, but a short text as a whole kCopySlack bytes, which is
+/// one fixed-size copy instead of a call of memcpy: for texts that may be read, and
+/// destinations that may be written, kCopySlack bytes past their ends (a padded text block).
+inline char* putPadded(char* out, std::string_view text) {
+  if (text.size() > kCopySlack) return put(out, text);
+  std::memcpy(out, text.data(), kCopySlack);
   return out + text.size();
 }
 

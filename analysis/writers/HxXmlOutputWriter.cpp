@@ -70,7 +70,13 @@ void HxXmlOutputWriter::writeComponentClosing(const HxBaseSystemDataComponent&, 
 void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& component, std::ostream&) const {
   if (xmlWriter_ == nullptr) return;
   const HxElementSource* source = component.elementSource();
-  if (source != nullptr) source->describeLayout(layoutAtHand_);
+  if (source != nullptr) {
+    // The layout is described again only when the component cannot vouch that it is the one
+    // described last.
+    const std::uint64_t stamp = source->layoutStamp();
+    if (stamp == 0 || stamp != describedStamp_) source->describeLayout(layoutAtHand_);
+    describedStamp_ = stamp;
+  }
   // The document's first element (which also closes the root's start tag) and components
   // without a layout are written through the framework.
   if (source == nullptr || layoutAtHand_.empty() || !documentHasElement_) {
@@ -92,7 +98,7 @@ void HxXmlOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& comp
     emptyVector_.appendElementToStream(xmlWriter_, component);
     return;
   }
-  HxWriterRow::Row row(documentStream_, row_, template_.size() + text->blockSize());
+  HxWriterRow::Row row(documentStream_, row_, templateSize_ + text->blockSize() + HxWriterRow::kCopySlack);
   row.finish(fillTemplate(*text, row.begin()));
 }
 
@@ -124,6 +130,9 @@ bool HxXmlOutputWriter::buildTemplate(const HxBaseSystemDataComponent& component
   const std::unique_ptr<HxBaseSystemDataComponent> probe(source.newLayoutProbe());
   const HxElementText* probeText = probe ? probe->elementText() : nullptr;
   if (probeText == nullptr || !render(*probe, template_, &slots_)) return false;
+  // The template is padded so that its pieces may be copied as whole kCopySlack bytes.
+  templateSize_ = template_.size();
+  template_.append(HxWriterRow::kCopySlack, '\0');
   const std::size_t count = slots_.size();
   if (count != probeText->count || count != text->count) return false;
   std::vector<std::pair<std::string_view, std::size_t>> elements(count);
@@ -143,8 +152,8 @@ bool HxXmlOutputWriter::buildTemplate(const HxBaseSystemDataComponent& component
   // Room for the longest value texts, so that later samples do not allocate; and the template
   // filled with this component's texts must be what the framework wrote for it.
   // The texts of the elements are at most the block, separators included.
-  const std::size_t longest = template_.size() + count * (HxDoubleTextCapacity + 1);
-  const std::size_t needed = template_.size() + text->blockSize();
+  const std::size_t longest = templateSize_ + count * (HxDoubleTextCapacity + 1) + HxWriterRow::kCopySlack;
+  const std::size_t needed = templateSize_ + text->blockSize() + HxWriterRow::kCopySlack;
   if (row_.size() < needed || row_.size() < longest) row_.resize(needed > longest ? needed : longest);
   const char* const end = fillTemplate(*text, row_.data());
   return std::string_view(row_.data(), static_cast<std::size_t>(end - row_.data())) == rendered_;
@@ -154,11 +163,12 @@ char* HxXmlOutputWriter::fillTemplate(const HxElementText& text, char* out) cons
   const char* const source = template_.data();
   std::size_t done = 0;
   for (std::size_t k = 0; k < slots_.size(); ++k) {
-    out = HxWriterRow::put(out, std::string_view(source + done, slots_[k].begin - done));
-    out = HxWriterRow::put(out, text.element(slotElements_[k]));
+    out = HxWriterRow::putPadded(out, std::string_view(source + done, slots_[k].begin - done));
+    const std::string_view element = text.element(slotElements_[k]);
+    out = text.padded ? HxWriterRow::putPadded(out, element) : HxWriterRow::put(out, element);
     done = slots_[k].end;
   }
-  return HxWriterRow::put(out, std::string_view(source + done, template_.size() - done));
+  return HxWriterRow::put(out, std::string_view(source + done, templateSize_ - done));
 }
 
 void HxXmlOutputWriter::put(const char* data, std::size_t size) const {

@@ -3,6 +3,7 @@
 /// HxXmlOutputWriter: the recording as one streamed XML document.
 
 #include <cstddef>
+#include <cstdint>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -62,7 +63,8 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   /// layout from `source`'s layout probe. Returns whether the template holds.
   bool buildTemplate(const HxBaseSystemDataComponent& component, const HxElementSource& source) const;
   /// Writes the template with `text`'s elements in its slots at `out`, which has room for the
-  /// template and `text`'s block; returns the end of what it wrote.
+  /// template, `text`'s block and HxWriterRow::kCopySlack bytes; returns the end of what it
+  /// wrote.
   char* fillTemplate(const HxElementText& text, char* out) const;
   /// Hands bytes to the document's buffer, as the XML writer would.
   void put(const char* data, std::size_t size) const;
@@ -80,11 +82,13 @@ class HxXmlOutputWriter : public HxBaseOutputWriter {
   // (with the layout of the component at hand beside it). The component's own text while the
   // template is made, and the row that a filled template is written from.
   mutable std::stringbuf render_;
-  mutable std::string template_;
+  mutable std::string template_;  // followed by kCopySlack bytes of padding
+  mutable std::size_t templateSize_ = 0;
   mutable std::vector<HxXmlScalarSpan> slots_;
   mutable std::vector<std::size_t> slotElements_;
   mutable std::vector<HxU32> layout_;
   mutable std::vector<HxU32> layoutAtHand_;
+  mutable std::uint64_t describedStamp_ = 0;  // layout stamp of the component described last
   mutable bool templateKnown_ = false;
   mutable bool templateUsable_ = false;
   mutable bool documentHasElement_ = false;

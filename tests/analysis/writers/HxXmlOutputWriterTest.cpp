@@ -34,7 +34,7 @@ struct Recording {
 // Samples after the first of a shape are written from a template; the document is byte for
 // byte what the framework writes element by element (root count deliberately 0), across value
 // changes (long, short, negative, inf and nan texts), changes of shape (also to one of as many
-// values and quantities in other sizes) and another kind.
+// values and quantities in other sizes, and of one record in place) and another kind.
 TEST(HxXmlOutputWriter, TemplateWritesWhatTheFrameworkWrites) {
   Recording r, swapped(true), other;
   ASSERT_TRUE(other.capture.addLinkDataCaptureType(2, "wrist", HxSimAnalysis::HxExternalForceDataCaptureTypeToken));
@@ -69,6 +69,12 @@ TEST(HxXmlOutputWriter, TemplateWritesWhatTheFrameworkWrites) {
     both(other.storage);
     both(swapped.storage);
   }
+  // One record reshaped in place to another layout of as many values.
+  HxSystemDataStorage reshaped(r.storage);
+  both(reshaped);
+  reshaped.setManipulatorDataVector(swapped.storage.manipulatorDataVector());
+  reshaped.computeElementSize();
+  both(reshaped);
   both(r.capture);
   both(r.storage);
   writer.finalize(data, fast);
