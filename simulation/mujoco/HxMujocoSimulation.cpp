@@ -46,12 +46,30 @@ struct HxMujocoSimulation::Impl {
   std::string error;
   std::string extrasError;  // why the last load failed on its extras
   double singularityThreshold = 1e-3;
+  // The data as the manipulators' kinematics may read it; a new one per model, so that
+  // kinematics kept from an earlier model never read this one's data.
+  std::shared_ptr<HxMujocoLiveData> live = std::make_shared<HxMujocoLiveData>();
+
+  Impl() = default;
+  Impl(const Impl&) = delete;
+  Impl& operator=(const Impl&) = delete;
+  ~Impl() { live->data = nullptr; }
 
   void clear() {
+    live->data = nullptr;
+    live = std::make_shared<HxMujocoLiveData>();
     controller.clear();
     layouts.clear();
     data.reset();
     model.reset();
+  }
+
+  // The data is about to change: the kinematics evaluate on their own until it is published.
+  void withdraw() { live->data = nullptr; }
+  // The data holds its state evaluated as the mode evaluates it (HxMujocoStepper::evaluate).
+  void publish() {
+    live->data = data.get();
+    live->stage = mode == Mode::Dynamic ? HxMujocoLiveData::Stage::Acceleration : HxMujocoLiveData::Stage::Velocity;
   }
 
   // Takes a loaded model (null: the load failed with `message`) at its initial state and
@@ -82,8 +100,10 @@ struct HxMujocoSimulation::Impl {
 
   // Restarts the control output from the current state and evaluates the state.
   void start() {
+    withdraw();
     controller.restartOutputs(data.get(), mode == Mode::Kinematic);
     HxMujocoStepper::evaluate(model.get(), data.get(), mode == Mode::Dynamic, controller);
+    publish();
   }
 };
 
@@ -153,7 +173,7 @@ HxBoolean HxMujocoSimulation::finishLoad(bool adopted, Mode mode) {
     const HxU32 n = layout->jointCount();
     const HxU32 endEffectors = static_cast<HxU32>(layout->endEffectors.size());
 
-    HxIndividualManipulator manipulator(std::make_shared<HxMujocoKinematics>(s.model, layout));
+    HxIndividualManipulator manipulator(std::make_shared<HxMujocoKinematics>(s.model, layout, s.live));
     manipulator.setName(layout->name);
     for (HxU32 j = 0; j < n; ++j) manipulator.addLink(HxLink(layout->linkNames[j], j));
     for (const auto& e : layout->endEffectors) {
@@ -229,6 +249,7 @@ HxBoolean HxMujocoSimulation::setMode(Mode mode) {
 void HxMujocoSimulation::reset() {
   Impl& s = *impl_;
   if (!isLoaded()) return;
+  s.withdraw();
   if (s.model->nkey > 0) {
     mj_resetDataKeyframe(s.model.get(), s.data.get(), 0);
   } else {
@@ -246,7 +267,9 @@ HxBoolean HxMujocoSimulation::step() {
     s.error = "no model loaded";
     return false;
   }
+  s.withdraw();
   const bool stable = s.stepper.step(s.model.get(), s.data.get(), s.mode == Mode::Dynamic, s.controller, s.error);
+  s.publish();
   refresh();
   return stable;
 }

@@ -5,9 +5,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <memory>
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "simulation/HxIndividualManipulator.h"
 #include "simulation/HxManipulatorActiveState.h"
 #include "tests/simulation/mujoco/HxMujocoTestFixture.h"
 
@@ -133,6 +137,72 @@ TEST_F(MujocoKinematicsTest, RepeatedQueriesAnswerAsAFreshEvaluation) {
                 ask(cached, 6, stateOf(movingInputs(n + 1), n + 1)).empty());
     for (int query = 0; query < kQueries; ++query) EXPECT_EQ(ask(cached, query, start), atStart[query]);
   }
+}
+
+// The simulation's kinematics answer its own state from its data, without evaluating it again,
+// with the bits a fresh evaluation gives: in dynamic mode every stage, in kinematic mode (whose
+// accelerations are not the data's) positions and velocities. A free base always evaluates, a
+// state other than the simulation's evaluates, and kinematics kept after the simulation
+// loaded another model answer from their own scratch (never from data gone with that model).
+TEST_F(MujocoTest, TheSimulationsOwnStateIsAnsweredFromItsData) {
+  // Kinematics of the default scene's second arm on a model of their own, for reference.
+  Reference ref(kDefaultScene);
+  ASSERT_TRUE(ref.model);
+  mj_forward(ref.model.get(), ref.data.get());
+  std::vector<HxMujocoManipulatorLayout> layouts;
+  std::string error;
+  ASSERT_TRUE(hxMujocoBuildLayouts(ref.model.get(), ref.data.get(), layouts, error)) << error;
+  ASSERT_EQ(layouts.size(), 2u);
+  const HxMujocoKinematics reference(HxMujocoModelPtr(std::move(ref.model)),
+                                     std::make_shared<const HxMujocoManipulatorLayout>(std::move(layouts[1])));
+
+  for (const Mode mode : {Mode::Dynamic, Mode::Kinematic}) {
+    SCOPED_TRACE(mode == Mode::Dynamic ? "dynamic" : "kinematic");
+    ASSERT_TRUE(sim_.loadFile(kDefaultScene, mode)) << sim_.lastError();
+    const auto& kinematics = dynamic_cast<const HxMujocoKinematics&>(sim_.manipulators()[1].kinematics());
+    const std::uint64_t before = kinematics.scratchEvaluations();
+    for (int step = 0; step < 40; ++step) {
+      ASSERT_TRUE(sim_.step());
+      const HxManipulatorActiveState& state = sim_.activeStates()[1];
+      for (int query = 0; query < kQueries; ++query) {
+        const Answer answer = ask(kinematics, query, state);
+        EXPECT_FALSE(answer.empty());
+        EXPECT_EQ(answer, ask(reference, query, state)) << query;
+      }
+      if (step == 0) {
+        EXPECT_EQ(kinematics.scratchEvaluations() - before, mode == Mode::Dynamic ? 0u : 3u);
+      }
+    }
+    // Kinematic accelerations evaluate their three stages on the scratch once a step; nothing
+    // else evaluates.
+    EXPECT_EQ(kinematics.scratchEvaluations() - before, mode == Mode::Dynamic ? 0u : 120u);
+
+    // A state that differs from the simulation's in one bit is evaluated.
+    HxManipulatorActiveState moved = sim_.activeStates()[1];
+    double& q = moved.mutablePositionState().mutableJointPositions()[2];
+    q = std::nextafter(q, 10.0);
+    const std::uint64_t beforeMoved = kinematics.scratchEvaluations();
+    EXPECT_EQ(ask(kinematics, 6, moved), ask(reference, 6, moved));
+    EXPECT_EQ(kinematics.scratchEvaluations(), beforeMoved + 1);
+  }
+
+  // Kept past a load of another model: its own answers, from its scratch.
+  const HxIndividualManipulator kept = sim_.manipulators()[1];  // shares the kinematics
+  const HxManipulatorActiveState keptState = sim_.activeStates()[1];
+  ASSERT_TRUE(sim_.loadString(kFloatingArm)) << sim_.lastError();
+  const auto& old = dynamic_cast<const HxMujocoKinematics&>(kept.kinematics());
+  const std::uint64_t beforeLoad = old.scratchEvaluations();
+  for (int query = 0; query < kQueries; ++query) {
+    EXPECT_EQ(ask(old, query, keptState), ask(reference, query, keptState)) << query;
+  }
+  EXPECT_GT(old.scratchEvaluations(), beforeLoad);
+
+  // A free base evaluates its state on the scratch.
+  const auto& floating = dynamic_cast<const HxMujocoKinematics&>(sim_.manipulators()[0].kinematics());
+  ASSERT_TRUE(sim_.step());
+  const std::uint64_t beforeFloating = floating.scratchEvaluations();
+  EXPECT_FALSE(ask(floating, 6, sim_.activeStates()[0]).empty());
+  EXPECT_EQ(floating.scratchEvaluations(), beforeFloating + 1);
 }
 
 }  // namespace
