@@ -405,6 +405,11 @@ void HxRecordSession::recordOnOneThread(Run& run) {
   recorder.finishSaveToFile();
 }
 
+std::size_t HxRecordSession::queueSlots(std::size_t values) {
+  const std::size_t slots = kQueueBytes / ((values + 1) * sizeof(double));
+  return std::clamp<std::size_t>(slots, 64, 8192);
+}
+
 void HxRecordSession::recordOnTwoThreads(Run& run) {
   using Clock = std::chrono::steady_clock;
   HxMujocoSimulation& simulation = *simulation_;
@@ -416,7 +421,7 @@ void HxRecordSession::recordOnTwoThreads(Run& run) {
   HxSystemDataCapture recordingCapture(capture_);
   const HxCaptureBuffers captured(capture_);
   const HxCaptureBuffers saved(recordingCapture);
-  HxSampleQueue queue(kQueueSlots, captured.size());
+  HxSampleQueue queue(queueSlots(captured.size()), captured.size());
 
   // The recording thread owns the recorder from here to its end: it opens the files, saves
   // every sample in order, flushes the files (and rewrites the manifest) at least once a

@@ -29,8 +29,8 @@
 /// the status and `errors()`; the library's own messages during loading are collected there too.
 ///
 /// With options().threads 2 the files are written on a second thread: the calling thread steps
-/// the simulation and captures each sample into a ring of kQueueSlots slots, from which the
-/// recording thread, owner of the recorder and its files, saves them in order. A full ring
+/// the simulation and captures each sample into a ring (queueSlots(values) slots), from which
+/// the recording thread, owner of the recorder and its files, saves them in order. A full ring
 /// makes the stepping wait. The files are the same as with one thread.
 class HxRecordSession {
  public:
@@ -41,8 +41,14 @@ class HxRecordSession {
   /// Called now and then, on the thread that called record(), with the simulated time reached
   /// and the total to record.
   using ProgressObserver = std::function<void(double simulated, double total)>;
-  /// Samples the stepping thread may be ahead of the files with two threads.
-  static constexpr std::size_t kQueueSlots = 64;
+  /// Bytes of samples the stepping thread may be ahead of the files with two threads. The ring
+  /// rides out the recording thread's pauses (truncating a previous recording's files when it
+  /// opens them took 5 to 10 ms, the length of a few hundred default-scene samples) instead of
+  /// making the stepping wait.
+  static constexpr std::size_t kQueueBytes = std::size_t{4} << 20;
+  /// Slots of the ring for samples of `values` doubles: kQueueBytes' worth, at least 64 and at
+  /// most 8192.
+  static std::size_t queueSlots(std::size_t values);
 
   explicit HxRecordSession(HxRecordOptions options);
   ~HxRecordSession();
