@@ -35,9 +35,14 @@ class HxRecordingFileBuffer : public std::streambuf {
   void commit(const char* end) { pbump(static_cast<int>(end - pptr())); }
 
  protected:
+  /// Hands the gathered bytes to the target, then takes `c` (unless it is end-of-file); end-of-file
+  /// when the buffer failed.
   int_type overflow(int_type c) override;
+  /// Hands the gathered bytes to the target and synchronises the target; -1 when either fails.
   int sync() override;
+  /// Hands the gathered bytes to the target, then seeks the target; -1 when either fails.
   pos_type seekoff(off_type offset, std::ios::seekdir direction, std::ios::openmode mode) override;
+  /// Hands the gathered bytes to the target, then seeks the target; -1 when either fails.
   pos_type seekpos(pos_type position, std::ios::openmode mode) override;
 
  private:
