@@ -18,7 +18,12 @@ const HxElementValues* HxBaseSystemDataComponent::elementValues() const {
 }
 
 const HxElementSource* HxBaseSystemDataComponent::elementSource() const {
-  return dynamic_cast<const HxElementSource*>(this);
+  // The object's class does not change once it is made, nor does the answer.
+  if (!sourceLookup_.done) {
+    sourceLookup_.source = dynamic_cast<const HxElementSource*>(this);
+    sourceLookup_.done = true;
+  }
+  return sourceLookup_.source;
 }
 
 HxBoolean HxBaseSystemDataComponent::write(HxXmlWriter& writer) const { return HxXmlCompoundType::write(writer); }

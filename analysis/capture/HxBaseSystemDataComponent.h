@@ -120,4 +120,13 @@ class HxBaseSystemDataComponent : public HxXmlCompoundType {
 
   /// The compound type's comparison.
   bool operator==(const HxBaseSystemDataComponent& other) const { return HxXmlCompoundType::operator==(other); }
+
+ private:
+  // The component as an HxElementSource, looked up once (the writers ask for every sample, and
+  // a cross-cast costs a walk of the class hierarchy); a copy looks up its own.
+  struct SourceLookup {
+    bool done = false;
+    const HxElementSource* source = nullptr;
+  };
+  mutable HxScratch<SourceLookup> sourceLookup_;
 };
