@@ -127,6 +127,10 @@ class HxHdf5Recording {
     }
     const HxU32 level = std::min<HxU32>(writer.compression(), 9);
     if (level > 0 && !check(H5Pset_shuffle(creation.get()) >= 0 && H5Pset_deflate(creation.get(), level) >= 0)) return;
+    // A whole uncompressed chunk of doubles already in the file's byte order is the chunk's
+    // bytes: it goes to the file as it stands, without the copy and clearing of the library's
+    // write path.
+    directChunks_ = level == 0 && H5Tequal(H5T_NATIVE_DOUBLE, H5T_IEEE_F64LE) > 0;
     // Every row of the extent is written: chunks need no fill before their rows arrive.
     if (!check(H5Pset_fill_time(creation.get(), H5D_FILL_TIME_NEVER) >= 0)) return;
     // Whole chunks are written at once: no chunk cache, so they go to the file without a copy.
@@ -202,22 +206,26 @@ class HxHdf5Recording {
     buffered_ = 0;
     const hsize_t extent[2] = {written_ + rows, columns_};
     const hsize_t start[2] = {written_, 0};
-    const hsize_t count[2] = {rows, columns_};
     if (!check(H5Dset_extent(dataset_.get(), extent) >= 0)) return;
-    HxHdf5::Space fileSpace(H5Dget_space(dataset_.get()));
+    const hid_t data = dataset_.get();
+    if (!check(writeRows(data, rows, start) && H5Dflush(data) >= 0)) return;
+    written_ += rows;
+  }
+
+  // Writes the first `rows` rows of the buffer at `start`, a chunk boundary inside the extent.
+  bool writeRows(hid_t data, hsize_t rows, const hsize_t start[2]) {
+    if (directChunks_ && rows == chunkRows_) {
+      const std::size_t bytes = static_cast<std::size_t>(rows * columns_) * sizeof(double);
+      return H5Dwrite_chunk(data, H5P_DEFAULT, 0, start, bytes, buffer_.data()) >= 0;
+    }
+    const hsize_t count[2] = {rows, columns_};
+    HxHdf5::Space fileSpace(H5Dget_space(data));
     HxHdf5::Space partSpace;
     if (rows != chunkRows_) partSpace.reset(H5Screate_simple(2, count, nullptr));
     const hid_t memorySpace = rows == chunkRows_ ? chunkSpace_.get() : partSpace.get();
-    const hid_t data = dataset_.get();
-    if (!check(fileSpace.valid() && memorySpace >= 0 &&
-               H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start, nullptr, count, nullptr) >= 0)) {
-      return;
-    }
-    if (!check(H5Dwrite(data, H5T_NATIVE_DOUBLE, memorySpace, fileSpace.get(), H5P_DEFAULT, buffer_.data()) >= 0 &&
-               H5Dflush(data) >= 0)) {
-      return;
-    }
-    written_ += rows;
+    return fileSpace.valid() && memorySpace >= 0 &&
+           H5Sselect_hyperslab(fileSpace.get(), H5S_SELECT_SET, start, nullptr, count, nullptr) >= 0 &&
+           H5Dwrite(data, H5T_NATIVE_DOUBLE, memorySpace, fileSpace.get(), H5P_DEFAULT, buffer_.data()) >= 0;
   }
 
   HxHdf5::File file_;
@@ -229,6 +237,7 @@ class HxHdf5Recording {
   hsize_t chunkRows_ = 0;
   hsize_t buffered_ = 0;
   hsize_t written_ = 0;
+  bool directChunks_ = false;
   bool failed_ = false;
   int error_ = 0;
 };

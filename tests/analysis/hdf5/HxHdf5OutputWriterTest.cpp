@@ -99,11 +99,12 @@ bool sameBits(const std::vector<double>& a, const std::vector<double>& b) {
   return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
 }
 
-// Uncompressed with the chosen chunk (all samples in the last, partial chunk) and compressed in
-// chunks of 3 (three whole chunks and one partial): every double comes back exactly, labels and
-// units are the capture's, the file attributes the host's, and the file is finished.
+// Uncompressed with the chosen chunk (all samples in the last, partial chunk), uncompressed and
+// compressed in chunks of 3 (three whole chunks, written directly when uncompressed, and one
+// partial): every double comes back exactly, labels and units are the capture's, the file
+// attributes the host's, and the file is finished.
 TEST_F(HxHdf5OutputWriterTest, EveryDoubleComesBackExactlyWithItsColumns) {
-  for (const auto& [level, rows] : {std::pair(0u, 0u), std::pair(6u, 3u)}) {
+  for (const auto& [level, rows] : {std::pair(0u, 0u), std::pair(0u, 3u), std::pair(6u, 3u)}) {
     HxHdf5OutputWriter writer;
     writer.setCompression(level);
     writer.setChunkRows(rows);
