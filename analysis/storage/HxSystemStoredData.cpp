@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <memory>
 #include <typeinfo>
 
 #include "analysis/capture/HxSystemDataCapture.h"
@@ -12,7 +11,6 @@
 namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
-
 }  // namespace
 
 HxSystemStoredData::HxSystemStoredData() = default;

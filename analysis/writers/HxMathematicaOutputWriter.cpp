@@ -111,9 +111,7 @@ void HxMathematicaOutputWriter::writeDataComponent(const HxBaseSystemDataCompone
   const std::size_t n = fields.size();
   const unsigned int type = component.type();
 
-  constexpr std::size_t slack = HxWriterRow::kCopySlack;
-  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, 4) + slack,
-                       HxWriterRow::rowReserve(fields, 4) + slack);
+  HxWriterRow::Row row(stream, row_, fields, 4, HxWriterRow::kCopySlack);
   char* out = row.begin();
   if (n != 0 && (type == HxSystemDataComponentKind::Capture || type == HxSystemDataComponentKind::Record)) {
     const bool labels = type == HxSystemDataComponentKind::Capture;

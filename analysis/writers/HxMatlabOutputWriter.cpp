@@ -52,8 +52,7 @@ void HxMatlabOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& c
     return;
   }
 
-  const std::size_t extra = labels ? 3 : 1;
-  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, extra), HxWriterRow::rowReserve(fields, extra));
+  HxWriterRow::Row row(stream, row_, fields, labels ? 3 : 1);
   char* out = row.begin();
 
   // Every field but the last: quoted labels or bare values, each followed by a tab.

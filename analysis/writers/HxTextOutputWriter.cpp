@@ -34,7 +34,7 @@ void HxTextOutputWriter::writeDataComponent(const HxBaseSystemDataComponent& com
   }
 
   // Otherwise the line is built from the fields.
-  HxWriterRow::Row row(stream, row_, HxWriterRow::rowCapacity(fields, 1), HxWriterRow::rowReserve(fields, 1));
+  HxWriterRow::Row row(stream, row_, fields, 1);
   char* out = row.begin();
   if (n != 1) {
     for (std::size_t i = 0; i + 1 < n; ++i) {

@@ -71,33 +71,6 @@ class Fields {
   std::vector<std::string>& scratch_;
 };
 
-/// One row of a writer's output, written where it costs least: straight into the free room of
-/// a recording file buffer (HxRecordingFileBuffer) when that is the stream's buffer, else into the writer's own row
-/// buffer, which `finish` hands to the stream (as `write` would).
-///
-///     HxWriterRow::Row row(stream, row_, capacity);
-///     char* out = row.begin();
-///     ... at most `capacity` bytes through out ...
-///     row.finish(out);
-class Row {
- public:
-  /// Room for at most `capacity` bytes. `buffer` is the writer's row buffer, grown to
-  /// `reserve` (at least `capacity`) when it is too small and the file buffer is not at hand.
-  Row(std::ostream& stream, std::string& buffer, std::size_t capacity, std::size_t reserve = 0);
-  Row(const Row&) = delete;
-  Row& operator=(const Row&) = delete;
-
-  /// Where the row starts.
-  char* begin() const { return begin_; }
-  /// Keeps the row, which ends at `end`.
-  void finish(const char* end);
-
- private:
-  std::ostream& stream_;
-  HxRecordingFileBuffer* file_ = nullptr;
-  char* begin_ = nullptr;
-};
-
 /// Size of a row of `fields` with `extraPerField` characters of decoration each and four more.
 inline std::size_t rowCapacity(const Fields& fields, std::size_t extraPerField) {
   return fields.textSize() + fields.size() * extraPerField + 4;
@@ -111,6 +84,37 @@ inline std::size_t rowReserve(const Fields& fields, std::size_t extraPerField) {
   const std::size_t longestSample = fields.size() * (kValueTextCapacity + extraPerField) + 4;
   return needed > longestSample ? needed : longestSample;
 }
+
+/// One row of a writer's output, written where it costs least: straight into the free room of a
+/// recording file buffer (HxRecordingFileBuffer) when that is the stream's buffer, else into the
+/// writer's own row buffer, which `finish` hands to the stream (as `write` would).
+///
+///     HxWriterRow::Row row(stream, row_, capacity);
+///     char* out = row.begin();
+///     ... at most `capacity` bytes through out ...
+///     row.finish(out);
+class Row {
+ public:
+  /// Room for at most `capacity` bytes. `buffer` is the writer's row buffer, grown to
+  /// `reserve` (at least `capacity`) when it is too small and the file buffer is not at hand.
+  Row(std::ostream& stream, std::string& buffer, std::size_t capacity, std::size_t reserve = 0);
+  /// Room for a row of `fields` with `extraPerField` characters of decoration each, four more
+  /// and `slack` (see rowCapacity and rowReserve).
+  Row(std::ostream& stream, std::string& buffer, const Fields& fields, std::size_t extraPerField, std::size_t slack = 0)
+      : Row(stream, buffer, rowCapacity(fields, extraPerField) + slack, rowReserve(fields, extraPerField) + slack) {}
+  Row(const Row&) = delete;
+  Row& operator=(const Row&) = delete;
+
+  /// Where the row starts.
+  char* begin() const { return begin_; }
+  /// Keeps the row, which ends at `end`.
+  void finish(const char* end);
+
+ private:
+  std::ostream& stream_;
+  HxRecordingFileBuffer* file_ = nullptr;
+  char* begin_ = nullptr;
+};
 
 /// Makes `row` at least large enough for the fields plus `extraPerField` characters of
 /// decoration each and four more, and returns where to write. The first sample sizes the row
