@@ -1,6 +1,7 @@
 #include "analysis/capture/HxFlatStorePlan.h"
 
 #include <algorithm>
+#include <cstring>
 #include <string>
 #include <tuple>
 
@@ -71,8 +72,18 @@ void HxFlatStorePlan::make(const ManipulatorCaptures& captures, const HxSystemDa
       picked_.resize(firstPicked);
       return;
     }
-    entries_.push_back(
-        Entry{type.values(), slots_[next].offset, active, allActive ? 0 : static_cast<HxU32>(firstPicked + 1)});
+    const Entry entry{type.values(), slots_[next].offset, active, allActive ? 0 : static_cast<HxU32>(firstPicked + 1)};
+    // Values that follow the last run's both where they are and where they go join it: a
+    // configuration whose values are kept side by side stores its whole sample as a few runs.
+    if (!entries_.empty()) {
+      Entry& last = entries_.back();
+      if (last.picked == 0 && entry.picked == 0 && last.from + last.count == entry.from &&
+          last.to + last.count == entry.to) {
+        last.count += entry.count;
+        return;
+      }
+    }
+    entries_.push_back(entry);
   });
   record_ = &record;
   stamp_ = record.shapeStamp();
@@ -82,7 +93,7 @@ void HxFlatStorePlan::store(double* values) const {
   for (const Entry& entry : entries_) {
     double* const to = values + entry.to;
     if (entry.picked == 0) {
-      for (HxU32 k = 0; k < entry.count; ++k) to[k] = entry.from[k];
+      std::memcpy(to, entry.from, entry.count * sizeof(double));
     } else {
       const HxU32* const picked = picked_.data() + entry.picked - 1;
       for (HxU32 k = 0; k < entry.count; ++k) to[k] = entry.from[picked[k]];

@@ -52,7 +52,8 @@ class HxFlatStorePlan {
   void store(double* values) const;
 
  private:
-  // One type whose values are stored: `count` values from `from` to the array's `to` on, or,
+  // One type, or several whose values follow each other both in memory and in the array, whose
+  // values are stored: `count` values from `from` to the array's `to` on, or, for one type
   // with `picked` set, the `count` values at the positions picked_[picked - 1] on of `from`
   // (the type has switched-off columns).
   struct Entry {

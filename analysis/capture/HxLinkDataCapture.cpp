@@ -35,31 +35,34 @@ const std::string& HxLinkDataCapture::linkIdentifier() const { return linkIdenti
 
 const HxDataCaptureTypeVector& HxLinkDataCapture::dataCaptureVector() const { return dataCaptureVector_; }
 
+bool HxLinkDataCapture::resolveLink(const HxSystemSimulation& simulation, HxU32 manipulatorIndex, HxU32& index) const {
+  // An unknown manipulator counts as an unknown link. The search by identifier is made again
+  // only when the manipulator's links are not those of the last search (another manipulator or
+  // simulation, or links changed): the stamp names them.
+  const auto& manipulators = simulation.manipulators();
+  if (manipulatorIndex >= manipulators.size()) return false;
+  const HxIndividualManipulator& manipulator = manipulators[manipulatorIndex];
+  const std::uint64_t stamp = manipulator.linksStamp();
+  if (resolved_.stamp != stamp) {
+    const HxLink* link = manipulator.findLink(linkIdentifier_.value());
+    resolved_.found = link != nullptr;
+    resolved_.index = link != nullptr ? link->index() : 0;
+    resolved_.stamp = stamp;
+  }
+  index = resolved_.index;
+  return resolved_.found;
+}
+
 HxBoolean HxLinkDataCapture::captureData(const HxSystemSimulation& simulation,
                                          unsigned int const& manipulatorIndex) const {
   const HxU32 count = dataCaptureVector_.size();
   if (count == 0) return true;
 
-  // Resolve the link once for all types; an unknown manipulator counts as an unknown link. The
-  // search by identifier is made again only when the manipulator's links are not those of the
-  // last search (another manipulator or simulation, or links changed): the stamp names them.
-  bool found = false;
-  const auto& manipulators = simulation.manipulators();
-  if (manipulatorIndex < manipulators.size()) {
-    const HxIndividualManipulator& manipulator = manipulators[manipulatorIndex];
-    const std::uint64_t stamp = manipulator.linksStamp();
-    if (resolved_.stamp != stamp) {
-      const HxLink* link = manipulator.findLink(linkIdentifier_.value());
-      resolved_.found = link != nullptr;
-      resolved_.index = link != nullptr ? link->index() : 0;
-      resolved_.stamp = stamp;
-    }
-    found = resolved_.found;
-  }
-  if (!found) return false;
+  // The link is resolved once for all types.
+  HxU32 linkIndex = 0;
+  if (!resolveLink(simulation, manipulatorIndex, linkIndex)) return false;
 
   HxBoolean result = true;
-  const HxU32 linkIndex = resolved_.index;
   // Straight over the slots; a null slot (never made by the add operations) is left to the
   // vector's checked access, which reports it.
   const HxDataCaptureTypeVector::ContainerType& types = dataCaptureVector_.vectorContainer();

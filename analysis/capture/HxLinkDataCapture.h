@@ -49,6 +49,10 @@ class HxLinkDataCapture : public HxXmlCompoundType {
   /// (`HxIndividualManipulator::linksStamp`) or the identifier change. True for an empty vector; false when the
   /// manipulator or the link is unknown (no type is then called) or when any type fails (every type is still called).
   virtual HxBoolean captureData(const HxSystemSimulation& simulation, unsigned int const& manipulatorIndex) const;
+  /// The index of this capture's link in manipulator `manipulatorIndex` of `simulation`, looked
+  /// up as `captureData` does (and kept as it keeps it); false when the manipulator or the link
+  /// is unknown.
+  bool resolveLink(const HxSystemSimulation& simulation, HxU32 manipulatorIndex, HxU32& index) const;
   /// The type with that token, or null.
   virtual const HxDataCaptureType* dataCaptureType(const HxToken& token) const;
   /// Adds a type by token: true and unchanged when already present; false for an unknown

@@ -14,10 +14,6 @@ namespace {
 // Version of this source unit, built at load time.
 [[maybe_unused]] const std::string HxVersion("3.0.0");
 
-// From this many manipulator captures on, the capture loop fetches ahead what the next ones read:
-// fewer stay in the nearest caches from one sample to the next.
-constexpr HxU32 kManipulatorsFetchedAhead = 64;
-
 // One value vector per type of a list, each sized to the type's active size; `largest` becomes
 // at least the largest data size of the types.
 HxManipulatorDataStorage::QuantityVector shapeOf(const HxDataCaptureTypeVector& types, HxU32& largest) {
@@ -59,19 +55,14 @@ const HxSystemDataCapture::ManipulatorDataCaptureVector& HxSystemDataCapture::ma
 }
 
 HxBoolean HxSystemDataCapture::captureData(const HxSystemSimulation& simulation) const {
-  HxBoolean result = true;
-  const HxU32 count = manipulatorDataCaptureVector_.size();
-  // With many manipulators, what the next ones capture is fetched ahead, a stage per capture.
-  const bool manyManipulators = count >= kManipulatorsFetchedAhead;
-  for (HxU32 p = 0; p < count; ++p) {
-    if (manyManipulators) {
-      for (HxU32 stage = 0; stage < 3; ++stage) {
-        if (p + 3 - stage < count) manipulatorDataCaptureVector_[p + 3 - stage].prefetch(stage);
-      }
-    }
-    if (!manipulatorDataCaptureVector_[p].captureData(simulation)) result = false;
-  }
-  return result;
+  makeCapturePlan();
+  return capturePlan_.capture(simulation);
+}
+
+void HxSystemDataCapture::makeCapturePlan() const {
+  if (capturePlan_.made()) return;
+  capturePlan_.make(manipulatorDataCaptureVector_);
+  plan_.forget();
 }
 
 HxBoolean HxSystemDataCapture::findIndex(unsigned int const& m, unsigned int& position) const {
@@ -295,6 +286,7 @@ void HxSystemDataCapture::allocateStorage(HxSystemDataStorage& storage) const {
   storage.computeElementSize();
   // storeData then never grows its scratch buffer, nor storeDataDirect its plan for this record.
   activeData_.reserve(largest);
+  makeCapturePlan();
   plan_.make(manipulatorDataCaptureVector_, storage);
 }
 
@@ -318,6 +310,7 @@ HxBoolean HxSystemDataCapture::storeData(HxSystemDataStorage& storage) const {
 
 HxBoolean HxSystemDataCapture::storeDataDirect(HxSystemDataStorage& storage) const {
   if (manipulatorDataCaptureVector_.size() == 0) return false;
+  makeCapturePlan();
   if (!plan_.madeFor(storage)) plan_.make(manipulatorDataCaptureVector_, storage);
   double* const values = storage.beginDirectStore();
   if (values == nullptr) return storeData(storage);

@@ -7,6 +7,7 @@
 
 #include "analysis/capture/HxBaseSystemDataComponent.h"
 #include "analysis/capture/HxCaptureListIndex.h"
+#include "analysis/capture/HxCapturePlan.h"
 #include "analysis/capture/HxFlatStorePlan.h"
 #include "analysis/capture/HxManipulatorDataCapture.h"
 #include "analysis/xml/HxXmlVectorType.h"
@@ -86,7 +87,10 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   virtual const ManipulatorDataCaptureVector& manipulatorDataCaptureVector() const;
 
   /// Makes every configured type read the simulation (every manipulator capture is called even
-  /// after a failure). True when all succeeded, and for an empty configuration.
+  /// after a failure). True when all succeeded, and for an empty configuration. The capture is
+  /// worked out once per configuration (`HxCapturePlan`): the library's plain joint reads are
+  /// taken a row at a time rather than through each type's `captureData`, with the same values
+  /// and result; the types' values are then kept side by side in one block.
   virtual HxBoolean captureData(const HxSystemSimulation& simulation) const;
 
   /// Adds a manipulator-level type for manipulator m, creating its capture when needed (only
@@ -210,8 +214,15 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   // Applies `remove` to the capture of manipulator m and prunes it (see the source).
   template <class Remove>
   HxBoolean removeFromManipulator(unsigned int const& m, bool endEffectorLevel, Remove remove);
-  // The types or their flags changed: the plan of storeDataDirect is made again.
-  void configurationChanged() { plan_.forget(); }
+  // The types or their flags changed: the plans of captureData and storeDataDirect are made
+  // again.
+  void configurationChanged() {
+    capturePlan_.forget();
+    plan_.forget();
+  }
+  // Makes the capture plan when there is none. It moves the types' values, so the plan of
+  // storeDataDirect, which reads them where they are, is then made again too.
+  void makeCapturePlan() const;
   // Appends the labels of one type at `position` onward, with `prefix`.
   void appendTypeLabels(const HxDataCaptureType& type, const std::string& prefix, std::vector<std::string>& labels,
                         std::size_t& position) const;
@@ -226,6 +237,8 @@ class HxSystemDataCapture : public HxBaseSystemDataComponent {
   mutable HxScratch<std::string> number_;
   // Set-up look-ups (last capture per manipulator index, element counts); see HxCaptureListIndex.
   mutable HxCaptureListIndex listIndex_;
+  // How captureData reads every type, and where the types' values are kept side by side.
+  mutable HxCapturePlan capturePlan_;
   // Where storeDataDirect puts each type's values in the record it last stored into.
   mutable HxFlatStorePlan plan_;
 };

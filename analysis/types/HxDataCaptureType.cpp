@@ -25,6 +25,7 @@ HxDataCaptureType& HxDataCaptureType::operator=(const HxDataCaptureType& other) 
 HxDataCaptureType::~HxDataCaptureType() = default;
 
 void HxDataCaptureType::sizeValues(HxU32 count) {
+  placed_.reset();
   if (count > kLocalValues) {
     wide_ = std::make_unique<double[]>(count);
     values_ = wide_.get();
@@ -40,6 +41,13 @@ void HxDataCaptureType::sizeValues(HxU32 count) {
 void HxDataCaptureType::copyValuesFrom(const HxDataCaptureType& other) {
   if (valueCount_ != other.valueCount_) sizeValues(other.valueCount_);
   setCapturedValues(other.values_);
+}
+
+void HxDataCaptureType::placeValues(double* at, std::shared_ptr<double[]> block) const {
+  if (at == values_) return;
+  for (HxU32 i = 0; i < valueCount_; ++i) at[i] = values_[i];
+  values_ = at;
+  placed_ = std::move(block);
 }
 
 void HxDataCaptureType::setCapturedValues(const double* values) const {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "analysis/types/HxJointRow.h"
 #include "analysis/xml/HxXmlVectorType.h"
 #include "framework/HxToken.h"
 #include "framework/HxTypes.h"
@@ -91,6 +92,18 @@ class HxDataCaptureType : public HxXmlCompoundType {
   /// records them here.
   void setCapturedValues(const double* values) const;
 
+  /// For a capture of many link-level types at once: how to read this type's values for every
+  /// joint of a manipulator in one go (`HxJointRow`), giving what `captureData` gives. No reader
+  /// (the default) when the type is only read through `captureData`. A derived class inherits
+  /// the source of its base, which names the base: the reader is for objects of that class only.
+  virtual HxJointRowSource jointRowSource() const { return {}; }
+
+  /// Moves the values to `at`, room for `valueCount()` doubles inside `block`, which the object
+  /// keeps alive from then on; they stay there until the object is given another number of
+  /// values. For a configuration that keeps all its types' values side by side, in the order a
+  /// sample lists them, so that they are stored with one copy. Changes no value.
+  void placeValues(double* at, std::shared_ptr<double[]> block) const;
+
   /// For a loop over many types, whose objects would come from far caches: asks the processor to
   /// fetch what `captureData` reads and writes of this object first (its class, and the start of
   /// its values, which lie within the object's first 72 bytes), without reading the object. A
@@ -145,10 +158,12 @@ class HxDataCaptureType : public HxXmlCompoundType {
   /// The captured values, written by the const `captureData`: `local_` or `wide_`. First, with
   /// the local values, so that what a capture touches of the object (its class, this pointer
   /// and its values) lies in its first cache lines.
-  double* values_ = local_;
+  mutable double* values_ = local_;
   HxU32 valueCount_ = 0;
   mutable double local_[kLocalValues] = {};
   std::unique_ptr<double[]> wide_;
+  /// Where `values_` points when `placeValues` moved the values out of the object.
+  mutable std::shared_ptr<double[]> placed_;
   /// What `data` returns: the values as serialisable reals, brought up to date by `data`.
   mutable DataVector data_;
   /// Serialised as "disableFlags".

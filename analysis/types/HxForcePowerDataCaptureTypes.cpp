@@ -1,6 +1,7 @@
 #include "analysis/types/HxForcePowerDataCaptureTypes.h"
 
 #include <algorithm>
+#include <typeinfo>
 #include <vector>
 
 #include "analysis/types/HxDataCaptureTypeDefinitions.h"
@@ -41,13 +42,21 @@ PowerInputs powerInputs(const HxSystemSimulation& simulation, HxU32 m) {
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxExternalForceDataCaptureType, "External Forces", HxDataCaptureLevel::Link,
                                  HX_FORCE_LABELS)
 
+namespace {
+HxJointRow externalForceRow(const HxSystemSimulation& simulation, HxU32 m) {
+  if (!simulation.dynamicsEnabled()) return HxJointRow::absent();
+  return HxJointRow::at(simulation.manipulatorExternalForces(), m, forcesOf);
+}
+}  // namespace
+
 HxBoolean HxExternalForceDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
                                                       const HxU32& j) const {
   resetData();
-  const HxGeneralForce* force =
-      simulation.dynamicsEnabled() ? elementOf(simulation.manipulatorExternalForces(), m, j, forcesOf) : nullptr;
-  if (force != nullptr) setColumns(0, *force, 6);
-  return force != nullptr;
+  return externalForceRow(simulation, m).read(j, &column(0));
+}
+
+HxJointRowSource HxExternalForceDataCaptureType::jointRowSource() const {
+  return {externalForceRow, &typeid(HxExternalForceDataCaptureType), 6};
 }
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxStructuralForceDataCaptureType, "Structural Forces", HxDataCaptureLevel::Link,

@@ -9,6 +9,8 @@
 /// External wrench on a link (force X, Y, Z, moment X, Y, Z), from the dynamic simulation.
 class HxExternalForceDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxExternalForceDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Structural (internal) wrench that a link transmits; false when the dynamics did not

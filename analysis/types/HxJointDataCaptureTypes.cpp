@@ -1,5 +1,6 @@
 #include "analysis/types/HxJointDataCaptureTypes.h"
 
+#include <typeinfo>
 #include <vector>
 
 #include "analysis/types/HxDataCaptureTypeDefinitions.h"
@@ -10,16 +11,6 @@ namespace {
 const std::string versionString("3.0.0");
 
 using HxDataCaptureLookup::elementOf;
-
-// Column 0 = joint j of the per-joint vector of entry m of `perManipulator`, where `select`
-// picks that per-joint vector out of an entry. False when m or j is out of range.
-template <class Entry, class Select>
-HxBoolean captureJointValue(const std::vector<Entry>& perManipulator, HxU32 m, HxU32 j, Select select, double& column) {
-  const double* value = elementOf(perManipulator, m, j, select);
-  if (value == nullptr) return false;
-  column = *value;
-  return true;
-}
 
 const std::vector<double>& jointPositionsOf(const HxPositionState& state) { return state.jointPositions(); }
 const std::vector<double>& jointVelocitiesOf(const HxVelocityState& state) { return state.jointVelocities(); }
@@ -53,39 +44,60 @@ bool differentiate(const double* position, double time, HxJointSample& previous,
 }
 }  // namespace
 
+// Joint j of `row` into column 0 (reset to 0.0 first), as every plain joint read does.
+#define HX_JOINT_ROW_CAPTURE(ClassName, row)                                                                     \
+  HxBoolean ClassName::captureData(const HxSystemSimulation& simulation, const HxU32& m, const HxU32& j) const { \
+    resetData();                                                                                                 \
+    return row(simulation, m).read(j, &column(0));                                                               \
+  }                                                                                                              \
+  HxJointRowSource ClassName::jointRowSource() const { return {row, &typeid(ClassName), 1}; }
+
 // A joint quantity of one column: element j of the per-joint vector that `select` picks out of
 // entry m of `simulation.source()`; with `needsDynamics`, false (the column left at 0.0) when the
 // simulation does not integrate the dynamics.
-#define HX_JOINT_VALUE_TYPE(ClassName, Description, Label, needsDynamics, source, select)                        \
-  HX_DATA_CAPTURE_TYPE_DEFINITIONS(ClassName, Description, HxDataCaptureLevel::Link, Label)                      \
-  HxBoolean ClassName::captureData(const HxSystemSimulation& simulation, const HxU32& m, const HxU32& j) const { \
-    resetData();                                                                                                 \
-    return (!(needsDynamics) || simulation.dynamicsEnabled()) &&                                                 \
-           captureJointValue(simulation.source(), m, j, select, column(0));                                      \
-  }
+#define HX_JOINT_VALUE_TYPE(ClassName, Description, Label, needsDynamics, source, select)   \
+  HX_DATA_CAPTURE_TYPE_DEFINITIONS(ClassName, Description, HxDataCaptureLevel::Link, Label) \
+  namespace {                                                                               \
+  HxJointRow ClassName##Row(const HxSystemSimulation& simulation, HxU32 m) {                \
+    if ((needsDynamics) && !simulation.dynamicsEnabled()) return HxJointRow::absent();      \
+    return HxJointRow::at(simulation.source(), m, select);                                  \
+  }                                                                                         \
+  }                                                                                         \
+  HX_JOINT_ROW_CAPTURE(ClassName, ClassName##Row)
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointPositionDataCaptureType, "Joint Positions", HxDataCaptureLevel::Link,
                                  "Joint Position")
 
-HxBoolean HxJointPositionDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
-                                                      const HxU32& j) const {
-  resetData();
-  if (simulation.dynamicsEnabled())
-    return captureJointValue(simulation.activeStates(), m, j, activeJointPositionsOf, column(0));
+namespace {
+HxJointRow jointPositionRow(const HxSystemSimulation& simulation, HxU32 m) {
+  if (simulation.dynamicsEnabled()) return HxJointRow::at(simulation.activeStates(), m, activeJointPositionsOf);
   // Without dynamics the commanded state is the state.
-  return captureJointValue(simulation.controlOutputPositionStates(), m, j, jointPositionsOf, column(0));
+  return HxJointRow::at(simulation.controlOutputPositionStates(), m, jointPositionsOf);
 }
+}  // namespace
+
+HX_JOINT_ROW_CAPTURE(HxJointPositionDataCaptureType, jointPositionRow)
 
 HX_DATA_CAPTURE_TYPE_DEFINITIONS(HxJointVelocityDataCaptureType, "Joint Velocities", HxDataCaptureLevel::Link,
                                  "Joint Velocity")
+
+namespace {
+// With dynamics, the active state's velocities; without, only captureData (it keeps history).
+HxJointRow jointVelocityRow(const HxSystemSimulation& simulation, HxU32 m) {
+  if (!simulation.dynamicsEnabled()) return HxJointRow::call();
+  return HxJointRow::at(simulation.activeStates(), m, activeJointVelocitiesOf);
+}
+}  // namespace
+
+HxJointRowSource HxJointVelocityDataCaptureType::jointRowSource() const {
+  return {jointVelocityRow, &typeid(HxJointVelocityDataCaptureType), 1};
+}
 
 HxBoolean HxJointVelocityDataCaptureType::captureData(const HxSystemSimulation& simulation, const HxU32& m,
                                                       const HxU32& j) const {
   resetData();
   // With dynamics the active state holds the velocity; the history is left alone.
-  if (simulation.dynamicsEnabled()) {
-    return captureJointValue(simulation.activeStates(), m, j, activeJointVelocitiesOf, column(0));
-  }
+  if (simulation.dynamicsEnabled()) return jointVelocityRow(simulation, m).read(j, &column(0));
 
   const double time = simulation.controlOutputTime();
   const double* position = controlOutputPosition(simulation, m, j);

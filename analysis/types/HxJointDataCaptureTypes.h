@@ -20,6 +20,8 @@ struct HxJointSample {
 /// off.
 class HxJointPositionDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointPositionDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Joint velocity. With dynamics: the active state's joint velocity. Without: the control
@@ -29,6 +31,8 @@ class HxJointPositionDataCaptureType : public HxDataCaptureType {
 /// so one object serves one joint.
 class HxJointVelocityDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointVelocityDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 
  private:
   /// The previous sample; its time starts so high that the first sample never counts as a
@@ -39,33 +43,45 @@ class HxJointVelocityDataCaptureType : public HxDataCaptureType {
 /// Joint acceleration from the dynamic simulator; needs dynamics.
 class HxJointAccelerationDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointAccelerationDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Joint torque computed by the dynamic simulator; needs dynamics.
 class HxJointTorqueDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxJointTorqueDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Control input value of the joint; needs dynamics. Not created from XML by
 /// HxDataCaptureTypeVector.
 class HxControlInputDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlInputDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Joint torque applied by the control system; needs dynamics.
 class HxControlTorqueDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlTorqueDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Joint position of the control output, on either path. Not created from XML by
 /// HxDataCaptureTypeVector.
 class HxControlOutputJointPositionDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlOutputJointPositionDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// Joint velocity of the control output, on either path.
 class HxControlOutputJointVelocityDataCaptureType : public HxDataCaptureType {
   HX_DATA_CAPTURE_TYPE_MEMBERS(HxControlOutputJointVelocityDataCaptureType);
+  /// Read a row at a time (`HxJointRow`).
+  HxJointRowSource jointRowSource() const override;
 };
 
 /// The control output's actual joint velocity: the finite difference of its joint position
