@@ -85,25 +85,6 @@ HxU32 HxManipulatorDataCapture::elementCount() const {
   return tally_.size;
 }
 
-void HxManipulatorDataCapture::prefetch(unsigned int stage) const {
-  // The first few links only: a manipulator of many links fetches the others as it captures.
-  constexpr std::size_t kFirstLinks = 4;
-  const HxDataCaptureTypeVector::ContainerType& own = dataCaptureVector_.vectorContainer();
-  const LinkDataCaptureVector::ContainerType& links = linkDataCaptureVector_.vectorContainer();
-  const std::size_t first = std::min(links.size(), kFirstLinks);
-  if (stage == 0) {
-    __builtin_prefetch(own.data());
-    __builtin_prefetch(links.data());
-  } else if (stage == 1) {
-    for (const HxDataCaptureType* type : own) {
-      if (type != nullptr) type->prefetch();
-    }
-    for (std::size_t l = 0; l < first; ++l) links[l].prefetchTypeList();
-  } else {
-    for (std::size_t l = 0; l < first; ++l) links[l].prefetchTypes();
-  }
-}
-
 HX_XML_SERIALISABLE_DEFINITIONS(HxManipulatorDataCapture, HxSimAnalysis::HxManipulatorDataCaptureToken)
 
 unsigned int HxManipulatorDataCapture::manipulatorIndex() const { return manipulatorIndex_.value(); }

@@ -156,13 +156,6 @@ class HxManipulatorDataCapture : public HxXmlCompoundType {
   /// included. Kept while types are added, so that asking after each add costs nothing.
   HxU32 elementCount() const;
 
-  /// For a loop over many manipulator captures, whose types come from far caches: asks the
-  /// processor to fetch, ahead of `captureData`, what it reads first, in three stages each of
-  /// which reads what the one before fetched: 0 the lists of manipulator-level types and of link
-  /// captures, 1 the manipulator-level types and the first links' lists of types, 2 the first
-  /// links' types. Hints only; they change nothing.
-  void prefetch(unsigned int stage) const;
-
   /// Every available manipulator-level type, built once on first use (not thread-safe).
   static const HxDataCaptureTypeVector& allAvailableDataCaptureTypes();
 

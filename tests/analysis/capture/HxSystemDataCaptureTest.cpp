@@ -226,9 +226,8 @@ TEST(HxSystemDataCapture, KeptLookUpsAnswerAsWalkingTheLists) {
   EXPECT_TRUE(copy.manipulatorDataCapture(2) != nullptr && copy.elementSize() == capture.elementSize());
 }
 
-// A manipulator of many links, and many manipulators (enough, each, for the capture to fetch
-// what comes next ahead), capture every link's own values, through to the last, without
-// allocating. A copy of the configuration captures into its own types: the original keeps what
+// A manipulator of many links, and many manipulators, capture every link's own values, through
+// to the last, without allocating. A copy of the configuration captures into its own types: the original keeps what
 // it captured.
 TEST(HxSystemDataCapture, ManyLinksOrManipulatorsCaptureTheirOwnValuesAndCopiesStayApart) {
   // 128 links or 64 manipulators: the lists then end where their room does.
