@@ -39,10 +39,8 @@ float narrowAsText(double value) {
 char* putBigEndian(char* out, float value) {
   std::uint32_t bits = 0;
   std::memcpy(&bits, &value, sizeof bits);
-  out[0] = static_cast<char>(bits >> 24);
-  out[1] = static_cast<char>(bits >> 16);
-  out[2] = static_cast<char>(bits >> 8);
-  out[3] = static_cast<char>(bits);
+  bits = __builtin_bswap32(bits);
+  std::memcpy(out, &bits, sizeof bits);
   return out + 4;
 }
 
@@ -52,11 +50,7 @@ char* putBigEndian(char* out, const double* values, std::size_t count) {
   const float nan = narrowAsText(std::numeric_limits<double>::quiet_NaN());
   for (std::size_t i = 0; i < count; ++i) {
     const double value = values[i];
-    const float narrowed = value != value ? nan : static_cast<float>(value);
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, &narrowed, sizeof bits);
-    bits = __builtin_bswap32(bits);
-    std::memcpy(out + 4 * i, &bits, sizeof bits);
+    putBigEndian(out + 4 * i, value != value ? nan : static_cast<float>(value));
   }
   return out + 4 * count;
 }
